@@ -1,0 +1,29 @@
+# What every target of this project is compiled with.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+
+find_program(QRT_CCACHE ccache)
+if(QRT_CCACHE)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${QRT_CCACHE})
+endif()
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Wconversion -Wsign-conversion)
+if(QRT_WARNINGS_AS_ERRORS)
+    add_compile_options(-Werror)
+endif()
+
+if(QRT_SANITIZE)
+    add_compile_options(-fsanitize=${QRT_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=${QRT_SANITIZE})
+    if(QRT_SANITIZE MATCHES undefined)
+        # The virtual-table check needs the type information of hidden classes across libraries, which is not exported.
+        add_compile_options(-fno-sanitize=vptr)
+    endif()
+endif()

@@ -1,0 +1,152 @@
+#include "foundation/cache/qrtCacheBase.h"
+
+#include <chrono>
+#include <iterator>
+
+namespace QRT_0_81 {
+
+template <class Data>
+SharedPtr<CacheBase<Data>> CacheBase<Data>::create() {
+    return SharedPtr<CacheBase>(new CacheBase);
+}
+
+template <class Data>
+CacheBase<Data>::~CacheBase() = default;
+
+template <class Data>
+bool CacheBase<Data>::lookUp(String const& key, Data& data, Entries& expired) {
+    const auto found = m_index.find(key);
+    if (found == m_index.end()) return false;
+    if (found->second->data->expire(CacheData::Reason::lookup)) {
+        moveOut(found->second, expired);
+        return false;
+    }
+    m_entries.splice(m_entries.begin(), m_entries, found->second);
+    data = found->second->data;
+    return true;
+}
+
+template <class Data>
+typename CacheBase<Data>::Position CacheBase<Data>::moveOut(Position position, Entries& dropped) {
+    const Position next = std::next(position);
+    m_index.erase(position->key);
+    dropped.splice(dropped.end(), m_entries, position);
+    return next;
+}
+
+template <class Data>
+Status CacheBase<Data>::get(String const& key, Data& data) {
+    return get(key, 0, data);
+}
+
+template <class Data>
+Status CacheBase<Data>::get(String const& key, int32 timeoutMs, Data& data) {
+    Entries dropped;
+    Data found;  // so that what `data` held before is dropped without the lock
+    {
+        std::unique_lock lock(m_mutex);
+        bool hit = lookUp(key, found, dropped);
+        if (!hit && timeoutMs > 0) {
+            hit = m_added.wait_for(lock, std::chrono::milliseconds(timeoutMs),
+                                   [&] { return lookUp(key, found, dropped); });
+        }
+        if (!hit) return Status::not_in_cache;
+    }
+    data.swap(found);
+    return Status();
+}
+
+template <class Data>
+Status CacheBase<Data>::put(String const& key, Data const& data) {
+    if (!data) return Status::invalid_argument;
+    Entries added;
+    added.push_back({key, data});
+    Entries dropped;
+    {
+        const std::lock_guard lock(m_mutex);
+        const auto known = m_index.find(key);
+        if (known != m_index.end()) moveOut(known->second, dropped);
+        m_index.emplace(key, added.begin());
+        m_entries.splice(m_entries.begin(), added);
+    }
+    m_added.notify_all();
+    return Status();
+}
+
+template <class Data>
+Status CacheBase<Data>::erase(String const& key) {
+    Entries dropped;
+    const std::lock_guard lock(m_mutex);
+    const auto found = m_index.find(key);
+    if (found != m_index.end()) moveOut(found->second, dropped);
+    return Status();
+}
+
+template <class Data>
+Status CacheBase<Data>::clear() {
+    Entries dropped;
+    const std::lock_guard lock(m_mutex);
+    m_index.clear();
+    dropped.swap(m_entries);
+    return Status();
+}
+
+template <class Data>
+bool CacheBase<Data>::empty() const {
+    const std::lock_guard lock(m_mutex);
+    return m_entries.empty();
+}
+
+template <class Data>
+size_t CacheBase<Data>::size() const {
+    const std::lock_guard lock(m_mutex);
+    return m_entries.size();
+}
+
+template <class Data>
+bool CacheBase<Data>::containsKey(String const& key) const {
+    const std::lock_guard lock(m_mutex);
+    return m_index.count(key) != 0;
+}
+
+template <class Data>
+Status CacheBase<Data>::for_each(ForEachFunctorInterface<Data>& visitor) const {
+    const std::lock_guard lock(m_mutex);
+    for (Entry const& entry : m_entries) {
+        if (!visitor.visit(entry.data)) break;
+    }
+    return Status();
+}
+
+template <class Data>
+Status CacheBase<Data>::setEvictionAdvisor(SharedPtr<EvictionAdvisorInterfaceBase<Data>> const& advisor) {
+    auto previous = advisor;  // the replaced advisor is dropped without the lock
+    const std::lock_guard lock(m_mutex);
+    m_advisor.swap(previous);
+    return Status();
+}
+
+template <class Data>
+Status CacheBase<Data>::evict(cache_eviction_mode_t mode, cache_eviction_strategy_t strategy, size_t& numEvicted) {
+    numEvicted = 0;
+    if (mode != evict_one && mode != evict_all) return Status::invalid_argument;
+    if (strategy != evict_least_recently_used && strategy != evict_advised) return Status::invalid_argument;
+
+    Entries dropped;
+    const std::lock_guard lock(m_mutex);
+    if (strategy == evict_advised && !m_advisor) return Status();
+
+    Position position = m_entries.end();
+    while (position != m_entries.begin()) {
+        --position;
+        if (strategy == evict_advised && !m_advisor->canEvict(position->key, position->data)) continue;
+        position = moveOut(position, dropped);
+        ++numEvicted;
+        if (mode == evict_one) break;
+    }
+    return Status();
+}
+
+template class CacheBase<SharedPtr<CacheData>>;
+
+}  // namespace QRT_0_81

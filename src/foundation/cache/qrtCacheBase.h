@@ -1,0 +1,88 @@
+#pragma once
+
+#include <condition_variable>
+#include <list>
+#include <mutex>
+#include <unordered_map>
+
+#include "foundation/cache/qrtCacheData.h"
+#include "foundation/cache/qrtEvictionAdvisorInterfaceBase.h"
+#include "foundation/cache/qrtForEachFunctorInterface.h"
+#include "foundation/core/qrtExport.h"
+#include "foundation/core/qrtTypes.h"
+
+namespace QRT_0_81 {
+
+/// How many entries one `evict` may drop.
+enum cache_eviction_mode_t : int {
+    evict_one = 0,
+    evict_all = 1  ///< every entry that the strategy allows
+};
+
+/// Which entries `evict` may drop, and in what order.
+enum cache_eviction_strategy_t : int {
+    evict_least_recently_used = 2,  ///< the cache's own order; the advisor is not asked
+    evict_advised = 3               ///< the same order, but only entries that the advisor lets go; none without an advisor
+};
+
+/// A keyed cache without a limit of its own: whoever fills it evicts when room is needed.
+///
+/// Threading: every method may be called from any thread. The lock is never held while a record is destroyed, so a
+/// record's end may use the cache or take any other lock. Recency: `get` and `put` count as a use, nothing else does.
+template <class Data>
+class QRT_CACHE_EXPORT CacheBase final : public RefCountedMT {
+public:
+    [[nodiscard]] static SharedPtr<CacheBase> create();
+    ~CacheBase() override;
+
+    /// Sets `data` to the entry's record. `Status::not_in_cache`, with `data` unchanged, when there is none; a record
+    /// that says it has expired is dropped and counts as none.
+    Status get(String const& key, Data& data);
+    /// The same, but waits up to `timeoutMs` milliseconds for another thread to put the entry; 0 or less does not wait.
+    Status get(String const& key, int32 timeoutMs, Data& data);
+
+    /// Adds or replaces an entry. `Status::invalid_argument` for an empty `data`.
+    Status put(String const& key, Data const& data);
+    /// Drops an entry; success whether or not there was one.
+    Status erase(String const& key);
+    Status clear();
+
+    [[nodiscard]] bool empty() const;
+    [[nodiscard]] size_t size() const;
+    [[nodiscard]] bool containsKey(String const& key) const;
+
+    /// Visits every entry, most recently used first, until the visitor says no.
+    Status for_each(ForEachFunctorInterface<Data>& visitor) const;
+
+    /// Installs the advisor of `evict_advised`; an empty pointer removes it.
+    Status setEvictionAdvisor(SharedPtr<EvictionAdvisorInterfaceBase<Data>> const& advisor);
+
+    /// Drops entries, the least recently used first, and sets `numEvicted` to their number, which may be 0.
+    /// `Status::invalid_argument`, with `numEvicted` 0, for an unknown mode or strategy.
+    Status evict(cache_eviction_mode_t mode, cache_eviction_strategy_t strategy, size_t& numEvicted);
+
+private:
+    struct Entry {
+        String key;
+        Data data;
+    };
+    using Entries = std::list<Entry>;  // most recently used first
+    using Position = typename Entries::iterator;
+
+    CacheBase() = default;
+
+    /// The live record under `key`, moved to the front; `expired` receives one that is too old. Needs the lock.
+    [[nodiscard]] bool lookUp(String const& key, Data& data, Entries& expired);
+    /// Moves an entry out of the cache into `dropped`. Needs the lock; `dropped` must be destroyed without it.
+    Position moveOut(Position position, Entries& dropped);
+
+    mutable std::mutex m_mutex;
+    std::condition_variable m_added;
+    Entries m_entries;                                             // under m_mutex
+    std::unordered_map<String, Position> m_index;                  // under m_mutex
+    SharedPtr<EvictionAdvisorInterfaceBase<Data>> m_advisor;       // under m_mutex
+};
+
+extern template class CacheBase<SharedPtr<CacheData>>;
+
+}  // namespace QRT_0_81

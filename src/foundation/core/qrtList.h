@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <list>
+#include <utility>
+
+namespace QRT_0_81 {
+
+/// A sequence that grows at its end. A thin value type over `std::list`: iterators stay valid while it grows.
+template <class T>
+class List final {
+public:
+    using Iterator = typename std::list<T>::iterator;
+    using ConstIterator = typename std::list<T>::const_iterator;
+
+    void append(T value) { m_items.push_back(std::move(value)); }
+    void clear() noexcept { m_items.clear(); }
+
+    [[nodiscard]] bool empty() const noexcept { return m_items.empty(); }
+    [[nodiscard]] size_t size() const noexcept { return m_items.size(); }
+
+    [[nodiscard]] Iterator begin() noexcept { return m_items.begin(); }
+    [[nodiscard]] Iterator end() noexcept { return m_items.end(); }
+    [[nodiscard]] ConstIterator begin() const noexcept { return m_items.begin(); }
+    [[nodiscard]] ConstIterator end() const noexcept { return m_items.end(); }
+
+private:
+    std::list<T> m_items;
+};
+
+}  // namespace QRT_0_81

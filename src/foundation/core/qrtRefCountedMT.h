@@ -1,0 +1,33 @@
+#pragma once
+
+#include <atomic>
+
+#include "foundation/core/qrtExport.h"
+#include "foundation/core/qrtTypes.h"
+
+namespace QRT_0_81 {
+
+/// The intrusive reference count of every object that is held through `SharedPtr`.
+///
+/// Threading: the count is atomic, so references may be taken and dropped on any thread; the object is destroyed on the
+/// thread that drops the last one. What a derived class does beyond that is its own business.
+/// A new object and a copy both start with no reference.
+class QRT_CORE_EXPORT RefCountedMT {
+public:
+    virtual ~RefCountedMT();
+
+    virtual void incref() const;
+    /// Drops one reference; true when none is left, and then the caller deletes the object.
+    [[nodiscard]] virtual bool decref() const;
+    [[nodiscard]] virtual uint32 refcount() const;
+
+protected:
+    RefCountedMT() noexcept = default;
+    RefCountedMT(RefCountedMT const&) noexcept {}
+    RefCountedMT& operator=(RefCountedMT const&) noexcept { return *this; }
+
+private:
+    mutable std::atomic<uint32> m_count{0};
+};
+
+}  // namespace QRT_0_81

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstddef>
+#include <type_traits>
+#include <utility>
+
+namespace QRT_0_81 {
+
+/// Holds one reference to a `RefCountedMT` object, or nothing.
+///
+/// Copying adds a reference, destruction drops one and deletes the object with the last. Converts from derived to base
+/// and from mutable to const. The pointer itself is a plain value: two threads may each own a copy, but one `SharedPtr`
+/// object must not be written while another thread reads it.
+template <class T>
+class SharedPtr final {
+public:
+    SharedPtr() noexcept = default;
+    SharedPtr(std::nullptr_t) noexcept {}
+    explicit SharedPtr(T* object) : m_object(object) { acquire(); }
+    SharedPtr(SharedPtr const& other) : m_object(other.m_object) { acquire(); }
+    SharedPtr(SharedPtr&& other) noexcept : m_object(std::exchange(other.m_object, nullptr)) {}
+
+    template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
+    SharedPtr(SharedPtr<U> const& other) : m_object(other.get()) {
+        acquire();
+    }
+
+    ~SharedPtr() { drop(m_object); }
+
+    SharedPtr& operator=(SharedPtr other) noexcept {
+        swap(other);
+        return *this;
+    }
+
+    void reset() { drop(std::exchange(m_object, nullptr)); }
+    void swap(SharedPtr& other) noexcept { std::swap(m_object, other.m_object); }
+
+    [[nodiscard]] T* get() const noexcept { return m_object; }
+    [[nodiscard]] T* operator->() const noexcept { return m_object; }
+    [[nodiscard]] T& operator*() const noexcept { return *m_object; }
+    [[nodiscard]] explicit operator bool() const noexcept { return m_object != nullptr; }
+
+    template <class U>
+    [[nodiscard]] bool operator==(SharedPtr<U> const& other) const noexcept {
+        return m_object == other.get();
+    }
+    [[nodiscard]] bool operator==(std::nullptr_t) const noexcept { return m_object == nullptr; }
+
+private:
+    void acquire() const {
+        if (m_object) m_object->incref();
+    }
+    static void drop(T* object) {
+        if (object && object->decref()) delete object;
+    }
+
+    T* m_object = nullptr;
+};
+
+/// A reference through which the object cannot be changed.
+template <class T>
+using ConstSharedPtr = SharedPtr<T const>;
+
+/// The same object as a `T`, or an empty pointer when it is none.
+template <class T, class U>
+[[nodiscard]] SharedPtr<T> dynamicPtrCast(SharedPtr<U> const& pointer) {
+    return SharedPtr<T>(dynamic_cast<T*>(pointer.get()));
+}
+
+}  // namespace QRT_0_81

@@ -1,0 +1,34 @@
+#include "foundation/core/qrtSubject.h"
+
+#include "foundation/core/qrtObserver.h"
+#include "foundation/core/qrtRegistration.h"
+
+namespace QRT_0_81 {
+
+Subject::Subject() : m_registrations(std::make_shared<SubjectRegistrations>()) {}
+
+Subject::~Subject() {
+    for (auto const& registration : *m_registrations->snapshot()) registration->end();
+}
+
+void Subject::addObserver(Observer* observer) {
+    if (!observer) return;
+    const auto registration =
+        std::make_shared<Registration>(observer, m_registrations, observer->m_registrations);
+    // The observer's side first: a notification that finds the record on this side must find it whole.
+    observer->m_registrations->add(registration);
+    if (!m_registrations->add(registration, observer)) observer->m_registrations->remove(registration.get());
+}
+
+void Subject::removeObserver(Observer* observer) {
+    if (!observer) return;
+    if (const auto registration = m_registrations->find(observer)) registration->end();
+}
+
+void Subject::notify(NotificationHint const& hint) {
+    // The list is this call's own: an observer may add, remove or destroy anything, this subject included.
+    const auto list = m_registrations->snapshot();
+    for (auto const& registration : *list) registration->call(this, hint);
+}
+
+}  // namespace QRT_0_81

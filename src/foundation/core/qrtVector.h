@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <utility>
+#include <vector>
+
+namespace QRT_0_81 {
+
+/// A growing array. A thin value type over `std::vector`; indexing and `back` of an empty vector are undefined as there.
+template <class T>
+class Vector final {
+public:
+    using Iterator = typename std::vector<T>::iterator;
+    using ConstIterator = typename std::vector<T>::const_iterator;
+
+    void push_back(T value) { m_items.push_back(std::move(value)); }
+    void clear() noexcept { m_items.clear(); }
+
+    [[nodiscard]] bool empty() const noexcept { return m_items.empty(); }
+    [[nodiscard]] size_t size() const noexcept { return m_items.size(); }
+    [[nodiscard]] T& back() { return m_items.back(); }
+    [[nodiscard]] T const& back() const { return m_items.back(); }
+    [[nodiscard]] T& operator[](size_t index) { return m_items[index]; }
+    [[nodiscard]] T const& operator[](size_t index) const { return m_items[index]; }
+
+    [[nodiscard]] Iterator begin() noexcept { return m_items.begin(); }
+    [[nodiscard]] Iterator end() noexcept { return m_items.end(); }
+    [[nodiscard]] ConstIterator begin() const noexcept { return m_items.begin(); }
+    [[nodiscard]] ConstIterator end() const noexcept { return m_items.end(); }
+
+private:
+    std::vector<T> m_items;
+};
+
+}  // namespace QRT_0_81

@@ -1,0 +1,36 @@
+#include "foundation/logger/qrtMsgBuilder.h"
+
+#include <cstdarg>
+#include <cstdio>
+
+namespace QRT_0_81 {
+
+namespace {
+
+std::string formatted(char const* format, va_list arguments) {
+    va_list again;
+    va_copy(again, arguments);
+    const int length = std::vsnprintf(nullptr, 0, format, arguments);
+    std::string text(length > 0 ? static_cast<std::size_t>(length) : 0, '\0');
+    if (length > 0) std::vsnprintf(text.data(), text.size() + 1, format, again);
+    va_end(again);
+    return text;
+}
+
+}  // namespace
+
+void MsgBuilder<0>::operator()(char const* format, ...) const {
+    va_list arguments;
+    va_start(arguments, format);
+    m_poster(LogMsg("", m_file, m_line, formatted(format, arguments)));
+    va_end(arguments);
+}
+
+void MsgBuilder<2>::operator()(char const* channel, char const* format, ...) const {
+    va_list arguments;
+    va_start(arguments, format);
+    m_poster(LogMsg(channel, m_file, m_line, formatted(format, arguments)));
+    va_end(arguments);
+}
+
+}  // namespace QRT_0_81
