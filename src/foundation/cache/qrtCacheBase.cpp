@@ -83,6 +83,16 @@ Status CacheBase<Data>::erase(String const& key) {
 }
 
 template <class Data>
+Status CacheBase<Data>::eraseIf(std::function<bool(String const& key)> const& isMatch) {
+    Entries dropped;
+    const std::lock_guard lock(m_mutex);
+    for (Position position = m_entries.begin(); position != m_entries.end();) {
+        position = isMatch(position->key) ? moveOut(position, dropped) : std::next(position);
+    }
+    return Status();
+}
+
+template <class Data>
 Status CacheBase<Data>::clear() {
     Entries dropped;
     const std::lock_guard lock(m_mutex);

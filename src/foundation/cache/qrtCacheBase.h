@@ -1,6 +1,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <functional>
 #include <list>
 #include <mutex>
 #include <unordered_map>
@@ -45,6 +46,8 @@ public:
     Status put(String const& key, Data const& data);
     /// Drops an entry; success whether or not there was one.
     Status erase(String const& key);
+    /// Drops every entry whose key the predicate names. It is called under the lock: it must not use the cache.
+    Status eraseIf(std::function<bool(String const& key)> const& isMatch);
     Status clear();
 
     [[nodiscard]] bool empty() const;

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "foundation/core/qrtExport.h"
+
 namespace QRT_0_81 {
 
 /// A visitor of a cache's entries.
 template <class Data>
-class ForEachFunctorInterface {
+class QRT_VISIBLE_TEMPLATE ForEachFunctorInterface {
 public:
     virtual ~ForEachFunctorInterface() = default;
 

@@ -11,6 +11,13 @@
 #define QRT_SYMBOL_IMPORT [[gnu::visibility("default")]]
 #endif
 
+/// Marks a template that appears in the exported names of others: a function whose arguments are hidden is hidden too.
+#if defined(_WIN32)
+#define QRT_VISIBLE_TEMPLATE
+#else
+#define QRT_VISIBLE_TEMPLATE [[gnu::visibility("default")]]
+#endif
+
 #if defined(QRT_BUILDS_CORE)
 #define QRT_CORE_EXPORT QRT_SYMBOL_EXPORT
 #else

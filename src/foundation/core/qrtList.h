@@ -4,11 +4,13 @@
 #include <list>
 #include <utility>
 
+#include "foundation/core/qrtExport.h"
+
 namespace QRT_0_81 {
 
 /// A sequence that grows at its end. A thin value type over `std::list`: iterators stay valid while it grows.
 template <class T>
-class List final {
+class QRT_VISIBLE_TEMPLATE List final {
 public:
     using Iterator = typename std::list<T>::iterator;
     using ConstIterator = typename std::list<T>::const_iterator;

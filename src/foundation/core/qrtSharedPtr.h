@@ -4,6 +4,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "foundation/core/qrtExport.h"
+
 namespace QRT_0_81 {
 
 /// Holds one reference to a `RefCountedMT` object, or nothing.
@@ -12,7 +14,7 @@ namespace QRT_0_81 {
 /// and from mutable to const. The pointer itself is a plain value: two threads may each own a copy, but one `SharedPtr`
 /// object must not be written while another thread reads it.
 template <class T>
-class SharedPtr final {
+class QRT_VISIBLE_TEMPLATE SharedPtr final {
 public:
     SharedPtr() noexcept = default;
     SharedPtr(std::nullptr_t) noexcept {}

@@ -6,12 +6,14 @@
 #include <string>
 #include <utility>
 
+#include "foundation/core/qrtExport.h"
+
 namespace QRT_0_81 {
 
 /// Text as bytes, UTF-8 by convention, always zero-terminated. A thin value type over `std::string`.
 ///
 /// A null character pointer counts as the empty text everywhere.
-class String final {
+class QRT_CORE_EXPORT String final {
 public:
     String() = default;
     String(char const* text) : m_text(text ? text : "") {}  // implicit: names and keys are written as literals

@@ -4,11 +4,13 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/core/qrtExport.h"
+
 namespace QRT_0_81 {
 
 /// A growing array. A thin value type over `std::vector`; indexing and `back` of an empty vector are undefined as there.
 template <class T>
-class Vector final {
+class QRT_VISIBLE_TEMPLATE Vector final {
 public:
     using Iterator = typename std::vector<T>::iterator;
     using ConstIterator = typename std::vector<T>::const_iterator;

@@ -1,0 +1,109 @@
+#pragma once
+
+#include <condition_variable>
+#include <deque>
+#include <memory>
+#include <mutex>
+
+#include "foundation/core/qrtStatus.h"
+#include "foundation/core/qrtTypes.h"
+
+namespace QRT_0_81 {
+
+class PlayerImpl;
+
+/// The codes by which commands are known in traces. The gaps belong to no command.
+enum class CmdType : int32 {
+    start_producing = 1,
+    stop_producing = 2,
+    set_composition = 4,
+    update_composition = 5,
+    set_video_resolution = 6,
+    set_video_frame_rate = 7,
+    set_audio_format = 9,
+    set_ram_outputs = 10,
+    set_pref = 11,
+    get_pref = 12,
+    start_producing_audio = 13,
+    produce_video_buffer = 14,
+    produce_next_video_buffer = 15,
+    update_current_frame_number = 16,
+    terminate = 17
+};
+
+/// One piece of work for the player thread. Made on any thread; executed and destroyed on the player thread.
+class Cmd {
+public:
+    virtual ~Cmd() = default;
+    virtual void execute(PlayerImpl& engine) = 0;
+
+    [[nodiscard]] CmdType type() const noexcept { return m_type; }
+
+protected:
+    explicit Cmd(CmdType type) noexcept : m_type(type) {}
+    Cmd(Cmd const&) = delete;
+    Cmd& operator=(Cmd const&) = delete;
+
+private:
+    const CmdType m_type;
+};
+
+/// What a caller waits on until its command is gone. Lives on the caller's stack; waited on once.
+class CmdCompletion final {
+public:
+    void signal();
+    void wait();
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_signalled;
+    unsigned m_count = 0;  // under m_mutex
+};
+
+/// A command whose caller waits for its result.
+///
+/// The completion is signalled by the destructor and not by `execute`: when the caller wakes, the command and every
+/// reference that it held are gone. A command that is destroyed without having been executed leaves the result alone.
+class CmdSynchronous : public Cmd {
+public:
+    /// `status` and `completion` belong to the caller and outlive the command.
+    CmdSynchronous(CmdType type, Status* status, CmdCompletion* completion) noexcept
+        : Cmd(type), m_status(status), m_completion(completion) {}
+    ~CmdSynchronous() override { m_completion->signal(); }
+
+    void execute(PlayerImpl& engine) final { *m_status = run(engine); }
+
+protected:
+    [[nodiscard]] virtual Status run(PlayerImpl& engine) = 0;
+
+private:
+    Status* const m_status;
+    CmdCompletion* const m_completion;
+};
+
+/// The queue between the hosts' threads and the player thread: first in, first out, but for urgent commands that go to
+/// the front, where the last one posted comes out first. Nothing merges or cancels, and it grows without limit.
+///
+/// Threading: posting from any thread; taking on the player thread. The lock is held only while one command goes in or
+/// out, never while one runs or dies.
+class CommandQueue final {
+public:
+    /// A null command is ignored.
+    void pushBack(std::unique_ptr<Cmd> command);
+    void pushFront(std::unique_ptr<Cmd> command);
+
+    /// The command at the front; waits, without a time-out, until there is one.
+    [[nodiscard]] std::unique_ptr<Cmd> take();
+
+    /// Destroys what is left without executing it, which wakes the callers of synchronous commands.
+    void discardAll();
+
+    [[nodiscard]] size_t size() const;
+
+private:
+    mutable std::mutex m_mutex;
+    std::condition_variable m_posted;
+    std::deque<std::unique_ptr<Cmd>> m_commands;  // under m_mutex
+};
+
+}  // namespace QRT_0_81

@@ -1,0 +1,34 @@
+#include "qrtDebugLine.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <iomanip>
+#include <sstream>
+#include <thread>
+
+#include "foundation/core/qrtPlatform.h"
+
+namespace QRT_0_81 {
+
+bool DebugLine::isOn() {
+    return Platform::getenv("QRT_DEBUG_PLAYER") != nullptr;
+}
+
+void DebugLine::post(char const* file, int line, char const* format, ...) {
+    constexpr size_t bufferSize = 1024;
+    char message[bufferSize];
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(message, sizeof message, format, arguments);
+    va_end(arguments);
+
+    constexpr int threadIdWidth = 14;
+    std::stringstream text;
+    text << "thread_id=" << std::setw(threadIdWidth) << std::this_thread::get_id() << "-" << message << std::endl;
+    char firstLine[bufferSize] = "";
+    text.getline(firstLine, sizeof firstLine);
+
+    MsgBuilder<2>(file, line, LogMsg::postDebug)(channel, "%s", firstLine);
+}
+
+}  // namespace QRT_0_81

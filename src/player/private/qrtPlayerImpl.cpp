@@ -1,0 +1,276 @@
+// The engine's life, its thread, and what host threads read.
+#include "qrtPlayerImpl.h"
+
+#include <QGuiApplication>
+#include <QOffscreenSurface>
+#include <QOpenGLBuffer>
+#include <QOpenGLContext>
+#include <cstdlib>
+#include <utility>
+
+#include "foundation/core/qrtPlatform.h"
+#include "qrtPlayerImplCommands.h"
+#include "qrtPlayerImplSource.h"
+
+namespace QRT_0_81 {
+
+namespace {
+
+/// The default of a frame-count preference: what the environment fixes for the whole process, else `fallback`.
+int32 defaultFrameCount(String const& preference, int32 fallback) {
+    const String variable = "QRT_PREF_" + preference;
+    char const* const text = Platform::getenv(variable.c_str());
+    return text ? std::atoi(text) : fallback;
+}
+
+// Read once, when the library is loaded.
+const int32 defaultNbHeadFrames = defaultFrameCount(Prefs::PRODUCER_CACHE_NB_HEAD_FRAMES, 2);
+const int32 defaultNbTailFrames = defaultFrameCount(Prefs::PRODUCER_CACHE_NB_TAIL_FRAMES, 0);
+
+constexpr Rational defaultFrameRate(24, 1);
+
+QSurfaceFormat surfaceFormat() {
+    QSurfaceFormat format;
+    format.setProfile(QSurfaceFormat::CoreProfile);
+    format.setVersion(3, 2);
+    return format;
+}
+
+}  // namespace
+
+PlayerImpl::PlayerImpl(VideoBufferResolution const& resolution, GraphEngineFactory factory)
+    : m_producerCacheNbHeadFrames(defaultNbHeadFrames),
+      m_producerCacheNbTailFrames(defaultNbTailFrames),
+      m_defaultSourceVideoFrameRate(defaultFrameRate),
+      m_playParams(PlayParams::create(Time(), Time(), Time(), defaultFrameRate, 1, PlayParams::single, PlayParams::all)),
+      m_videoResolution(resolution),
+      m_videoFrameRate(defaultFrameRate),
+      m_graphEngine(factory ? factory() : nullptr),
+      m_graphEngineFactory(factory),
+      m_framebufferReaper(FramebufferReaper::create()),
+      m_fboPool(ResourcePoolFBO::create(m_framebufferReaper)),
+      m_ramPool(ResourcePoolRAM::create()),
+      m_externalSegmentCache(m_framebufferReaper),
+      m_producerCache(Cache::create()) {
+    if (!m_graphEngine && m_graphEngineFactory) m_graphEngine = m_graphEngineFactory();
+    m_ramPool->addObserver(this);
+    m_fboPool->addObserver(this);
+}
+
+PlayerImpl::~PlayerImpl() {
+    (void)uninitialize();
+    // Frames that a host still holds will go back to the pools, and segments may notify, on any thread.
+    stopObserving();
+    m_externalSegmentCache.close();
+}
+
+Status PlayerImpl::initialize(void* nativeContext, void* nativeWindow) {
+    QRT_ENGINE_DEBUG("initialize() - beginning");
+    if (m_initialized) return Status::already_initialized;
+    if (!qobject_cast<QGuiApplication*>(QCoreApplication::instance())) {
+        QRT_ENGINE_MESSAGE("initialize() failed: there is no QGuiApplication");
+        return Status::general_failure;
+    }
+    if (!_graphEngine() && m_graphEngineFactory) {
+        SharedPtr<GraphEngineInterface> graphEngine = m_graphEngineFactory();
+        const std::lock_guard lock(m_engineMutex);
+        m_graphEngine.swap(graphEngine);
+    }
+    m_nativeContext = {nativeContext, nativeWindow};
+    m_surface = std::make_unique<QOffscreenSurface>(nullptr);
+    m_surface->setFormat(surfaceFormat());
+    m_surface->create();
+
+    QRT_ENGINE_DEBUG("initialize() - before launching player thread");
+    m_isThreadDone = false;
+    start(QThread::InheritPriority);
+    QRT_ENGINE_DEBUG("initialize() - after launching player thread");
+    while (!m_initialized) {
+        // The set-up takes milliseconds and never fails to end: a spin answers soonest.
+    }
+    QRT_ENGINE_DEBUG("initialize() - end");
+    return m_poolInitStatus;
+}
+
+Status PlayerImpl::uninitialize() {
+    QRT_ENGINE_DEBUG("uninitialize() - beginning");
+    if (!m_initialized) return Status::not_initialized;
+    if (!isFinished()) {
+        QRT_ENGINE_DEBUG("uninitialize() - sending terminate command");
+        m_uninitializingThread = QThread::currentThread();
+        m_commandQueue.pushBack(std::make_unique<CmdTerminate>());
+    }
+    // The thread's own flag is awaited too: it publishes what the thread wrote, which Qt's need not.
+    while (isRunning() || !m_isThreadDone) {
+    }
+
+    QRT_ENGINE_DEBUG("uninitialize() - uninitializing");
+    m_commandQueue.discardAll();
+    (void)m_producerCache->clear();
+    m_surface.reset();
+    (void)m_fboPool->uninitialize();
+    (void)m_ramPool->uninitialize();
+    m_hostContext.reset();
+    m_playerContext.reset();
+    _observeSegments({});
+    m_externalSegments.reset();
+    {
+        SharedPtr<Composition> dropped;
+        const std::lock_guard lock(m_engineMutex);
+        m_composition.swap(dropped);
+    }
+    m_nativeContext = {};
+    m_initialized.exchange(false);
+    QRT_ENGINE_DEBUG("uninitialize() - end");
+    return Status();
+}
+
+void PlayerImpl::run() {
+    _setUp();
+    _executeCommands();
+    _tearDown();
+    m_isThreadDone = true;
+}
+
+void PlayerImpl::_setUp() {
+    (void)Platform::setThreadName("QRT-PLAYER");
+    m_poolInitStatus = _createContexts();
+    m_isContextUsable = m_poolInitStatus.success();
+    if (m_isContextUsable) m_poolInitStatus = _resizePools();
+    if (m_poolInitStatus.failure()) {
+        QRT_ENGINE_DEBUG("Resource pool initialization error = %d", static_cast<int>(m_poolInitStatus.get()));
+    }
+    m_initialized.exchange(true);
+}
+
+Status PlayerImpl::_createContexts() {
+    m_playerContext = std::make_unique<QOpenGLContext>();
+    m_playerContext->setFormat(surfaceFormat());
+    if (const auto graphEngine = _graphEngine()) (void)graphEngine->setGLContext(m_playerContext.get());
+
+    if (m_nativeContext.context) {
+        m_hostContext = std::make_unique<QOpenGLContext>();
+        m_hostContext->setNativeHandle(toQtNativeHandle(m_nativeContext));
+        if (!m_hostContext->nativeHandle().isValid() || !m_hostContext->create()) {
+            QRT_ENGINE_MESSAGE("initialize() failed: the host's OpenGL context cannot be adopted");
+            return Status::general_failure;
+        }
+        m_playerContext->setShareContext(m_hostContext.get());
+    }
+    if (!m_playerContext->create()) {
+        QRT_ENGINE_MESSAGE("initialize() failed: no OpenGL context can be created");
+        return Status::general_failure;
+    }
+    if (m_hostContext && m_playerContext->shareContext() != m_hostContext.get()) {
+        QRT_ENGINE_MESSAGE("initialize() failed: the host's OpenGL context does not share its objects");
+        return Status::general_failure;
+    }
+    if (!m_playerContext->makeCurrent(m_surface.get())) {
+        QRT_ENGINE_MESSAGE("initialize() failed: the OpenGL context cannot be made current");
+        return Status::general_failure;
+    }
+    return Status();
+}
+
+void PlayerImpl::_executeCommands() {
+    for (bool isTerminating = false; !isTerminating;) {
+        const std::unique_ptr<Cmd> command = m_commandQueue.take();
+        isTerminating = command->type() == CmdType::terminate;
+        command->execute(*this);
+        m_framebufferReaper->reap();
+    }
+    _deletePixelBuffer();
+}
+
+void PlayerImpl::_tearDown() {
+    (void)_stopProducing();  // the run ends with its thread
+    // Framebuffers and their textures can be deleted only while their context is current, and that is now. Pools are
+    // emptied after the caches, whose frames return to them.
+    (void)m_producerCache->clear();
+    m_externalSegmentCache.releaseTextures();
+    (void)m_fboPool->uninitialize();
+    {
+        SharedPtr<GraphEngineInterface> graphEngine;
+        {
+            const std::lock_guard lock(m_engineMutex);
+            m_graphEngine.swap(graphEngine);
+        }
+    }
+    if (m_isContextUsable) {
+        m_framebufferReaper->closeContext();
+        m_playerContext->doneCurrent();
+    }
+    // The contexts die on the uninitializing thread; Qt's objects behind them must belong to it, or some would wait for
+    // ever for an event loop of this one.
+    for (QOpenGLContext* const context : {m_playerContext.get(), m_hostContext.get()}) {
+        if (!context) continue;
+        if (context->shareGroup() && context->shareGroup()->thread() == this) {
+            context->shareGroup()->moveToThread(m_uninitializingThread);
+        }
+        context->moveToThread(m_uninitializingThread);
+    }
+    m_isContextUsable = false;
+}
+
+void PlayerImpl::update(Subject* subject, NotificationHint const& hint) {
+    const bool isPool = subject == static_cast<Subject*>(m_ramPool.get()) ||
+                        subject == static_cast<Subject*>(m_fboPool.get());
+    if (isPool) {
+        if (m_producing && dynamic_cast<ResourcePoolInterface::ReleaseHint const*>(&hint)) _queueProduceNext();
+        return;
+    }
+    if (dynamic_cast<InvalidationHint const*>(&hint) && !m_producerCache->empty()) {
+        (void)m_producerCache->clear();
+        QRT_ENGINE_DEBUG("Flushed player cache");
+    }
+    notify(hint);
+}
+
+VideoBufferResolution PlayerImpl::getVideoResolution() const {
+    const std::lock_guard lock(m_engineMutex);
+    return m_videoResolution;
+}
+
+Rational PlayerImpl::getVideoFrameRate() const {
+    const std::lock_guard lock(m_engineMutex);
+    return m_videoFrameRate;
+}
+
+Status PlayerImpl::setDefaultSourceVideoFrameRate(Rational const& rate) {
+    m_defaultSourceVideoFrameRate = rate;
+    return Status();
+}
+
+Rational PlayerImpl::getDefaultSourceVideoFrameRate() const {
+    return m_defaultSourceVideoFrameRate;
+}
+
+bool PlayerImpl::getRamOutputs() const {
+    return m_ramOutputs;
+}
+
+ConstSharedPtr<AudioFormatInterface> PlayerImpl::getAudioFormat() const {
+    const std::lock_guard lock(m_engineMutex);
+    return m_audioFormat;
+}
+
+SharedPtr<TokenResolver> PlayerImpl::getTokenResolver() const {
+    const auto graphEngine = _graphEngine();
+    return graphEngine ? graphEngine->getTokenResolver() : nullptr;
+}
+
+GraphEngineInterface const* PlayerImpl::getGraphEngine() const {
+    return _graphEngine().get();
+}
+
+SharedPtr<Composition> PlayerImpl::_composition() const {
+    const std::lock_guard lock(m_engineMutex);
+    return m_composition;
+}
+
+SharedPtr<GraphEngineInterface> PlayerImpl::_graphEngine() const {
+    const std::lock_guard lock(m_engineMutex);
+    return m_graphEngine;
+}
+
+}  // namespace QRT_0_81

@@ -1,0 +1,87 @@
+// How frames and samples reach the host.
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "qrtPlayerImplCommands.h"
+#include "qrtPlayerImplSource.h"
+
+namespace QRT_0_81 {
+
+namespace {
+
+/// Whether `frame` lies in the `count` frames from `first` on or is the one behind them: a host that rounds a time
+/// at the very end of a composition upwards still gets a picture.
+bool isInOrJustBehind(int64 frame, int64 first, int64 count) {
+    if (frame < first) return false;
+    int64 end = 0;
+    return __builtin_add_overflow(first, count, &end) || frame <= end;
+}
+
+}  // namespace
+
+bool PlayerImpl::isVideoBufferReady(int64 frameNumber) {
+    return _cacheContains(frameNumber);
+}
+
+Status PlayerImpl::getVideoBuffer(int64 frameNumber, SharedPtr<VideoBuffer>& videoBuffer) {
+    videoBuffer.reset();
+    if (!m_initialized) return Status::not_initialized;
+    const auto composition = _composition();
+    if (!composition) return Status::no_composition;
+    Time start;
+    Time duration;
+    if (const Status status = composition->getStartTime(start); status.failure()) return status;
+    if (const Status status = composition->getDuration(duration); status.failure()) return status;
+    const Rational rate = getVideoFrameRate();
+    if (!isInOrJustBehind(frameNumber, PlayParams::getFrame(start, rate), PlayParams::getFrame(duration, rate))) {
+        return Status::out_of_range;
+    }
+
+    QRT_ENGINE_DEBUG("%s %lld", "getVideoBuffer()-before frameNumber =", static_cast<long long>(frameNumber));
+    if (_cacheGet(frameNumber, videoBuffer, 0).failure()) {
+        const Status status = _cmdProduceVideoBuffer(frameNumber, videoBuffer, true);
+        if (status.failure()) {
+            QRT_ENGINE_MESSAGE("getVideoBuffer() failed = %d", static_cast<int>(status.get()));
+            return status;
+        }
+    }
+    QRT_ENGINE_DEBUG("%s %lld", "getVideoBuffer()-after frameNumber =", static_cast<long long>(frameNumber));
+    if (m_producing) m_commandQueue.pushFront(std::make_unique<CmdUpdateCurrentFrameNumber>(frameNumber));
+    return Status();
+}
+
+Status PlayerImpl::_cmdProduceVideoBuffer(int64 frameNumber, SharedPtr<VideoBuffer>& videoBuffer, bool onDemand) {
+    QRT_ENGINE_DEBUG("_cmdProduceVideoBuffer() frameNumber = %lld", static_cast<long long>(frameNumber));
+    return onDemand ? _executeUrgently<CmdProduceVideoBuffer>(frameNumber, onDemand, videoBuffer)
+                    : _execute<CmdProduceVideoBuffer>(frameNumber, onDemand, videoBuffer);
+}
+
+Status PlayerImpl::fillAudioBuffer(char* buffer, size_t size, size_t position) {
+    const auto graphEngine = _graphEngine();
+    return graphEngine ? graphEngine->fillAudio(getAudioFormat(), buffer, size, position) : Status::general_failure;
+}
+
+Status PlayerImpl::_startProducingAudio() {
+    Status status;
+    const auto format = getAudioFormat();
+    const PlayParams::ProductionMode mode = m_playParams->getProductionMode();
+    // Settings may have changed while the command waited.
+    if (m_producing && format && (mode == PlayParams::audio_only || mode == PlayParams::all)) {
+        const double framesPerSecond = getVideoFrameRate().getValue();
+        const size_t bytes = format->getSizeInBytes(1);
+        if (std::abs(framesPerSecond) >= std::numeric_limits<double>::epsilon() && bytes != 0) {
+            // Reading one sample frame positions the graph engine's audio at the current video frame.
+            std::vector<char> sample(bytes);
+            const double seconds = static_cast<double>(m_playParams->getCurrentFrame()) / framesPerSecond;
+            const double position = format->getSampleRate() * seconds + 0.5;
+            status = _graphEngine()->fillAudio(format, sample.data(), bytes, static_cast<size_t>(position));
+        }
+    }
+    if (status.failure()) {
+        QRT_ENGINE_MESSAGE("%s%d", "Start producing audio failure = ", static_cast<int>(status.get()));
+    }
+    return status;
+}
+
+}  // namespace QRT_0_81

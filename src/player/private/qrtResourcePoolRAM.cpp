@@ -1,0 +1,64 @@
+#include "qrtResourcePoolRAM.h"
+
+#include <cstdlib>
+
+#include "qrtDebugLine.h"
+
+namespace QRT_0_81 {
+
+namespace {
+constexpr char sourceName[] = "src/player/private/qrtResourcePoolRAM";
+}  // namespace
+
+SharedPtr<ResourcePoolRAM> ResourcePoolRAM::create() {
+    return SharedPtr<ResourcePoolRAM>(new ResourcePoolRAM);
+}
+
+ResourcePoolRAM::~ResourcePoolRAM() {
+    if (isInitialized()) (void)uninitialize();
+}
+
+Status ResourcePoolRAM::initialize() {
+    const std::lock_guard lock(m_mutex);
+    if (m_initialized) return Status();
+    if (!m_resolution.isValid()) return Status::invalid_pool_configuration;
+    const uint64 bytes = getBufferSize();
+    if (bytes == 0) return Status::invalid_pool_configuration;
+
+    for (uint32 count = getNumResources(); count > 0; --count) m_freeBuffers.push_back(std::malloc(bytes));
+    m_lockedBuffers.clear();
+    m_initialized = true;
+    return Status();
+}
+
+Status ResourcePoolRAM::uninitialize() {
+    const std::lock_guard lock(m_mutex);
+    if (!m_initialized) return Status();
+    for (; !m_freeBuffers.empty(); m_freeBuffers.pop_back()) std::free(m_freeBuffers.back());
+    m_lockedBuffers.clear();
+    m_initialized = false;
+    return Status();
+}
+
+bool ResourcePoolRAM::isSameResolution(VideoBufferResolution const& a, VideoBufferResolution const& b) const {
+    return a.getWidth() == b.getWidth() && a.getHeight() == b.getHeight() && a.getNumChannels() == b.getNumChannels() &&
+           a.getBitsPerChannel() == b.getBitsPerChannel();
+}
+
+void* ResourcePoolRAM::lock(bool allowLast) {
+    const std::lock_guard lock(m_mutex);
+    void* const buffer = lendLast(m_freeBuffers, m_lockedBuffers, allowLast);
+    if (!buffer) return nullptr;
+    notify(LockHint());
+    QRT_DEBUG_LINE(sourceName, "%s %d", "Locking a buffer remaining", static_cast<int>(m_freeBuffers.size()));
+    return buffer;
+}
+
+void ResourcePoolRAM::release(void* buffer) {
+    const std::lock_guard lock(m_mutex);
+    if (!takeBack(m_freeBuffers, m_lockedBuffers, buffer)) std::free(buffer);
+    notify(ReleaseHint());
+    QRT_DEBUG_LINE(sourceName, "%s %d", "Releasing a buffer remaining", static_cast<int>(m_freeBuffers.size()));
+}
+
+}  // namespace QRT_0_81
