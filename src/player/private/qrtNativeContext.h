@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QVariant>
+#include <memory>
 
 namespace QRT_0_81 {
 
@@ -16,5 +17,21 @@ struct NativeContext {
 /// The record that lets a `QOpenGLContext` adopt the host's context, in the form that Qt's platform plugin understands;
 /// an invalid variant when this platform's plugin has none.
 [[nodiscard]] QVariant toQtNativeHandle(NativeContext const& native);
+
+/// Lets go of the host's context for one scope, if it is current on the calling thread, and makes it current again.
+///
+/// To adopt a GLX context Qt makes it current on the adopting thread for a moment. A context must not be current on two
+/// threads: drivers refuse that, or lose the drawable that the host had with it.
+class HostContextRelease final {
+public:
+    explicit HostContextRelease(NativeContext const& native);
+    ~HostContextRelease();
+    HostContextRelease(HostContextRelease const&) = delete;
+    HostContextRelease& operator=(HostContextRelease const&) = delete;
+
+private:
+    struct Current;
+    std::unique_ptr<Current> m_current;  // null when there is nothing to make current again
+};
 
 }  // namespace QRT_0_81

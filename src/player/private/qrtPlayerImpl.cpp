@@ -81,6 +81,7 @@ Status PlayerImpl::initialize(void* nativeContext, void* nativeWindow) {
     m_surface->setFormat(surfaceFormat());
     m_surface->create();
 
+    const HostContextRelease hostContextRelease(m_nativeContext);
     QRT_ENGINE_DEBUG("initialize() - before launching player thread");
     m_isThreadDone = false;
     start(QThread::InheritPriority);

@@ -1,0 +1,3 @@
+#include "qrtCommandQueue.h"
+
+#include <gtest/gtest.h>
