@@ -1,3 +1,433 @@
+// How work crosses to the player thread: in what order, and how callers wait for it.
 #include "qrtCommandQueue.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <QThread>
+#include <atomic>
+#include <functional>
+#include <latch>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "harness/qrtFakeGraphEngine.h"
+#include "harness/qrtPlayerImplInspector.h"
+#include "harness/qrtVirtualTable.h"
+
+namespace QRT_0_81 {
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr VideoBufferResolution smallFormat(16, 8, 4, 8, false);
+
+/// Does what the test says, when executed and when it ends.
+class TestCmd final : public Cmd {
+public:
+    using Action = std::function<void()>;
+    explicit TestCmd(Action onExecute, Action atEnd = {})
+        : Cmd(CmdType::update_current_frame_number), m_onExecute(std::move(onExecute)), m_atEnd(std::move(atEnd)) {}
+    ~TestCmd() override {
+        if (m_atEnd) m_atEnd();
+    }
+    void execute(PlayerImpl&) override {
+        if (m_onExecute) m_onExecute();
+    }
+
+private:
+    const Action m_onExecute;
+    const Action m_atEnd;
+};
+
+std::unique_ptr<Cmd> cmd(TestCmd::Action onExecute, TestCmd::Action atEnd = {}) {
+    return std::make_unique<TestCmd>(std::move(onExecute), std::move(atEnd));
+}
+
+/// Sets a flag when it ends, as a reference that a command holds would.
+struct EndFlag {
+    explicit EndFlag(std::atomic<bool>& flag) : isGone(flag) {}
+    ~EndFlag() { isGone = true; }
+    std::atomic<bool>& isGone;
+};
+
+class TestSynchronousCmd final : public CmdSynchronous {
+public:
+    TestSynchronousCmd(Status* status, CmdCompletion* completion, std::function<Status()> onRun)
+        : CmdSynchronous(CmdType::set_pref, status, completion), m_onRun(std::move(onRun)) {}
+
+private:
+    Status run(PlayerImpl&) override { return m_onRun(); }
+    const std::function<Status()> m_onRun;
+};
+
+class ReferringCmd final : public CmdSynchronous {
+public:
+    ReferringCmd(Status* status, CmdCompletion* completion, std::atomic<bool>& isReferenceGone)
+        : CmdSynchronous(CmdType::set_pref, status, completion), m_reference(isReferenceGone) {}
+
+private:
+    Status run(PlayerImpl&) override { return Status(); }
+    const EndFlag m_reference;
+};
+
+/// Gives the other threads many chances to set `flag`, which they should not; says whether they refrained.
+bool staysFalse(std::atomic<bool> const& flag) {
+    for (int chance = 0; chance < 20000; ++chance) {
+        if (flag) return false;
+        std::this_thread::yield();
+    }
+    return true;
+}
+
+}  // namespace
+
+/// A queue whose commands run on this thread, and an engine that has no thread.
+class CommandQueueTest : public ::testing::Test {
+protected:
+    void runOne() { queue.take()->execute(engine); }
+    void runAll() {
+        while (queue.size() != 0) runOne();
+    }
+    std::unique_ptr<Cmd> note(int number) {
+        return cmd([this, number] { executed.push_back(number); });
+    }
+
+    std::vector<int> executed;
+    PlayerImpl engine{smallFormat, nullptr};
+    CommandQueue queue;
+};
+
+TEST_F(CommandQueueTest, commandsComeOutInTheOrderOfPosting) {
+    for (int number = 0; number < 5; ++number) queue.pushBack(note(number));
+    EXPECT_EQ(queue.size(), 5u);
+    runAll();
+    EXPECT_THAT(executed, ElementsAre(0, 1, 2, 3, 4));
+}
+
+TEST_F(CommandQueueTest, aCommandPostedToTheFrontOvertakesAllThatWait) {
+    for (int number = 0; number < 3; ++number) queue.pushBack(note(number));
+    queue.pushFront(note(10));
+    queue.pushBack(note(3));
+    runAll();
+    EXPECT_THAT(executed, ElementsAre(10, 0, 1, 2, 3));
+}
+
+TEST_F(CommandQueueTest, ofTwoCommandsPostedToTheFrontTheLastComesOutFirst) {
+    queue.pushFront(note(1));
+    queue.pushFront(note(2));
+    runAll();
+    EXPECT_THAT(executed, ElementsAre(2, 1));
+}
+
+TEST_F(CommandQueueTest, aNullCommandIsIgnored) {
+    queue.pushBack(nullptr);
+    queue.pushFront(nullptr);
+    EXPECT_EQ(queue.size(), 0u);
+    queue.pushBack(note(1));
+    queue.pushBack(nullptr);
+    EXPECT_EQ(queue.size(), 1u);
+}
+
+TEST_F(CommandQueueTest, growsWithoutLimitAndStartsAnewWhenEmpty) {
+    constexpr int many = 10000;
+    for (int round = 0; round < 2; ++round) {
+        executed.clear();
+        for (int number = 0; number < many; ++number) queue.pushBack(note(number));
+        runAll();
+        ASSERT_EQ(executed.size(), static_cast<size_t>(many));
+        EXPECT_EQ(executed.front(), 0);
+        EXPECT_EQ(executed.back(), many - 1);
+        EXPECT_EQ(queue.size(), 0u);
+    }
+}
+
+TEST_F(CommandQueueTest, takingFromAnEmptyQueueWaitsForAPost) {
+    for (const auto post : {&CommandQueue::pushBack, &CommandQueue::pushFront}) {
+        std::atomic<bool> isTaken{false};
+        std::thread taker([&] {
+            const std::unique_ptr<Cmd> command = queue.take();
+            isTaken = command != nullptr;
+        });
+        EXPECT_TRUE(staysFalse(isTaken));
+        (queue.*post)(note(1));
+        taker.join();
+        EXPECT_TRUE(isTaken);
+    }
+}
+
+TEST_F(CommandQueueTest, isUnlockedWhileACommandRunsAndWhileItEnds) {
+    queue.pushBack(cmd([this] { queue.pushBack(note(1)); }, [this] { queue.pushBack(note(2)); }));
+    runAll();
+    EXPECT_THAT(executed, ElementsAre(1, 2));
+}
+
+TEST_F(CommandQueueTest, commandsPostedByManyThreadsAreAllExecutedInPostingOrder) {
+    constexpr int numThreads = 4;
+    constexpr int numEach = 500;
+    std::mutex postingOrder;
+    int nextNumber = 0;
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < numThreads; ++thread) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < numEach; ++i) {
+                const std::lock_guard lock(postingOrder);
+                queue.pushBack(note(nextNumber++));
+            }
+        });
+    }
+    for (int i = 0; i < numThreads * numEach; ++i) runOne();
+    for (std::thread& thread : threads) thread.join();
+    ASSERT_EQ(executed.size(), static_cast<size_t>(numThreads * numEach));
+    for (int i = 0; i < numThreads * numEach; ++i) ASSERT_EQ(executed[static_cast<size_t>(i)], i);
+}
+
+TEST_F(CommandQueueTest, aQueueThatEndsEndsItsCommandsUnexecuted) {
+    int numEnded = 0;
+    {
+        CommandQueue shortLived;
+        for (int i = 0; i < 3; ++i) {
+            shortLived.pushBack(cmd([] { ADD_FAILURE() << "executed"; }, [&numEnded] { ++numEnded; }));
+        }
+    }
+    EXPECT_EQ(numEnded, 3);
+}
+
+// ---- Synchronous commands -------------------------------------------------------------------------------------------
+
+TEST_F(CommandQueueTest, eachCallerGetsItsOwnStatus) {
+    constexpr int numCallers = 8;
+    std::vector<int> results(numCallers, -1);
+    std::vector<std::thread> callers;
+    for (int caller = 0; caller < numCallers; ++caller) {
+        callers.emplace_back([this, caller, &results] {
+            Status status;
+            CmdCompletion completion;
+            queue.pushBack(std::make_unique<TestSynchronousCmd>(
+                &status, &completion, [caller] { return Status(static_cast<Status::Type>(1000 + caller)); }));
+            completion.wait();
+            results[static_cast<size_t>(caller)] = status.get();
+        });
+    }
+    for (int i = 0; i < numCallers; ++i) runOne();
+    for (std::thread& caller : callers) caller.join();
+    for (int caller = 0; caller < numCallers; ++caller) EXPECT_EQ(results[static_cast<size_t>(caller)], 1000 + caller);
+}
+
+TEST_F(CommandQueueTest, aCallerWakesWhenItsCommandEndsAndNotWhenItHasRun) {
+    Status status = Status::general_failure;
+    CmdCompletion completion;
+    std::atomic<bool> isReferenceGone{false};
+    std::atomic<bool> isAwake{false};
+    std::atomic<bool> wasReferenceGone{false};
+    std::unique_ptr<Cmd> command = std::make_unique<ReferringCmd>(&status, &completion, isReferenceGone);
+    std::thread caller([&] {
+        completion.wait();
+        wasReferenceGone = isReferenceGone.load();
+        isAwake = true;
+    });
+    command->execute(engine);
+    EXPECT_EQ(status.get(), Status::ok);
+    EXPECT_TRUE(staysFalse(isAwake));
+    command.reset();
+    caller.join();
+    EXPECT_TRUE(wasReferenceGone);
+}
+
+TEST_F(CommandQueueTest, discardingWakesTheCallersAndLeavesTheirStatus) {
+    constexpr int numCallers = 3;
+    std::atomic<int> numRun{0};
+    std::vector<Status> results(numCallers);
+    std::latch posted(numCallers);
+    std::vector<std::thread> callers;
+    for (size_t caller = 0; caller < numCallers; ++caller) {
+        callers.emplace_back([&, caller] {
+            Status status = Status::not_producing;
+            CmdCompletion completion;
+            queue.pushBack(std::make_unique<TestSynchronousCmd>(&status, &completion, [&numRun] {
+                ++numRun;
+                return Status();
+            }));
+            posted.count_down();
+            completion.wait();
+            results[caller] = status;
+        });
+    }
+    posted.wait();
+    queue.discardAll();
+    for (std::thread& caller : callers) caller.join();
+    EXPECT_EQ(numRun, 0);
+    EXPECT_EQ(queue.size(), 0u);
+    for (Status const& status : results) EXPECT_EQ(status.get(), Status::not_producing);
+}
+
+TEST_F(CommandQueueTest, discardingEndsCommandsWithTheQueueUnlocked) {
+    size_t sizeAtTheEnd = 99;
+    queue.pushBack(cmd({}, [&] { sizeAtTheEnd = queue.size(); }));
+    queue.discardAll();
+    EXPECT_EQ(sizeAtTheEnd, 0u);
+}
+
+TEST(CmdCompletionTest, countsSoThatASignalBeforeTheWaitIsNotLost) {
+    CmdCompletion completion;
+    completion.signal();
+    completion.signal();
+    completion.wait();
+    completion.wait();
+    std::atomic<bool> isAwake{false};
+    std::thread waiter([&] {
+        completion.wait();
+        isAwake = true;
+    });
+    EXPECT_TRUE(staysFalse(isAwake));
+    completion.signal();
+    waiter.join();
+    EXPECT_TRUE(isAwake);
+}
+
+TEST(CmdTypeTest, theCodesAreThoseThatTracesKnow) {
+    EXPECT_EQ(static_cast<int>(CmdType::start_producing), 1);
+    EXPECT_EQ(static_cast<int>(CmdType::stop_producing), 2);
+    EXPECT_EQ(static_cast<int>(CmdType::produce_video_buffer), 14);
+    EXPECT_EQ(static_cast<int>(CmdType::produce_next_video_buffer), 15);
+    EXPECT_EQ(static_cast<int>(CmdType::update_current_frame_number), 16);
+    EXPECT_EQ(static_cast<int>(CmdType::terminate), 17);
+}
+
+TEST_F(CommandQueueTest, slot1OfACommandExecutesItAndSlot0EndsIt) {
+    bool isExecuted = false;
+    bool isEnded = false;
+    Cmd* const command = cmd([&] { isExecuted = true; }, [&] { isEnded = true; }).release();
+    callSlot<void, Cmd, PlayerImpl*>(1, command, &engine);  // a reference travels as a pointer
+    EXPECT_TRUE(isExecuted);
+    EXPECT_FALSE(isEnded);
+    deleteThroughSlot0(command);
+    EXPECT_TRUE(isEnded);
+}
+
+// ---- The player thread ----------------------------------------------------------------------------------------------
+
+/// An engine with its thread running, and no host context.
+class PlayerThreadTest : public ::testing::Test {
+protected:
+    PlayerThreadTest() {
+        FakeGraphEngine::resetScript();
+        EXPECT_EQ(engine.initialize(nullptr, nullptr).get(), Status::ok);
+    }
+    ~PlayerThreadTest() override {
+        (void)engine.uninitialize();
+        FakeGraphEngine::resetScript();
+    }
+
+    CommandQueue& queue() { return PlayerImplInspector::queue(engine); }
+
+    /// Keeps the player thread busy until the latch is released.
+    void hold(std::latch& isHeld, std::latch& release) {
+        queue().pushFront(cmd([&] {
+            isHeld.count_down();
+            release.wait();
+        }));
+        isHeld.wait();
+    }
+
+    PlayerImpl engine{smallFormat, FakeGraphEngine::create};
+};
+
+TEST_F(PlayerThreadTest, commandsRunAndEndOnThePlayerThread) {
+    QThread* runsOn = nullptr;
+    QThread* endsOn = nullptr;
+    std::latch ended(1);
+    queue().pushBack(cmd([&] { runsOn = QThread::currentThread(); },
+                         [&] {
+                             endsOn = QThread::currentThread();
+                             ended.count_down();
+                         }));
+    ended.wait();
+    EXPECT_EQ(runsOn, &engine);
+    EXPECT_EQ(endsOn, &engine);
+}
+
+TEST_F(PlayerThreadTest, tenCommandsBeforeTheTerminatingOneRunFirst) {
+    std::latch isHeld(1);
+    std::latch release(1);
+    hold(isHeld, release);
+    std::vector<int> executed;
+    for (int number = 0; number < 10; ++number) {
+        queue().pushBack(cmd([&executed, number] { executed.push_back(number); }));
+    }
+    release.count_down();
+    EXPECT_EQ(engine.uninitialize().get(), Status::ok);
+    EXPECT_THAT(executed, ElementsAre(0, 1, 2, 3, 4, 5, 6, 7, 8, 9));
+}
+
+TEST_F(PlayerThreadTest, twoCallersAreServedInPostingOrderEachWithItsOwnStatus) {
+    std::latch isHeld(1);
+    std::latch release(1);
+    hold(isHeld, release);
+    std::vector<int> executed;
+    std::vector<int> results(2, -1);
+    std::vector<std::thread> callers;
+    for (int caller = 0; caller < 2; ++caller) {
+        callers.emplace_back([this, caller, &executed, &results] {
+            results[static_cast<size_t>(caller)] =
+                PlayerImplInspector::execute<TestSynchronousCmd>(engine, [caller, &executed] {
+                    executed.push_back(caller);
+                    return Status(static_cast<Status::Type>(700 + caller));
+                }).get();
+        });
+        while (queue().size() != static_cast<size_t>(caller) + 1) std::this_thread::yield();
+    }
+    release.count_down();
+    for (std::thread& caller : callers) caller.join();
+    EXPECT_THAT(executed, ElementsAre(0, 1));
+    EXPECT_THAT(results, ElementsAre(700, 701));
+}
+
+TEST_F(PlayerThreadTest, aCallFromThePlayerThreadItselfFailsInsteadOfWaitingForItself) {
+    Status inner;
+    const Status outer = PlayerImplInspector::execute<TestSynchronousCmd>(engine, [&] {
+        inner = engine.setPref(Prefs::PRODUCER_CACHE_NB_HEAD_FRAMES, 3);
+        return Status();
+    });
+    EXPECT_EQ(outer.get(), Status::ok);
+    EXPECT_EQ(inner.get(), Status::general_failure);
+}
+
+TEST_F(PlayerThreadTest, aCallBehindTheTerminatingCommandIsWokenWithNotInitialized) {
+    std::latch isHeld(1);
+    std::latch release(1);
+    hold(isHeld, release);
+    std::thread uninitializing([this] { EXPECT_EQ(engine.uninitialize().get(), Status::ok); });
+    while (queue().size() != 1) std::this_thread::yield();  // the terminating command
+    Status status;
+    std::thread caller([&] {
+        status = PlayerImplInspector::execute<TestSynchronousCmd>(engine, [] {
+            ADD_FAILURE() << "executed behind the terminating command";
+            return Status();
+        });
+    });
+    while (queue().size() != 2) std::this_thread::yield();
+    release.count_down();
+    caller.join();
+    uninitializing.join();
+    EXPECT_EQ(status.get(), Status::not_initialized);
+}
+
+TEST_F(PlayerThreadTest, atItsEndThePixelBufferAndTheGraphEngineAreGone) {
+    ASSERT_NE(engine.getGraphEngine(), nullptr);
+    ASSERT_EQ(engine.setRamOutputs(true).get(), Status::ok);
+    ASSERT_EQ(engine.setComposition(FakeComposition::create(0, 10), List<SharedPtr<ExternalSegment>>()).get(), Status::ok);
+    SharedPtr<VideoBuffer> buffer;
+    ASSERT_EQ(engine.getVideoBuffer(0, buffer).get(), Status::ok);
+    ASSERT_NE(PlayerImplInspector::pixelBuffer(engine), nullptr);
+    ASSERT_EQ(engine.uninitialize().get(), Status::ok);
+    EXPECT_EQ(PlayerImplInspector::pixelBuffer(engine), nullptr);
+    EXPECT_EQ(engine.getGraphEngine(), nullptr);
+    EXPECT_EQ(FakeGraphEngine::script().numDestroyed, 1);
+}
+
+}  // namespace QRT_0_81

@@ -11,7 +11,10 @@ SharedPtr<CacheBase<Data>> CacheBase<Data>::create() {
 }
 
 template <class Data>
-CacheBase<Data>::~CacheBase() = default;
+CacheBase<Data>::~CacheBase() {
+    // While the cache is still whole: a record's end may use it.
+    static_cast<void>(clear());
+}
 
 template <class Data>
 bool CacheBase<Data>::lookUp(String const& key, Data& data, Entries& expired) {

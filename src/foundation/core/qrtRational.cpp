@@ -4,6 +4,8 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include <cstring>
+
 namespace QRT_0_81 {
 
 namespace {
@@ -26,8 +28,12 @@ String Rational::toJson() const {
 }
 
 Status Rational::fromJson(String const& text) {
+    // The parser ends at a zero byte, which is no JSON wherever it stands.
+    if (std::strlen(text.c_str()) != text.size()) return Status::invalid_text;
     rapidjson::Document document;
-    document.Parse(text.c_str(), text.size());
+    // Not the recursive parser: text that is nested deeply enough would exhaust the stack. From a plain stream: the one
+    // that takes a length would let a byte order mark pass.
+    document.Parse<rapidjson::kParseIterativeFlag>(text.c_str());
     if (document.HasParseError() || !document.IsObject()) return Status::invalid_text;
 
     const auto numerator = document.FindMember(numeratorKey);

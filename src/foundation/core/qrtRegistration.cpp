@@ -1,11 +1,41 @@
 #include "foundation/core/qrtRegistration.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "foundation/core/qrtObserver.h"
 
 namespace QRT_0_81 {
+
+/// One call of an observer, on the stack of the thread that makes it; each thread knows the calls that it is inside.
+class ObserverCall final {
+public:
+    explicit ObserverCall(Registration& registration) noexcept : m_registration(registration), m_outer(innermost) {
+        innermost = this;
+    }
+    ~ObserverCall() {  // on every path: an update that throws must not keep a removal waiting for ever
+        innermost = m_outer;
+        m_registration.callEnds();
+    }
+    ObserverCall(ObserverCall const&) = delete;
+    ObserverCall& operator=(ObserverCall const&) = delete;
+
+    [[nodiscard]] static bool isInsideUpdateOf(std::weak_ptr<ObserverRegistrations> const& observer) noexcept {
+        for (ObserverCall const* call = innermost; call; call = call->m_outer) {
+            // The records tell observers apart, not their addresses: a dead one's may have been used again.
+            auto const& called = call->m_registration.m_observerSide;
+            if (!called.owner_before(observer) && !observer.owner_before(called)) return true;
+        }
+        return false;
+    }
+
+private:
+    static thread_local ObserverCall const* innermost;
+
+    Registration& m_registration;
+    ObserverCall const* const m_outer;
+};
+
+thread_local ObserverCall const* ObserverCall::innermost = nullptr;
 
 Registration::Registration(Observer* observer, std::weak_ptr<SubjectRegistrations> subjectSide,
                            std::weak_ptr<ObserverRegistrations> observerSide)
@@ -15,42 +45,49 @@ void Registration::call(Subject* subject, NotificationHint const& hint) {
     {
         const std::lock_guard lock(m_mutex);
         if (!m_open) return;
-        m_callers.push_back(std::this_thread::get_id());
+        ++m_numCalls;
     }
-    struct CallEnd {  // on every path: an update that throws must not keep a removal waiting for ever
-        Registration& registration;
-        ~CallEnd() { registration.callEnds(); }
-    } callEnd{*this};
+    const ObserverCall call(*this);
     m_observer->update(subject, hint);
 }
 
 void Registration::callEnds() {
     {
         const std::lock_guard lock(m_mutex);
-        m_callers.erase(std::find(m_callers.begin(), m_callers.end(), std::this_thread::get_id()));
+        --m_numCalls;
     }
     m_callEnded.notify_all();
+    forgetIfOver();
 }
 
 void Registration::end() {
-    if (const auto side = m_subjectSide.lock()) side->remove(this);
-    if (const auto side = m_observerSide.lock()) side->remove(this);
-    close();
+    {
+        std::unique_lock lock(m_mutex);
+        m_open = false;
+        // Waiting for a call further up this very stack would wait for ever, and so would two updates of one observer
+        // that wait for each other.
+        if (!ObserverCall::isInsideUpdateOf(m_observerSide)) m_callEnded.wait(lock, [this] { return m_numCalls == 0; });
+    }
+    forgetIfOver();
 }
 
-void Registration::close() {
-    std::unique_lock lock(m_mutex);
-    m_open = false;
-    const auto self = std::this_thread::get_id();
-    // Waiting for a call further up this very stack would wait for ever.
-    if (std::find(m_callers.begin(), m_callers.end(), self) != m_callers.end()) return;
-    m_callEnded.wait(lock, [this] { return m_callers.empty(); });
+void Registration::forgetIfOver() {
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_open || m_numCalls > 0) return;
+    }
+    forget();
+}
+
+void Registration::forget() {
+    if (const auto side = m_subjectSide.lock()) side->remove(this);
+    if (const auto side = m_observerSide.lock()) side->remove(this);
 }
 
 bool SubjectRegistrations::add(RegistrationPtr const& registration, Observer const* observer) {
     const std::lock_guard lock(m_mutex);
     for (auto const& known : *m_list) {
-        if (known->isFor(observer)) return false;
+        if (known->isFor(observer) && known->isOpen()) return false;
     }
     auto copy = std::make_shared<RegistrationList>(*m_list);
     copy->push_back(registration);
@@ -68,13 +105,6 @@ void SubjectRegistrations::remove(Registration const* registration) {
     dropped = std::exchange(m_list, std::move(copy));
 }
 
-RegistrationPtr SubjectRegistrations::find(Observer const* observer) const {
-    const auto list = snapshot();
-    const auto found =
-        std::find_if(list->begin(), list->end(), [&](RegistrationPtr const& known) { return known->isFor(observer); });
-    return found == list->end() ? nullptr : *found;
-}
-
 std::shared_ptr<const RegistrationList> SubjectRegistrations::snapshot() const {
     const std::lock_guard lock(m_mutex);
     return m_list;
@@ -90,9 +120,9 @@ void ObserverRegistrations::remove(Registration const* registration) {
     std::erase_if(m_list, [&](RegistrationPtr const& known) { return known.get() == registration; });
 }
 
-RegistrationList ObserverRegistrations::takeAll() {
+RegistrationList ObserverRegistrations::snapshot() const {
     const std::lock_guard lock(m_mutex);
-    return std::exchange(m_list, {});
+    return m_list;
 }
 
 }  // namespace QRT_0_81

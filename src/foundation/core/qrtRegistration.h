@@ -6,10 +6,10 @@
 // when the other has died. Locks: one per list, one per record; none is ever taken while another is held, and none is
 // held while an observer is called.
 
+#include <atomic>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
-#include <thread>
 #include <vector>
 
 namespace QRT_0_81 {
@@ -21,23 +21,33 @@ class Subject;
 class SubjectRegistrations;
 
 /// One observer watching one subject. Outlives both ends as long as a notification is under way.
+///
+/// A record stays in both lists until its last call has ended, even when it has long been closed (by a removal from
+/// inside the update, say): whoever ends it next must find it there to wait for that call.
 class Registration final {
 public:
     Registration(Observer* observer, std::weak_ptr<SubjectRegistrations> subjectSide,
                  std::weak_ptr<ObserverRegistrations> observerSide);
 
     [[nodiscard]] bool isFor(Observer const* observer) const noexcept { return m_observer == observer; }
+    /// False once the registration is on its way out: no call will begin.
+    [[nodiscard]] bool isOpen() const noexcept { return m_open; }
 
     /// Calls the observer unless the registration is closed.
     void call(Subject* subject, NotificationHint const& hint);
 
-    /// Takes the record out of both lists and closes it; waits until no other thread is inside `call`, unless this
-    /// thread is.
+    /// Closes the record and takes it out of both lists. Waits until no thread is inside `call`, but not when this
+    /// thread is inside an update of the same observer: then the last call takes the record out.
     void end();
 
+    /// Takes a record that is closed and has no call under way out of both lists.
+    void forgetIfOver();
+
 private:
+    friend class ObserverCall;
+
     void callEnds();
-    void close();
+    void forget();
 
     Observer* const m_observer;
     const std::weak_ptr<SubjectRegistrations> m_subjectSide;
@@ -45,20 +55,20 @@ private:
 
     std::mutex m_mutex;
     std::condition_variable m_callEnded;
-    bool m_open = true;                      // under m_mutex
-    std::vector<std::thread::id> m_callers;  // under m_mutex; one entry per call under way
+    std::atomic<bool> m_open{true};  // changed under m_mutex
+    int m_numCalls = 0;              // under m_mutex; calls under way
 };
 
 using RegistrationPtr = std::shared_ptr<Registration>;
 using RegistrationList = std::vector<RegistrationPtr>;
 
-/// The registrations of one subject. Copied on write, so that notifying allocates nothing and needs no lock while it calls.
+/// The registrations of one subject. Copied on write, so that notifying allocates nothing and needs no lock while it
+/// calls.
 class SubjectRegistrations final {
 public:
-    /// Adds the record unless there is one for the same observer; says whether it did.
+    /// Adds the record unless there is an open one for the same observer; says whether it did.
     bool add(RegistrationPtr const& registration, Observer const* observer);
     void remove(Registration const* registration);
-    [[nodiscard]] RegistrationPtr find(Observer const* observer) const;
     [[nodiscard]] std::shared_ptr<const RegistrationList> snapshot() const;
 
 private:
@@ -71,10 +81,10 @@ class ObserverRegistrations final {
 public:
     void add(RegistrationPtr const& registration);
     void remove(Registration const* registration);
-    [[nodiscard]] RegistrationList takeAll();
+    [[nodiscard]] RegistrationList snapshot() const;
 
 private:
-    std::mutex m_mutex;
+    mutable std::mutex m_mutex;
     RegistrationList m_list;
 };
 

@@ -8,27 +8,35 @@ namespace QRT_0_81 {
 Subject::Subject() : m_registrations(std::make_shared<SubjectRegistrations>()) {}
 
 Subject::~Subject() {
-    for (auto const& registration : *m_registrations->snapshot()) registration->end();
+    const auto list = m_registrations->snapshot();  // named, so that it lives as long as the loop
+    for (auto const& registration : *list)
+        registration->end();
 }
 
 void Subject::addObserver(Observer* observer) {
     if (!observer) return;
-    const auto registration =
-        std::make_shared<Registration>(observer, m_registrations, observer->m_registrations);
+    const auto registration = std::make_shared<Registration>(observer, m_registrations, observer->m_registrations);
     // The observer's side first: a notification that finds the record on this side must find it whole.
     observer->m_registrations->add(registration);
     if (!m_registrations->add(registration, observer)) observer->m_registrations->remove(registration.get());
+    // It may have been closed from the observer's side before it got here; nobody else would take it out then.
+    registration->forgetIfOver();
 }
 
 void Subject::removeObserver(Observer* observer) {
     if (!observer) return;
-    if (const auto registration = m_registrations->find(observer)) registration->end();
+    // Beside the open record there may be closed ones, whose last call is still to be waited for.
+    const auto list = m_registrations->snapshot();
+    for (auto const& registration : *list) {
+        if (registration->isFor(observer)) registration->end();
+    }
 }
 
 void Subject::notify(NotificationHint const& hint) {
     // The list is this call's own: an observer may add, remove or destroy anything, this subject included.
     const auto list = m_registrations->snapshot();
-    for (auto const& registration : *list) registration->call(this, hint);
+    for (auto const& registration : *list)
+        registration->call(this, hint);
 }
 
 }  // namespace QRT_0_81

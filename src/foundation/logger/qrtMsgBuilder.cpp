@@ -7,7 +7,13 @@ namespace QRT_0_81 {
 
 namespace {
 
+/// The text, or an empty one for a null pointer.
+std::string orEmpty(char const* text) {
+    return text ? text : "";
+}
+
 std::string formatted(char const* format, va_list arguments) {
+    if (!format) return {};
     va_list again;
     va_copy(again, arguments);
     const int length = std::vsnprintf(nullptr, 0, format, arguments);
@@ -22,14 +28,14 @@ std::string formatted(char const* format, va_list arguments) {
 void MsgBuilder<0>::operator()(char const* format, ...) const {
     va_list arguments;
     va_start(arguments, format);
-    m_poster(LogMsg("", m_file, m_line, formatted(format, arguments)));
+    m_poster(LogMsg("", orEmpty(m_file), m_line, formatted(format, arguments)));
     va_end(arguments);
 }
 
 void MsgBuilder<2>::operator()(char const* channel, char const* format, ...) const {
     va_list arguments;
     va_start(arguments, format);
-    m_poster(LogMsg(channel, m_file, m_line, formatted(format, arguments)));
+    m_poster(LogMsg(orEmpty(channel), orEmpty(m_file), m_line, formatted(format, arguments)));
     va_end(arguments);
 }
 

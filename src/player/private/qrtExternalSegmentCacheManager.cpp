@@ -129,12 +129,15 @@ Status ExternalSegmentCacheManager::setConstraint(Resource::Type type, ResourceC
     const auto change = [&](auto& kind, auto makePool) {
         if (m_state->now(kind).has(mode, first, second)) return;
         auto pool = makePool();
-        if (pool) {
-            (void)m_state->now(kind).cache->clear();
-            (void)pool->setSize(second, ResourcePool::SizeUnit::megabytes);
-        }
+        // The cache is replaced rather than cleared: a frame on its way into it at this moment must not stay behind,
+        // outside the new budget.
+        SharedPtr<Cache> cache = Cache::create();
+        if (pool) (void)pool->setSize(second, ResourcePool::SizeUnit::megabytes);
         const std::lock_guard lock(m_state->mutex);
-        if (pool) kind.pool.swap(pool);  // the replaced one is let go of after the lock
+        if (pool) {
+            kind.pool.swap(pool);  // what is replaced is let go of after the lock
+            kind.cache.swap(cache);
+        }
         kind.store(mode, first, second);
     };
     switch (type) {

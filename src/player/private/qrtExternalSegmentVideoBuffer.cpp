@@ -36,7 +36,12 @@ Status ExternalSegmentVideoBuffer::blit(unsigned int texture, Direction directio
     if (wrapped.getStatus().failure()) return wrapped.getStatus();
     const uint32 source = direction == Direction::in ? wrapped.getFramebuffer() : fbo->handle();
     const uint32 target = direction == Direction::in ? fbo->handle() : wrapped.getFramebuffer();
-    blitFramebuffer(QOpenGLContext::currentContext()->extraFunctions(), source, fbo->width(), fbo->height(), target);
+    auto& gl = *QOpenGLContext::currentContext()->extraFunctions();
+    // The caller may be in the middle of drawing: its scissor would cut the copy.
+    const bool isScissored = gl.glIsEnabled(GL_SCISSOR_TEST) == GL_TRUE;
+    if (isScissored) gl.glDisable(GL_SCISSOR_TEST);
+    blitFramebuffer(&gl, source, fbo->width(), fbo->height(), target);
+    if (isScissored) gl.glEnable(GL_SCISSOR_TEST);
     return Status();
 }
 

@@ -3,6 +3,8 @@
 #include <QVariant>
 #include <memory>
 
+class QSurface;
+
 namespace QRT_0_81 {
 
 /// The pair of native handles by which a host names its OpenGL context.
@@ -15,12 +17,12 @@ struct NativeContext {
 };
 
 /// The record that lets a `QOpenGLContext` adopt the host's context, in the form that Qt's platform plugin understands;
-/// an invalid variant when this platform's plugin has none.
-[[nodiscard]] QVariant toQtNativeHandle(NativeContext const& native);
+/// an invalid variant when this platform's plugin has none. `surface` is one that this thread may make current.
+[[nodiscard]] QVariant toQtNativeHandle(NativeContext const& native, QSurface* surface);
 
 /// Lets go of the host's context for one scope, if it is current on the calling thread, and makes it current again.
 ///
-/// To adopt a GLX context Qt makes it current on the adopting thread for a moment. A context must not be current on two
+/// To adopt a context under GLX or EGL, Qt makes it current on the adopting thread for a moment. A context must not be current on two
 /// threads: drivers refuse that, or lose the drawable that the host had with it.
 class HostContextRelease final {
 public:

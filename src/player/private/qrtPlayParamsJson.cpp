@@ -6,7 +6,9 @@
 #include <array>
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 #include <string_view>
+#include <vector>
 
 #include "foundation/core/qrtPlatform.h"
 #include "foundation/logger/qrtMsgBuilder.h"
@@ -88,11 +90,52 @@ JsonValue const* findFrame(JsonValue const& root, char const* key) {
     return value && value->IsInt64() ? value : nullptr;
 }
 
-String compactText(JsonValue const& value) {
+/// The value as compact text. Unlike `Value::Accept` this does not recurse: a text may nest its values deeper than the
+/// stack is large.
+String compactText(JsonValue const& root) {
     rapidjson::StringBuffer buffer;
     rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-    value.Accept(writer);
+    struct Container {
+        JsonValue const* value;
+        rapidjson::SizeType numWritten;
+    };
+    std::vector<Container> open;  // innermost last
+    const auto write = [&](JsonValue const& value) {
+        if (value.IsObject()) {
+            writer.StartObject();
+        } else if (value.IsArray()) {
+            writer.StartArray();
+        } else {
+            value.Accept(writer);
+            return;
+        }
+        open.push_back({&value, 0});
+    };
+    write(root);
+    while (!open.empty()) {
+        JsonValue const& container = *open.back().value;
+        const rapidjson::SizeType next = open.back().numWritten++;
+        if (container.IsObject() && next < container.MemberCount()) {
+            const auto member = container.MemberBegin() + static_cast<std::ptrdiff_t>(next);
+            writer.Key(member->name.GetString(), member->name.GetStringLength());
+            write(member->value);
+        } else if (container.IsArray() && next < container.Size()) {
+            write(container[next]);
+        } else {
+            container.IsObject() ? writer.EndObject() : writer.EndArray();
+            open.pop_back();
+        }
+    }
     return String(buffer.GetString());
+}
+
+/// Parses strict JSON; says whether the text is. Does not recurse either.
+bool parse(String const& text, rapidjson::Document& document) {
+    // The parser ends at a zero byte, which is no JSON wherever it stands.
+    if (std::strlen(text.c_str()) != text.size()) return false;
+    // From a plain stream: the one that takes a length would let a byte order mark pass.
+    document.Parse<rapidjson::kParseIterativeFlag>(text.c_str());
+    return !document.HasParseError();
 }
 
 }  // namespace
@@ -101,9 +144,8 @@ String PlayParams::toJson() const {
     rapidjson::Document document(rapidjson::kObjectType);
     auto& allocator = document.GetAllocator();
 
-    const String frameRateText = m_private->frameRate.toJson();
     rapidjson::Document frameRate(&allocator);
-    frameRate.Parse(frameRateText.c_str(), frameRateText.size());
+    frameRate.Parse(m_private->frameRate.toJson().c_str());
 
     document.AddMember(currentFrameKey, JsonValue(m_private->currentFrame), allocator);
     document.AddMember(startFrameKey, JsonValue(m_private->startFrame), allocator);
@@ -118,8 +160,7 @@ String PlayParams::toJson() const {
 
 Status PlayParams::fromJson(String const& text) {
     rapidjson::Document document;
-    document.Parse(text.c_str(), text.size());
-    if (document.HasParseError()) return Status::invalid_text;
+    if (!parse(text, document)) return Status::invalid_text;
 
     JsonValue const* frameRate = findTraced(document, frameRateKey, "Object", &JsonValue::IsObject);
     if (!frameRate) return Status::invalid_text;

@@ -151,7 +151,7 @@ Status PlayerImpl::_createContexts() {
 
     if (m_nativeContext.context) {
         m_hostContext = std::make_unique<QOpenGLContext>();
-        m_hostContext->setNativeHandle(toQtNativeHandle(m_nativeContext));
+        m_hostContext->setNativeHandle(toQtNativeHandle(m_nativeContext, m_surface.get()));
         if (!m_hostContext->nativeHandle().isValid() || !m_hostContext->create()) {
             QRT_ENGINE_MESSAGE("initialize() failed: the host's OpenGL context cannot be adopted");
             return Status::general_failure;
