@@ -9,7 +9,6 @@
 #include <functional>
 #include <latch>
 #include <mutex>
-#include <string>
 #include <thread>
 #include <vector>
 
@@ -22,7 +21,6 @@ namespace QRT_0_81 {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 constexpr VideoBufferResolution smallFormat(16, 8, 4, 8, false);
 
@@ -401,19 +399,21 @@ TEST_F(PlayerThreadTest, aCallBehindTheTerminatingCommandIsWokenWithNotInitializ
     std::latch isHeld(1);
     std::latch release(1);
     hold(isHeld, release);
-    std::thread uninitializing([this] { EXPECT_EQ(engine.uninitialize().get(), Status::ok); });
-    while (queue().size() != 1) std::this_thread::yield();  // the terminating command
     Status status;
     std::thread caller([&] {
+        while (queue().size() != 1) std::this_thread::yield();  // the terminating command
         status = PlayerImplInspector::execute<TestSynchronousCmd>(engine, [] {
             ADD_FAILURE() << "executed behind the terminating command";
             return Status();
         });
     });
-    while (queue().size() != 2) std::this_thread::yield();
-    release.count_down();
+    std::thread releasing([&] {
+        while (queue().size() != 2) std::this_thread::yield();
+        release.count_down();
+    });
+    EXPECT_EQ(engine.uninitialize().get(), Status::ok);
     caller.join();
-    uninitializing.join();
+    releasing.join();
     EXPECT_EQ(status.get(), Status::not_initialized);
 }
 
