@@ -3,54 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 
-#include "player/qrtPlayParams.h"
+#include "harness/qrtPlayParamsDocument.h"
 
 namespace QRT_0_81 {
 
 namespace {
 
 using ::testing::HasSubstr;
-
-constexpr auto unknownPlayMode = static_cast<PlayParams::PlayMode>(7);
-constexpr auto unknownProductionMode = static_cast<PlayParams::ProductionMode>(-3);
-
-SharedPtr<PlayParams> make(int64 current, int64 start, int64 end, Rational const& rate, int step,
-                           PlayParams::PlayMode playMode, PlayParams::ProductionMode productionMode) {
-    auto params = PlayParams::create(Time(), Time(), Time(), rate, step, playMode, productionMode);
-    params->setCurrentFrame(current);
-    params->setStartFrame(start);
-    params->setEndFrame(end);
-    return params;
-}
-
-/// Values that no document here holds, so that what was stored can be told from what was not.
-SharedPtr<PlayParams> sentinel() {
-    return make(-901, -902, -903, Rational(-904, 905), -906, unknownPlayMode, unknownProductionMode);
-}
-
-/// A document, member by member; each may be replaced, or left out when empty.
-struct Document {
-    std::string frameRate = R"("frame_rate":{"numerator":30000,"denominator":1001})";
-    std::string step = R"("step":-2)";
-    std::string playMode = R"("play_mode":"loop")";
-    std::string productionMode = R"("production_mode":"audio_only")";
-    std::string currentFrame = R"("current_frame":11)";
-    std::string startFrame = R"("start_frame":10)";
-    std::string endFrame = R"("end_frame":99)";
-
-    [[nodiscard]] String text() const {
-        std::string joined;
-        for (auto const* member : {&currentFrame, &startFrame, &endFrame, &frameRate, &step, &playMode, &productionMode}) {
-            if (member->empty()) continue;
-            joined += (joined.empty() ? "" : ",") + *member;
-        }
-        return String("{" + joined + "}");
-    }
-};
 
 /// What a document has stored in a `sentinel`. Fails the test when a stored value is not the one in `Document`.
 struct Stored {
@@ -194,12 +155,6 @@ namespace {
 
 std::string nameOf(::testing::TestParamInfo<ReadCase> const& info) {
     return info.param.name;
-}
-
-String with(std::string Document::*member, std::string const& replacement) {
-    Document document;
-    document.*member = replacement;
-    return document.text();
 }
 
 const std::string whole = Document().text().c_str();
@@ -385,117 +340,6 @@ TEST(RationalJson, isStrictAboutWhatStandsAroundIt) {
     EXPECT_EQ(rate, Rational(24, 1));
     EXPECT_EQ(rate.fromJson(String(" \t\r\n" + text + "\n")).get(), 0);
     EXPECT_EQ(rate, Rational(30000, 1001));
-}
-
-// ---- The trace ----------------------------------------------------------------------------------------------------------
-// Whether it is on is decided once per process: each of these tests has a process of its own.
-
-namespace {
-
-constexpr char traceSwitch[] = "ZR_DEBUG_OTIO";
-
-/// Reads the text and ends the process; what the reader wrote to standard error stands between "<<" and ">>".
-[[noreturn]] void readAndExit(String const& text) {
-    std::fputs("<<", stderr);
-    (void)sentinel()->fromJson(text);
-    std::fputs(">>", stderr);
-    std::_Exit(0);
-}
-
-::testing::Matcher<std::string const&> traces(std::string const& lines) {
-    return HasSubstr("<<" + lines + ">>");
-}
-
-struct TraceCase {
-    char const* name;
-    String text;
-    char const* lines;
-};
-
-}  // namespace
-
-class PlayParamsJsonTrace : public ::testing::TestWithParam<TraceCase> {
-protected:
-    PlayParamsJsonTrace() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
-};
-
-TEST_P(PlayParamsJsonTrace, tellsWhatWasFoundAndWhatFailed) {
-    const auto read = [] {
-        setenv(traceSwitch, "1", 1);
-        readAndExit(GetParam().text);
-    };
-    EXPECT_EXIT(read(), ::testing::ExitedWithCode(0), traces(GetParam().lines));
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, PlayParamsJsonTrace,
-    ::testing::Values(
-        TraceCase{"complete", Document().text(),
-                  "Found frame_rate\nFound step\nFound play_mode\nFound production_mode\n"},
-        TraceCase{"parseError", "{", ""},
-        TraceCase{"noObject", "[]", "Cannot find 'frame_rate'\n"},
-        TraceCase{"noFrameRate", with(&Document::frameRate, ""), "Cannot find 'frame_rate'\n"},
-        TraceCase{"frameRateNull", with(&Document::frameRate, R"("frame_rate":null)"),
-                  "Expected 'frame_rate' to be Object, found Null\n"},
-        TraceCase{"frameRateFalse", with(&Document::frameRate, R"("frame_rate":false)"),
-                  "Expected 'frame_rate' to be Object, found False\n"},
-        TraceCase{"frameRateTrue", with(&Document::frameRate, R"("frame_rate":true)"),
-                  "Expected 'frame_rate' to be Object, found True\n"},
-        TraceCase{"frameRateArray", with(&Document::frameRate, R"("frame_rate":[])"),
-                  "Expected 'frame_rate' to be Object, found Array\n"},
-        TraceCase{"noStep", with(&Document::step, ""), "Found frame_rate\nCannot find 'step'\n"},
-        TraceCase{"stepFraction", with(&Document::step, R"("step":1.5)"),
-                  "Found frame_rate\nExpected 'step' to be Int, found Number\n"},
-        TraceCase{"stepTooLarge", with(&Document::step, R"("step":2147483648)"),
-                  "Found frame_rate\nExpected 'step' to be Int, found Number\n"},
-        TraceCase{"stepString", with(&Document::step, R"("step":"1")"),
-                  "Found frame_rate\nExpected 'step' to be Int, found String\n"},
-        TraceCase{"playModeObject", with(&Document::playMode, R"("play_mode":{})"),
-                  "Found frame_rate\nFound step\nExpected 'play_mode' to be String, found Object\n"},
-        TraceCase{"noProductionMode", with(&Document::productionMode, ""),
-                  "Found frame_rate\nFound step\nFound play_mode\nCannot find 'production_mode'\n"},
-        TraceCase{"framesAreCheckedSilently", with(&Document::endFrame, R"("end_frame":"99")"),
-                  "Found frame_rate\nFound step\nFound play_mode\nFound production_mode\n"}),
-    [](auto const& info) { return std::string(info.param.name); });
-
-TEST(PlayParamsJsonTraceSwitch, offItWritesNothing) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const auto read = [] {
-        unsetenv(traceSwitch);
-        readAndExit("{}");
-    };
-    EXPECT_EXIT(read(), ::testing::ExitedWithCode(0), traces(""));
-}
-
-TEST(PlayParamsJsonTraceSwitch, anyValueTurnsItOn) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    for (char const* const value : {"", "0", "no"}) {
-        const auto read = [value] {
-            setenv(traceSwitch, value, 1);
-            readAndExit("{}");
-        };
-        EXPECT_EXIT(read(), ::testing::ExitedWithCode(0), traces("Cannot find 'frame_rate'\n"));
-    }
-}
-
-TEST(PlayParamsJsonTraceSwitch, isReadAtTheFirstTraceAndOnlyThen) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const auto switchOffLater = [] {
-        unsetenv(traceSwitch);
-        (void)sentinel()->fromJson("no JSON: no trace is attempted");
-        setenv(traceSwitch, "1", 1);
-        (void)sentinel()->fromJson("{}");
-        unsetenv(traceSwitch);
-        readAndExit("{}");
-    };
-    EXPECT_EXIT(switchOffLater(), ::testing::ExitedWithCode(0), traces("Cannot find 'frame_rate'\n"));
-    const auto switchOnLater = [] {
-        unsetenv(traceSwitch);
-        (void)sentinel()->fromJson("{}");
-        setenv(traceSwitch, "1", 1);
-        readAndExit("{}");
-    };
-    EXPECT_EXIT(switchOnLater(), ::testing::ExitedWithCode(0), traces(""));
 }
 
 }  // namespace QRT_0_81

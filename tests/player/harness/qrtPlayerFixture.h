@@ -31,7 +31,7 @@ protected:
         FakeGraphEngine::resetScript();
         player = Player::create(smallRgba8, FakeGraphEngine::create);
     }
-    ~PlayerFixture() override {
+    void TearDown() override {
         player.reset();
         FakeGraphEngine::resetScript();
     }
