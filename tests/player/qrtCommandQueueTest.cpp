@@ -14,6 +14,7 @@
 
 #include "harness/qrtFakeGraphEngine.h"
 #include "harness/qrtPlayerImplInspector.h"
+#include "harness/qrtThreadChances.h"
 #include "harness/qrtVirtualTable.h"
 
 namespace QRT_0_81 {
@@ -72,15 +73,6 @@ private:
     Status run(PlayerImpl&) override { return Status(); }
     const EndFlag m_reference;
 };
-
-/// Gives the other threads many chances to set `flag`, which they should not; says whether they refrained.
-bool staysFalse(std::atomic<bool> const& flag) {
-    for (int chance = 0; chance < 20000; ++chance) {
-        if (flag) return false;
-        std::this_thread::yield();
-    }
-    return true;
-}
 
 }  // namespace
 

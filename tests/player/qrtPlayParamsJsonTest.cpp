@@ -13,7 +13,7 @@ namespace {
 
 using ::testing::HasSubstr;
 
-/// What a document has stored in a `sentinel`. Fails the test when a stored value is not the one in `Document`.
+/// What a document has stored in a `sentinel`. Fails the test when a stored value is not the one in `PlayParamsDocument`.
 struct Stored {
     bool step = false;
     bool playMode = false;
@@ -72,7 +72,7 @@ std::string nestedObjects(size_t depth) {
 // ---- Writing ------------------------------------------------------------------------------------------------------------
 
 TEST(PlayParamsJson, isOneCompactObjectWithItsMembersInOrder) {
-    const auto params = make(10, 0, 99, Rational(30000, 1001), -1, PlayParams::ping_pong, PlayParams::all);
+    const auto params = makeParams(10, 0, 99, Rational(30000, 1001), -1, PlayParams::ping_pong, PlayParams::all);
     EXPECT_STREQ(params->toJson().c_str(),
                  R"({"current_frame":10,"start_frame":0,"end_frame":99,)"
                  R"("frame_rate":{"numerator":30000,"denominator":1001},)"
@@ -81,7 +81,7 @@ TEST(PlayParamsJson, isOneCompactObjectWithItsMembersInOrder) {
 
 TEST(PlayParamsJson, holdsFrameNumbersOfAll64BitsAndStepsOfAll32) {
     const auto params =
-        make(LLONG_MIN, LLONG_MAX, -1, Rational(INT_MIN, UINT_MAX), INT_MIN, PlayParams::single, PlayParams::video_only);
+        makeParams(LLONG_MIN, LLONG_MAX, -1, Rational(INT_MIN, UINT_MAX), INT_MIN, PlayParams::single, PlayParams::video_only);
     EXPECT_STREQ(params->toJson().c_str(),
                  R"({"current_frame":-9223372036854775808,"start_frame":9223372036854775807,"end_frame":-1,)"
                  R"("frame_rate":{"numerator":-2147483648,"denominator":4294967295},)"
@@ -102,7 +102,7 @@ TEST(PlayParamsJson, namesEveryMode) {
 }
 
 TEST(PlayParamsJson, writesAModeOutsideItsEnumerationAsTheEmptyText) {
-    const auto params = make(0, 0, 0, Rational(24, 1), 1, PlayParams::single, PlayParams::all);
+    const auto params = makeParams(0, 0, 0, Rational(24, 1), 1, PlayParams::single, PlayParams::all);
     for (const int value : {7, 3, -1, INT_MIN, INT_MAX}) {
         params->setPlayMode(static_cast<PlayParams::PlayMode>(value));
         EXPECT_THAT(params->toJson().c_str(), HasSubstr(R"("play_mode":"","production_mode":"all"})"));
@@ -115,7 +115,7 @@ TEST(PlayParamsJson, writesAModeOutsideItsEnumerationAsTheEmptyText) {
 }
 
 TEST(PlayParamsJson, readByAnotherObjectMakesTheTwoEqual) {
-    const auto source = make(-5, 100, -7, Rational(25, 2), 3, PlayParams::loop, PlayParams::audio_only);
+    const auto source = makeParams(-5, 100, -7, Rational(25, 2), 3, PlayParams::loop, PlayParams::audio_only);
     const auto target = sentinel();
     EXPECT_EQ(target->fromJson(source->toJson()).get(), Status::ok);
     EXPECT_TRUE(*target == *source);
@@ -123,14 +123,14 @@ TEST(PlayParamsJson, readByAnotherObjectMakesTheTwoEqual) {
 
 TEST(PlayParamsJson, ofExtremeNumbersIsReadBack) {
     const auto source =
-        make(LLONG_MIN, LLONG_MAX, LLONG_MIN, Rational(INT_MIN, UINT_MAX), INT_MIN, PlayParams::single, PlayParams::all);
+        makeParams(LLONG_MIN, LLONG_MAX, LLONG_MIN, Rational(INT_MIN, UINT_MAX), INT_MIN, PlayParams::single, PlayParams::all);
     const auto target = sentinel();
     EXPECT_EQ(target->fromJson(source->toJson()).get(), Status::ok);
     EXPECT_TRUE(*target == *source);
 }
 
 TEST(PlayParamsJson, ofAModeOutsideItsEnumerationIsRefusedWhenRead) {
-    const auto source = make(1, 2, 3, Rational(24, 1), 4, unknownPlayMode, PlayParams::all);
+    const auto source = makeParams(1, 2, 3, Rational(24, 1), 4, unknownPlayMode, PlayParams::all);
     EXPECT_EQ(sentinel()->fromJson(source->toJson()).get(), 532);
 }
 
@@ -157,14 +157,14 @@ std::string nameOf(::testing::TestParamInfo<ReadCase> const& info) {
     return info.param.name;
 }
 
-const std::string whole = Document().text().c_str();
+const std::string whole = PlayParamsDocument().text().c_str();
 
 }  // namespace
 
 INSTANTIATE_TEST_SUITE_P(
     Texts, PlayParamsJsonReading,
     ::testing::Values(
-        ReadCase{"aCompleteDocument", Document().text(), 0, everything},
+        ReadCase{"aCompleteDocument", PlayParamsDocument().text(), 0, everything},
         ReadCase{"whiteSpaceAround", String(" \t\r\n" + whole + "\n\r\t "), 0, everything},
         ReadCase{"emptyText", "", 532, nothing}, ReadCase{"onlyBlanks", " \n", 532, nothing},
         ReadCase{"noJson", "current_frame=1", 532, nothing},
@@ -178,8 +178,8 @@ INSTANTIATE_TEST_SUITE_P(
         ReadCase{"aNonBreakingSpaceAround", String("\xC2\xA0" + whole), 532, nothing},
         ReadCase{"aComment", String("/* */" + whole), 532, nothing},
         ReadCase{"aTrailingComma", String(whole.substr(0, whole.size() - 1) + ",}"), 532, nothing},
-        ReadCase{"singleQuotes", with(&Document::playMode, "'play_mode':'loop'"), 532, nothing},
-        ReadCase{"notANumber", with(&Document::step, R"("step":NaN)"), 532, nothing}),
+        ReadCase{"singleQuotes", with(&PlayParamsDocument::playMode, "'play_mode':'loop'"), 532, nothing},
+        ReadCase{"notANumber", with(&PlayParamsDocument::step, R"("step":NaN)"), 532, nothing}),
     nameOf);
 
 INSTANTIATE_TEST_SUITE_P(Roots, PlayParamsJsonReading,
@@ -195,24 +195,24 @@ INSTANTIATE_TEST_SUITE_P(Roots, PlayParamsJsonReading,
 INSTANTIATE_TEST_SUITE_P(
     FrameRates, PlayParamsJsonReading,
     ::testing::Values(
-        ReadCase{"missing", with(&Document::frameRate, ""), 532, nothing},
-        ReadCase{"keyInOtherCase", with(&Document::frameRate, R"("Frame_rate":{"numerator":1,"denominator":1})"), 532,
+        ReadCase{"missing", with(&PlayParamsDocument::frameRate, ""), 532, nothing},
+        ReadCase{"keyInOtherCase", with(&PlayParamsDocument::frameRate, R"("Frame_rate":{"numerator":1,"denominator":1})"), 532,
                  nothing},
-        ReadCase{"number", with(&Document::frameRate, R"("frame_rate":24)"), 532, nothing},
-        ReadCase{"string", with(&Document::frameRate, R"("frame_rate":"24/1")"), 532, nothing},
-        ReadCase{"null", with(&Document::frameRate, R"("frame_rate":null)"), 532, nothing},
-        ReadCase{"array", with(&Document::frameRate, R"("frame_rate":[24,1])"), 532, nothing},
+        ReadCase{"number", with(&PlayParamsDocument::frameRate, R"("frame_rate":24)"), 532, nothing},
+        ReadCase{"string", with(&PlayParamsDocument::frameRate, R"("frame_rate":"24/1")"), 532, nothing},
+        ReadCase{"null", with(&PlayParamsDocument::frameRate, R"("frame_rate":null)"), 532, nothing},
+        ReadCase{"array", with(&PlayParamsDocument::frameRate, R"("frame_rate":[24,1])"), 532, nothing},
         // An object that is no ratio is noticed last of all, when everything else has been stored.
-        ReadCase{"emptyObject", with(&Document::frameRate, R"("frame_rate":{})"), 532, allButTheRate},
-        ReadCase{"zeroDenominator", with(&Document::frameRate, R"("frame_rate":{"numerator":24,"denominator":0})"), 532,
+        ReadCase{"emptyObject", with(&PlayParamsDocument::frameRate, R"("frame_rate":{})"), 532, allButTheRate},
+        ReadCase{"zeroDenominator", with(&PlayParamsDocument::frameRate, R"("frame_rate":{"numerator":24,"denominator":0})"), 532,
                  allButTheRate},
-        ReadCase{"fractions", with(&Document::frameRate, R"("frame_rate":{"numerator":24.0,"denominator":1})"), 532,
+        ReadCase{"fractions", with(&PlayParamsDocument::frameRate, R"("frame_rate":{"numerator":24.0,"denominator":1})"), 532,
                  allButTheRate},
         ReadCase{"numeratorThatIsAnObject",
-                 with(&Document::frameRate, R"("frame_rate":{"numerator":{"a":[1,{}]},"denominator":1})"), 532,
+                 with(&PlayParamsDocument::frameRate, R"("frame_rate":{"numerator":{"a":[1,{}]},"denominator":1})"), 532,
                  allButTheRate},
         ReadCase{"furtherMembers",
-                 with(&Document::frameRate,
+                 with(&PlayParamsDocument::frameRate,
                       R"("frame_rate":{"a":{"b":[null,true,false,"\u0000\"",-1.5e3,{}]},"c":[],"numerator":30000,)"
                       R"("d":"\\","denominator":1001,"numerator":1})"),
                  0, everything}),
@@ -221,48 +221,48 @@ INSTANTIATE_TEST_SUITE_P(
 INSTANTIATE_TEST_SUITE_P(
     Steps, PlayParamsJsonReading,
     ::testing::Values(
-        ReadCase{"missing", with(&Document::step, ""), 532, nothing},
-        ReadCase{"fraction", with(&Document::step, R"("step":1.5)"), 532, nothing},
-        ReadCase{"wholeNumberWrittenAsFraction", with(&Document::step, R"("step":-2.0)"), 532, nothing},
-        ReadCase{"exponent", with(&Document::step, R"("step":-2e0)"), 532, nothing},
-        ReadCase{"tooLarge", with(&Document::step, R"("step":2147483648)"), 532, nothing},
-        ReadCase{"tooSmall", with(&Document::step, R"("step":-2147483649)"), 532, nothing},
-        ReadCase{"string", with(&Document::step, R"("step":"-2")"), 532, nothing},
-        ReadCase{"boolean", with(&Document::step, R"("step":true)"), 532, nothing},
-        ReadCase{"leadingZero", with(&Document::step, R"("step":-02)"), 532, nothing}),
+        ReadCase{"missing", with(&PlayParamsDocument::step, ""), 532, nothing},
+        ReadCase{"fraction", with(&PlayParamsDocument::step, R"("step":1.5)"), 532, nothing},
+        ReadCase{"wholeNumberWrittenAsFraction", with(&PlayParamsDocument::step, R"("step":-2.0)"), 532, nothing},
+        ReadCase{"exponent", with(&PlayParamsDocument::step, R"("step":-2e0)"), 532, nothing},
+        ReadCase{"tooLarge", with(&PlayParamsDocument::step, R"("step":2147483648)"), 532, nothing},
+        ReadCase{"tooSmall", with(&PlayParamsDocument::step, R"("step":-2147483649)"), 532, nothing},
+        ReadCase{"string", with(&PlayParamsDocument::step, R"("step":"-2")"), 532, nothing},
+        ReadCase{"boolean", with(&PlayParamsDocument::step, R"("step":true)"), 532, nothing},
+        ReadCase{"leadingZero", with(&PlayParamsDocument::step, R"("step":-02)"), 532, nothing}),
     nameOf);
 
 INSTANTIATE_TEST_SUITE_P(
     Modes, PlayParamsJsonReading,
     ::testing::Values(
         // The kinds of both are checked before anything is stored, their words after the step.
-        ReadCase{"noPlayMode", with(&Document::playMode, ""), 532, nothing},
-        ReadCase{"playModeNumber", with(&Document::playMode, R"("play_mode":1)"), 532, nothing},
-        ReadCase{"noProductionMode", with(&Document::productionMode, ""), 532, nothing},
-        ReadCase{"productionModeNull", with(&Document::productionMode, R"("production_mode":null)"), 532, nothing},
-        ReadCase{"playModeInOtherCase", with(&Document::playMode, R"("play_mode":"Loop")"), 532, stepOnly},
-        ReadCase{"emptyPlayMode", with(&Document::playMode, R"("play_mode":"")"), 532, stepOnly},
-        ReadCase{"playModeAndMore", with(&Document::playMode, R"("play_mode":"loop ")"), 532, stepOnly},
-        ReadCase{"playModeCut", with(&Document::playMode, R"("play_mode":"loo")"), 532, stepOnly},
-        ReadCase{"playModeAndAZeroByte", with(&Document::playMode, R"("play_mode":"loop\u0000")"), 532, stepOnly},
-        ReadCase{"playModeEscaped", with(&Document::playMode, R"("play_mode":"l\u006fop")"), 0, everything},
+        ReadCase{"noPlayMode", with(&PlayParamsDocument::playMode, ""), 532, nothing},
+        ReadCase{"playModeNumber", with(&PlayParamsDocument::playMode, R"("play_mode":1)"), 532, nothing},
+        ReadCase{"noProductionMode", with(&PlayParamsDocument::productionMode, ""), 532, nothing},
+        ReadCase{"productionModeNull", with(&PlayParamsDocument::productionMode, R"("production_mode":null)"), 532, nothing},
+        ReadCase{"playModeInOtherCase", with(&PlayParamsDocument::playMode, R"("play_mode":"Loop")"), 532, stepOnly},
+        ReadCase{"emptyPlayMode", with(&PlayParamsDocument::playMode, R"("play_mode":"")"), 532, stepOnly},
+        ReadCase{"playModeAndMore", with(&PlayParamsDocument::playMode, R"("play_mode":"loop ")"), 532, stepOnly},
+        ReadCase{"playModeCut", with(&PlayParamsDocument::playMode, R"("play_mode":"loo")"), 532, stepOnly},
+        ReadCase{"playModeAndAZeroByte", with(&PlayParamsDocument::playMode, R"("play_mode":"loop\u0000")"), 532, stepOnly},
+        ReadCase{"playModeEscaped", with(&PlayParamsDocument::playMode, R"("play_mode":"l\u006fop")"), 0, everything},
         ReadCase{"productionModeInOtherCase",
-                 with(&Document::productionMode, R"("production_mode":"Audio_only")"), 532, stepAndPlayMode},
-        ReadCase{"emptyProductionMode", with(&Document::productionMode, R"("production_mode":"")"), 532,
+                 with(&PlayParamsDocument::productionMode, R"("production_mode":"Audio_only")"), 532, stepAndPlayMode},
+        ReadCase{"emptyProductionMode", with(&PlayParamsDocument::productionMode, R"("production_mode":"")"), 532,
                  stepAndPlayMode}),
     nameOf);
 
 INSTANTIATE_TEST_SUITE_P(
     Frames, PlayParamsJsonReading,
     ::testing::Values(
-        ReadCase{"noCurrentFrame", with(&Document::currentFrame, ""), 532, stepAndModes},
-        ReadCase{"noStartFrame", with(&Document::startFrame, ""), 532, stepAndModes},
-        ReadCase{"noEndFrame", with(&Document::endFrame, ""), 532, stepAndModes},
-        ReadCase{"currentFrameFraction", with(&Document::currentFrame, R"("current_frame":11.0)"), 532, stepAndModes},
-        ReadCase{"startFrameNull", with(&Document::startFrame, R"("start_frame":null)"), 532, stepAndModes},
-        ReadCase{"endFrameString", with(&Document::endFrame, R"("end_frame":"99")"), 532, stepAndModes},
-        ReadCase{"endFrameTooLarge", with(&Document::endFrame, R"("end_frame":9223372036854775808)"), 532, stepAndModes},
-        ReadCase{"endFrameTooSmall", with(&Document::endFrame, R"("end_frame":-9223372036854775809)"), 532,
+        ReadCase{"noCurrentFrame", with(&PlayParamsDocument::currentFrame, ""), 532, stepAndModes},
+        ReadCase{"noStartFrame", with(&PlayParamsDocument::startFrame, ""), 532, stepAndModes},
+        ReadCase{"noEndFrame", with(&PlayParamsDocument::endFrame, ""), 532, stepAndModes},
+        ReadCase{"currentFrameFraction", with(&PlayParamsDocument::currentFrame, R"("current_frame":11.0)"), 532, stepAndModes},
+        ReadCase{"startFrameNull", with(&PlayParamsDocument::startFrame, R"("start_frame":null)"), 532, stepAndModes},
+        ReadCase{"endFrameString", with(&PlayParamsDocument::endFrame, R"("end_frame":"99")"), 532, stepAndModes},
+        ReadCase{"endFrameTooLarge", with(&PlayParamsDocument::endFrame, R"("end_frame":9223372036854775808)"), 532, stepAndModes},
+        ReadCase{"endFrameTooSmall", with(&PlayParamsDocument::endFrame, R"("end_frame":-9223372036854775809)"), 532,
                  stepAndModes},
         // A frame rate that is no ratio comes behind the frames.
         ReadCase{"badFramesAndABadRate",
@@ -290,7 +290,7 @@ TEST(PlayParamsJson, acceptsFramesThatMakeNoRange) {
                                R"("frame_rate":{"numerator":-1,"denominator":1},"production_mode":"video_only"})")
                   .get(),
               0);
-    EXPECT_TRUE(*params == *make(-50, 9, -9, Rational(-1, 1), 0, PlayParams::single, PlayParams::video_only));
+    EXPECT_TRUE(*params == *makeParams(-50, 9, -9, Rational(-1, 1), 0, PlayParams::single, PlayParams::video_only));
 }
 
 TEST(PlayParamsJson, ignoresOtherMembersAndTheirOrder) {
@@ -320,12 +320,12 @@ TEST(PlayParamsJson, mayNestDeeplyInsideTheFrameRateToo) {
     constexpr size_t depth = 1'000'000;
     for (std::string const& deep : {nested(depth), nestedObjects(depth)}) {
         const auto params = sentinel();
-        EXPECT_EQ(params->fromJson(with(&Document::frameRate, R"("frame_rate":{"deep":)" + deep +
+        EXPECT_EQ(params->fromJson(with(&PlayParamsDocument::frameRate, R"("frame_rate":{"deep":)" + deep +
                                                                   R"(,"numerator":30000,"denominator":1001})"))
                       .get(),
                   0);
         EXPECT_EQ(storedIn(*params), everything);
-        EXPECT_EQ(params->fromJson(with(&Document::frameRate,
+        EXPECT_EQ(params->fromJson(with(&PlayParamsDocument::frameRate,
                                         R"("frame_rate":{"numerator":)" + deep + R"(,"denominator":1001})"))
                       .get(),
                   532);

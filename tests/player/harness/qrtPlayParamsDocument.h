@@ -9,7 +9,7 @@ namespace QRT_0_81 {
 inline constexpr auto unknownPlayMode = static_cast<PlayParams::PlayMode>(7);
 inline constexpr auto unknownProductionMode = static_cast<PlayParams::ProductionMode>(-3);
 
-[[nodiscard]] inline SharedPtr<PlayParams> make(int64 current, int64 start, int64 end, Rational const& rate, int step,
+[[nodiscard]] inline SharedPtr<PlayParams> makeParams(int64 current, int64 start, int64 end, Rational const& rate, int step,
                                                     PlayParams::PlayMode playMode, PlayParams::ProductionMode productionMode) {
     auto params = PlayParams::create(Time(), Time(), Time(), rate, step, playMode, productionMode);
     params->setCurrentFrame(current);
@@ -20,11 +20,11 @@ inline constexpr auto unknownProductionMode = static_cast<PlayParams::Production
 
 /// Values that no document here holds, so that what was stored can be told from what was not.
 [[nodiscard]] inline SharedPtr<PlayParams> sentinel() {
-    return make(-901, -902, -903, Rational(-904, 905), -906, unknownPlayMode, unknownProductionMode);
+    return makeParams(-901, -902, -903, Rational(-904, 905), -906, unknownPlayMode, unknownProductionMode);
 }
 
 /// A document, member by member; each may be replaced, or left out when empty.
-struct Document {
+struct PlayParamsDocument {
     std::string frameRate = R"("frame_rate":{"numerator":30000,"denominator":1001})";
     std::string step = R"("step":-2)";
     std::string playMode = R"("play_mode":"loop")";
@@ -44,8 +44,8 @@ struct Document {
 };
 
 /// The document with one member replaced, or without it when `replacement` is empty.
-[[nodiscard]] inline String with(std::string Document::*member, std::string const& replacement) {
-    Document document;
+[[nodiscard]] inline String with(std::string PlayParamsDocument::*member, std::string const& replacement) {
+    PlayParamsDocument document;
     document.*member = replacement;
     return document.text();
 }

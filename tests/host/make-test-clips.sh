@@ -1,0 +1,82 @@
+#!/usr/bin/env bash
+# Makes the clips that the tests of the reference host read, and FFmpeg's own decode of them to compare with.
+#   tests/host/make-test-clips.sh FOLDER
+# NAME.raw beside a clip holds its frames one after the other, in the clip's own pixel format, in the order of presentation.
+set -euo pipefail
+
+folder=${1:?usage: make-test-clips.sh FOLDER}
+script=$(readlink -f "$0")
+stamp=$folder/made
+[[ -e $stamp && $stamp -nt $script ]] && exit 0
+rm -rf "$folder"
+mkdir -p "$folder"
+cd "$folder"
+
+ff() { ffmpeg -hide_banner -loglevel fatal -nostdin -y "$@"; }
+# frames of its own decoder, one for one, whatever their timestamps
+reference() { ff -i "$1" -map 0:v:0 -vsync passthrough -f rawvideo "${1%.*}.raw"; }
+picture=(-f lavfi -i testsrc2=size=160x96:rate=24:duration=2)
+sound=(-f lavfi -i sine=frequency=440:duration=2)
+h264=(-c:v libx264 -preset veryfast -pix_fmt yuv420p -bf 3 -g 12)
+
+# Frame numbering
+ff "${picture[@]}" "${sound[@]}" "${h264[@]}" -c:a aac -movflags +faststart bframes.mp4
+ff "${picture[@]}" "${h264[@]}" -x264-params open-gop=1:b-adapt=0 opengop.mp4
+ff "${picture[@]}" "${h264[@]}" -x264-params intra-refresh=1 refresh.mkv
+ff "${picture[@]}" "${h264[@]}" -output_ts_offset 5 offset.mkv
+ff "${picture[@]}" "${h264[@]}" -x264-params b-adapt=0 transport.ts
+ff "${picture[@]}" "${h264[@]}" -flags +ildct+ilme -x264-params tff=1 interlaced.ts
+ff "${picture[@]}" "${h264[@]}" elementary.h264
+ff "${picture[@]}" -c:v mpeg4 -bf 2 -g 12 packed.avi
+ff "${picture[@]}" -c:v mpeg2video -bf 2 -g 12 programme.mpg
+ff -ss 0.7 -i bframes.mp4 -c copy edited.mp4
+# As if recording had begun in the middle of the programme: the first pictures refer to some that were never recorded.
+ff -i opengop.mp4 -c copy -bsf:v h264_mp4toannexb,dump_extra opengop.ts
+tail -c +$((188 * 100 + 1)) opengop.ts >joined.ts
+ff "${picture[@]}" -c:v libx264 -preset veryfast -pix_fmt yuv420p10le -bf 3 -g 12 tenbit.mkv
+ff -f lavfi -i testsrc2=size=160x96:rate=30000/1001:duration=1 "${h264[@]}" ntsc.mov
+# The test picture itself comes in even sizes only.
+ff -f lavfi -i "testsrc2=size=64x48:rate=25:duration=0.4,format=yuv444p,crop=33:17:exact=1" -c:v ffv1 -pix_fmt yuv420p odd.mkv
+numbered=(bframes.mp4 opengop.mp4 refresh.mkv offset.mkv transport.ts interlaced.ts elementary.h264 packed.avi programme.mpg
+    edited.mp4 joined.ts tenbit.mkv ntsc.mov odd.mkv)
+
+# Colour: the same picture, told apart only by what the stream states
+flagged() {
+    ff -f lavfi -i testsrc2=size=64x48:rate=24:duration=0.25 -vf "scale=out_range=$3,format=yuv420p" -c:v libx264 \
+        -preset veryfast -color_range "$3" -colorspace "$2" -color_primaries bt709 -color_trc bt709 "$1"
+}
+flagged bt709.mp4 bt709 tv
+flagged bt601.mp4 smpte170m tv
+flagged bt2020.mp4 bt2020nc tv
+flagged full.mp4 bt709 pc
+ff -f lavfi -i testsrc2=size=64x48:rate=24:duration=0.25 -vf setsar=2/1 "${h264[@]}" anamorphic.mp4
+numbered+=(bt709.mp4 bt601.mp4 bt2020.mp4 full.mp4 anamorphic.mp4)
+
+# Pixel formats, uncompressed; a width that no alignment divides
+for format in yuv420p yuvj420p yuv422p yuv444p yuv440p yuv411p nv12 nv21 yuyv422 uyvy422 yuv420p10le yuv422p12le yuv444p16le \
+    p010le gray gray10le rgb24 bgr24 rgba bgra argb gbrp gbrp10le rgb48le pal8 monob yuva420p ya8; do
+    ff -f lavfi -i "testsrc2=size=64x48:rate=24,format=yuv444p,crop=37:22:exact=1" -frames:v 2 -pix_fmt "$format" -c:v rawvideo -f nut "format-$format.nut"
+    numbered+=("format-$format.nut")
+done
+
+for clip in "${numbered[@]}"; do reference "$clip"; done
+
+# Bad input
+size=$(stat -c %s bframes.mp4)
+head -c $((size * 55 / 100)) bframes.mp4 >truncated.mp4
+head -c $(($(stat -c %s transport.ts) * 61 / 100)) transport.ts >truncated.ts
+ff -i bframes.mp4 -c copy at-the-end.mp4
+head -c $((size * 55 / 100)) at-the-end.mp4 >headless.mp4
+cp bframes.mp4 damaged.mp4
+printf 'damage that no decoder can mend, in the middle of the pictures' |
+    dd of=damaged.mp4 bs=1 seek=$((size / 2)) conv=notrunc status=none
+ff "${sound[@]}" -c:a aac audio.m4a
+ff "${picture[@]}" -frames:v 1 cover.png
+ff -i audio.m4a -i cover.png -map 0 -map 1 -c copy -disposition:v attached_pic cover.m4a
+printf 'This is a shopping list: eggs, milk, butter.\n' >text.mp4
+printf 'This is a shopping list: eggs, milk, butter.\n' >text.txt
+: >empty.mp4
+mkdir folder.mp4
+cp bframes.mp4 'a name with spaces, 100% and #.mp4'
+
+touch "$stamp"

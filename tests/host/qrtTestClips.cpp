@@ -1,0 +1,58 @@
+#include "host/qrtTestClips.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+
+extern "C" {
+#include <libavutil/imgutils.h>
+}
+
+namespace qrtplay {
+
+std::string clipPath(std::string const& name) {
+    return std::string(QRT_TEST_CLIPS) + "/" + name;
+}
+
+ReferenceFrames::ReferenceFrames(std::string const& clip, AVPixelFormat format, int width, int height)
+    : m_frameSize(static_cast<size_t>(av_image_get_buffer_size(format, width, height, 1))) {
+    std::ifstream file(clipPath(clip.substr(0, clip.rfind('.')) + ".raw"), std::ios::binary);
+    m_bytes.assign(std::istreambuf_iterator<char>(file), {});
+    EXPECT_FALSE(m_bytes.empty()) << clip;
+    EXPECT_EQ(m_bytes.size() % m_frameSize, 0u) << clip;
+}
+
+int64 ReferenceFrames::count() const {
+    return static_cast<int64>(m_bytes.size() / m_frameSize);
+}
+
+std::vector<unsigned char> ReferenceFrames::frame(int64 number) const {
+    const auto begin = m_bytes.begin() + static_cast<std::ptrdiff_t>(number) * static_cast<std::ptrdiff_t>(m_frameSize);
+    return {begin, begin + static_cast<std::ptrdiff_t>(m_frameSize)};
+}
+
+std::vector<unsigned char> bytesOf(AVFrame const& picture) {
+    const auto format = static_cast<AVPixelFormat>(picture.format);
+    const int size = av_image_get_buffer_size(format, picture.width, picture.height, 1);
+    std::vector<unsigned char> bytes(static_cast<size_t>(size));
+    av_image_copy_to_buffer(bytes.data(), size, picture.data, picture.linesize, format, picture.width, picture.height, 1);
+    return bytes;
+}
+
+OpenClip::OpenClip(std::string const& name) {
+    const Outcome opened = MediaFile::open(clipPath(name), file);
+    EXPECT_TRUE(opened.success()) << opened.message();
+    if (opened.failed()) return;
+    const Outcome decoding = VideoDecoder::open(file, decoder);
+    EXPECT_TRUE(decoding.success()) << decoding.message();
+}
+
+std::vector<unsigned char> OpenClip::bytes(int64 frame) {
+    FramePtr picture;
+    const Outcome outcome = decoder->frame(frame, picture);
+    EXPECT_EQ(outcome.success(), picture != nullptr) << frame;
+    return outcome.success() && picture ? bytesOf(*picture) : std::vector<unsigned char>();
+}
+
+}  // namespace qrtplay

@@ -1,0 +1,141 @@
+// How the host's own context is adopted, and that the host gets it back.
+#include "qrtNativeContext.h"
+
+#include <gtest/gtest.h>
+
+#include <EGL/egl.h>
+#include <GL/glx.h>
+
+#include <QtPlatformHeaders/QEGLNativeContext>
+#include <QtPlatformHeaders/QGLXNativeContext>
+#include <thread>
+
+#include "harness/qrtHostContext.h"
+#include "harness/qrtOtherContext.h"
+
+#undef Status  // X11's
+
+namespace QRT_0_81 {
+
+namespace {
+
+/// What is current on this thread, whichever interface it was made current through.
+struct Current {
+    void* glxContext = glXGetCurrentContext();
+    GLXDrawable glxDraw = glXGetCurrentDrawable();
+    GLXDrawable glxRead = glXGetCurrentReadDrawable();
+    void* eglContext = eglGetCurrentContext();
+    void* eglDraw = eglGetCurrentSurface(EGL_DRAW);
+    void* eglRead = eglGetCurrentSurface(EGL_READ);
+
+    bool operator==(Current const& other) const = default;
+    [[nodiscard]] void* context() const { return glxContext ? glxContext : eglContext; }
+};
+
+}  // namespace
+
+class NativeContextTest : public ::testing::Test {
+protected:
+    [[nodiscard]] NativeContext native() const { return {host.nativeContext(), host.nativeWindow()}; }
+
+    HostContext host;
+};
+
+TEST_F(NativeContextTest, theHostsContextIsLetGoOfForOneScopeAndIsCurrentAgainAfterwards) {
+    const Current before;
+    ASSERT_EQ(before.context(), host.nativeContext());
+    {
+        const HostContextRelease release(native());
+        EXPECT_EQ(Current().context(), nullptr);
+    }
+    EXPECT_EQ(Current(), before);
+    GLuint texture = 0;
+    host.gl().glGenTextures(1, &texture);
+    host.gl().glBindTexture(GL_TEXTURE_2D, texture);
+    EXPECT_TRUE(host.gl().glIsTexture(texture));
+    host.gl().glDeleteTextures(1, &texture);
+}
+
+TEST_F(NativeContextTest, anotherContextThatIsCurrentIsLeftAlone) {
+    OtherContext other;
+    other.makeCurrent();
+    const Current before;
+    ASSERT_NE(before.context(), host.nativeContext());
+    {
+        const HostContextRelease release(native());
+        EXPECT_EQ(Current(), before);
+    }
+    EXPECT_EQ(Current(), before);
+}
+
+TEST_F(NativeContextTest, aNullContextLetsGoOfNothing) {
+    const Current before;
+    {
+        const HostContextRelease release(NativeContext{});
+        EXPECT_EQ(Current(), before);
+    }
+    EXPECT_EQ(Current(), before);
+}
+
+TEST_F(NativeContextTest, withNothingCurrentNothingIsMadeCurrent) {
+    host.doneCurrent();
+    {
+        const HostContextRelease ofTheHost(native());
+        const HostContextRelease ofNone(NativeContext{});
+    }
+    EXPECT_EQ(Current().context(), nullptr);
+}
+
+TEST_F(NativeContextTest, isOnlyLetGoOfOnTheThreadThatHasItCurrent) {
+    const Current before;
+    std::thread([this] {
+        const HostContextRelease release(native());
+        EXPECT_EQ(Current().context(), nullptr);
+    }).join();
+    EXPECT_EQ(Current(), before);
+}
+
+TEST_F(NativeContextTest, theHandleIsInTheFormOfTheInterfaceThatQtWorksThrough) {
+    QOffscreenSurface surface;
+    surface.create();
+    host.doneCurrent();
+    const QVariant handle = toQtNativeHandle(native(), &surface);
+    ASSERT_TRUE(handle.isValid());
+    if (host.context().nativeHandle().canConvert<QGLXNativeContext>()) {
+        ASSERT_TRUE(handle.canConvert<QGLXNativeContext>());
+        EXPECT_EQ(handle.value<QGLXNativeContext>().context(), host.nativeContext());
+    } else {
+        ASSERT_TRUE(handle.canConvert<QEGLNativeContext>());
+        EXPECT_EQ(handle.value<QEGLNativeContext>().context(), host.nativeContext());
+        EXPECT_EQ(handle.value<QEGLNativeContext>().display(), host.nativeWindow());
+    }
+}
+
+TEST_F(NativeContextTest, aContextMadeFromTheHandleSharesTheHostsTextures) {
+    GLuint texture = 0;
+    host.gl().glGenTextures(1, &texture);
+    host.gl().glBindTexture(GL_TEXTURE_2D, texture);
+    host.gl().glFinish();
+    host.doneCurrent();
+    OtherContext engine(native());
+    engine.makeCurrent();
+    EXPECT_TRUE(engine.gl().glIsTexture(texture));
+    engine.doneCurrent();
+    host.makeCurrent();
+    host.gl().glDeleteTextures(1, &texture);
+}
+
+TEST_F(NativeContextTest, theHostsContextOutlivesThoseMadeFromItsHandle) {
+    GLuint texture = 0;
+    host.gl().glGenTextures(1, &texture);
+    host.gl().glBindTexture(GL_TEXTURE_2D, texture);
+    for (int round = 0; round < 3; ++round) {
+        host.doneCurrent();
+        { OtherContext engine(native()); }
+        host.makeCurrent();
+        EXPECT_TRUE(host.gl().glIsTexture(texture));
+    }
+    host.gl().glDeleteTextures(1, &texture);
+}
+
+}  // namespace QRT_0_81
