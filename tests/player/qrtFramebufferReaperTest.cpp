@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -24,18 +26,50 @@ QOpenGLFramebufferObjectFormat rectangleFormat(GLenum internalFormat = GL_RGBA8)
     return format;
 }
 
-/// Makes framebuffers of the current context until one is called `name`, and gives all of them an existence.
-std::vector<GLuint> makeFramebuffersUpTo(QOpenGLExtraFunctions& gl, GLuint name) {
-    std::vector<GLuint> names;
-    while (names.empty() || names.back() < name) {
-        GLuint next = 0;
-        gl.glGenFramebuffers(1, &next);
-        gl.glBindFramebuffer(GL_FRAMEBUFFER, next);
-        names.push_back(next);
+/// Framebuffers and textures of a context's own, so many that names which others have given up are among theirs where
+/// the driver uses names again.
+class OwnObjects final {
+public:
+    explicit OwnObjects(QOpenGLExtraFunctions& gl) : m_gl(gl) {
+        gl.glGenFramebuffers(count, m_framebuffers);
+        gl.glGenTextures(count, m_textures);
+        for (int i = 0; i < count; ++i) {  // names become objects when they are bound first
+            gl.glBindFramebuffer(GL_FRAMEBUFFER, m_framebuffers[i]);
+            gl.glBindTexture(GL_TEXTURE_RECTANGLE, m_textures[i]);
+        }
+        gl.glBindFramebuffer(GL_FRAMEBUFFER, m_framebuffers[0]);
     }
-    gl.glBindFramebuffer(GL_FRAMEBUFFER, 0);
-    return names;
-}
+    ~OwnObjects() {
+        m_gl.glDeleteFramebuffers(count, m_framebuffers);
+        m_gl.glDeleteTextures(count, m_textures);
+    }
+    OwnObjects(OwnObjects const&) = delete;
+    OwnObjects& operator=(OwnObjects const&) = delete;
+
+    [[nodiscard]] bool hasFramebuffer(GLuint name) const {
+        return std::find(std::begin(m_framebuffers), std::end(m_framebuffers), name) != std::end(m_framebuffers);
+    }
+    [[nodiscard]] bool hasTexture(GLuint name) const {
+        return std::find(std::begin(m_textures), std::end(m_textures), name) != std::end(m_textures);
+    }
+
+    /// Whether all of them still exist, and the first framebuffer is bound.
+    [[nodiscard]] bool areUntouched() {
+        GLint bound = 0;
+        m_gl.glGetIntegerv(GL_DRAW_FRAMEBUFFER_BINDING, &bound);
+        return static_cast<GLuint>(bound) == m_framebuffers[0] &&
+               std::all_of(std::begin(m_framebuffers), std::end(m_framebuffers),
+                           [this](GLuint name) { return m_gl.glIsFramebuffer(name) == GL_TRUE; }) &&
+               std::all_of(std::begin(m_textures), std::end(m_textures),
+                           [this](GLuint name) { return m_gl.glIsTexture(name) == GL_TRUE; });
+    }
+
+private:
+    static constexpr int count = 64;
+    QOpenGLExtraFunctions& m_gl;
+    GLuint m_framebuffers[count] = {};
+    GLuint m_textures[count] = {};
+};
 
 }  // namespace
 
@@ -85,49 +119,43 @@ TEST_F(FramebufferReaperTest, onAThreadWithoutAContextItWaitsForItsOwn) {
     EXPECT_EQ(reaper->numAlive(), 0u);
 }
 
-TEST_F(FramebufferReaperTest, aSharingContextsOwnFramebufferOfTheSameNameSurvives) {
+TEST_F(FramebufferReaperTest, inASharingContextItWaitsForItsOwn) {
     QOpenGLFramebufferObject* const framebuffer = reaper->make(size, rectangleFormat());
     const GLuint handle = framebuffer->handle();
     const GLuint texture = framebuffer->texture();
-    OtherContext other(&host.context());
-    other.makeCurrent();
-    const auto names = makeFramebuffersUpTo(other.gl(), handle);
-    ASSERT_TRUE(other.gl().glIsFramebuffer(handle));
-
-    reaper->dispose(framebuffer);
-    EXPECT_TRUE(other.gl().glIsFramebuffer(handle));
-    reaper->reap();  // nothing waits for this context
-    EXPECT_TRUE(other.gl().glIsFramebuffer(handle));
-    EXPECT_TRUE(other.gl().glIsTexture(texture));
-
+    {
+        OtherContext other(&host.context());
+        other.makeCurrent();
+        OwnObjects ofOther(other.gl());
+        reaper->dispose(framebuffer);
+        reaper->reap();  // nothing waits for this context
+        EXPECT_TRUE(ofOther.areUntouched());
+        EXPECT_TRUE(other.gl().glIsTexture(texture));
+        host.makeCurrent();
+        EXPECT_TRUE(host.gl().glIsFramebuffer(handle));
+        reaper->reap();
+        EXPECT_FALSE(host.gl().glIsFramebuffer(handle));
+        EXPECT_FALSE(host.gl().glIsTexture(texture));
+        EXPECT_EQ(reaper->numAlive(), 0u);
+        other.makeCurrent();
+        EXPECT_TRUE(ofOther.areUntouched());
+    }
     host.makeCurrent();
-    EXPECT_TRUE(host.gl().glIsFramebuffer(handle));
-    reaper->reap();
-    EXPECT_FALSE(host.gl().glIsFramebuffer(handle));
-    EXPECT_FALSE(host.gl().glIsTexture(texture));
-    EXPECT_EQ(reaper->numAlive(), 0u);
-    other.makeCurrent();
-    EXPECT_TRUE(other.gl().glIsFramebuffer(handle));
-    other.gl().glDeleteFramebuffers(static_cast<GLsizei>(names.size()), names.data());
 }
 
 TEST_F(FramebufferReaperTest, aForeignContextsOwnFramebufferAndTextureOfTheSameNamesSurvive) {
     QOpenGLFramebufferObject* const framebuffer = reaper->make(size, rectangleFormat());
-    const GLuint handle = framebuffer->handle();
-    const GLuint texture = framebuffer->texture();
-    OtherContext foreign;
-    foreign.makeCurrent();
-    const auto names = makeFramebuffersUpTo(foreign.gl(), handle);
-    GLuint ownTexture = 0;
-    while (ownTexture < texture) {
-        foreign.gl().glGenTextures(1, &ownTexture);
-        foreign.gl().glBindTexture(GL_TEXTURE_2D, ownTexture);
+    {
+        OtherContext foreign;
+        foreign.makeCurrent();
+        OwnObjects ofForeign(foreign.gl());
+        ASSERT_TRUE(ofForeign.hasFramebuffer(framebuffer->handle()));  // both contexts count from 1
+        ASSERT_TRUE(ofForeign.hasTexture(framebuffer->texture()));
+        reaper->dispose(framebuffer);
+        reaper->reap();
+        EXPECT_TRUE(ofForeign.areUntouched());
+        EXPECT_EQ(reaper->numAlive(), 1u);
     }
-    reaper->dispose(framebuffer);
-    reaper->reap();
-    EXPECT_TRUE(foreign.gl().glIsFramebuffer(handle));
-    EXPECT_TRUE(foreign.gl().glIsTexture(texture));
-    EXPECT_EQ(reaper->numAlive(), 1u);
     host.makeCurrent();
     reaper->reap();
     EXPECT_EQ(reaper->numAlive(), 0u);
@@ -244,26 +272,28 @@ TEST_F(FramebufferReaperOfAnEngine, closingItsContextLeavesTheFramebuffersOfOthe
 
 TEST_F(FramebufferReaperOfAnEngine, aFrameThatComesBackAfterTheEndHarmsNothingOfTheHosts) {
     QOpenGLFramebufferObject* const lent = reaper->make(size, rectangleFormat());
+    closeContext();
+    OwnObjects ofHost(host.gl());
+    reaper->dispose(lent);
+    EXPECT_TRUE(ofHost.areUntouched());
+    EXPECT_EQ(host.gl().glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+}
+
+TEST_F(FramebufferReaperOfAnEngine, aFrameThatComesBackAfterTheEndHarmsNothingOfAForeignContext) {
+    QOpenGLFramebufferObject* const lent = reaper->make(size, rectangleFormat());
     const GLuint handle = lent->handle();
     const GLuint texture = lent->texture();
     closeContext();
-    // The host's own objects take over the names.
-    const auto names = makeFramebuffersUpTo(host.gl(), handle);
-    GLuint ownTexture = 0;
-    while (ownTexture < texture) {
-        host.gl().glGenTextures(1, &ownTexture);
-        host.gl().glBindTexture(GL_TEXTURE_RECTANGLE, ownTexture);
+    {
+        OtherContext foreign;
+        foreign.makeCurrent();
+        OwnObjects ofForeign(foreign.gl());
+        ASSERT_TRUE(ofForeign.hasFramebuffer(handle));
+        ASSERT_TRUE(ofForeign.hasTexture(texture));
+        reaper->dispose(lent);
+        EXPECT_TRUE(ofForeign.areUntouched());
     }
-    host.gl().glBindFramebuffer(GL_FRAMEBUFFER, handle);
-
-    reaper->dispose(lent);
-    EXPECT_TRUE(host.gl().glIsFramebuffer(handle));
-    EXPECT_TRUE(host.gl().glIsTexture(texture));
-    GLint bound = 0;
-    host.gl().glGetIntegerv(GL_DRAW_FRAMEBUFFER_BINDING, &bound);
-    EXPECT_EQ(static_cast<GLuint>(bound), handle);
-    EXPECT_EQ(host.gl().glGetError(), static_cast<GLenum>(GL_NO_ERROR));
-    host.gl().glDeleteFramebuffers(static_cast<GLsizei>(names.size()), names.data());
+    host.makeCurrent();
 }
 
 TEST_F(FramebufferReaperOfAnEngine, aFrameMayComeBackAfterTheEndOnAThreadWithoutAContext) {
@@ -277,16 +307,15 @@ TEST_F(FramebufferReaperOfAnEngine, aFrameMayComeBackAfterTheEndOnAThreadWithout
 
 TEST_F(FramebufferReaperOfAnEngine, aFrameMayComeBackBetweenTheCloseAndTheEndOfTheContext) {
     QOpenGLFramebufferObject* const lent = reaper->make(size, rectangleFormat());
-    const GLuint handle = lent->handle();
     reaper->closeContext();
     engine->doneCurrent();
     host.makeCurrent();
-    const auto names = makeFramebuffersUpTo(host.gl(), handle);
+    OwnObjects ofHost(host.gl());
     reaper->dispose(lent);
-    EXPECT_TRUE(host.gl().glIsFramebuffer(handle));
+    EXPECT_TRUE(ofHost.areUntouched());
     engine.reset();
-    EXPECT_TRUE(host.gl().glIsFramebuffer(handle));
-    host.gl().glDeleteFramebuffers(static_cast<GLsizei>(names.size()), names.data());
+    host.makeCurrent();
+    EXPECT_TRUE(ofHost.areUntouched());
 }
 
 TEST_F(FramebufferReaperOfAnEngine, oneReaperServesOneContextAfterAnother) {

@@ -80,7 +80,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "Found frame_rate\nFound step\nFound play_mode\nCannot find 'production_mode'\n"},
         TraceCase{"framesAreCheckedSilently", with(&PlayParamsDocument::endFrame, R"("end_frame":"99")"),
                   "Found frame_rate\nFound step\nFound play_mode\nFound production_mode\n"}),
-    [](auto const& info) { return std::string(info.param.name); });
+    [](auto const& caseInfo) { return std::string(caseInfo.param.name); });
 
 TEST(PlayParamsJsonTraceSwitch, offItWritesNothing) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");

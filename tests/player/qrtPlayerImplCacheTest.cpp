@@ -289,6 +289,21 @@ TEST_F(PlayerImplCacheDebugLines, evictingForLookingAheadSaysHowManyWent) {
                                               "_cacheTryEvictOne() - after - numEvicted = 0"));
 }
 
+TEST_F(PlayerImplCacheDebugLines, anInvalidationThatEmptiesTheCacheSaysSo) {
+    Subject segment;
+    Observer& observer = engine;
+    const LogCapture log;
+    observer.update(&segment, InvalidationHint(0, 5));  // there is nothing to flush
+    EXPECT_THAT(engineLines(log), IsEmpty());
+    put({10});
+    observer.update(&segment, NotificationHint());  // invalidates nothing
+    EXPECT_THAT(engineLines(log), IsEmpty());
+    EXPECT_TRUE(contains(10));
+    observer.update(&segment, InvalidationHint(0, 5));
+    EXPECT_THAT(engineLines(log), ElementsAre("Flushed player cache"));
+    EXPECT_FALSE(contains(10));
+}
+
 TEST_F(PlayerImplCacheDebugLines, anEmptyCacheSaysNothing) {
     const LogCapture log;
     (void)Inspector::cacheEvictOne(engine);

@@ -2,6 +2,9 @@
 
 #include <EGL/egl.h>
 
+#include <QOpenGLFramebufferObject>
+#include <QOpenGLShaderProgram>
+#include <QOpenGLVertexArrayObject>
 #include <QtPlatformHeaders/QEGLNativeContext>
 #include <QtPlatformHeaders/QGLXNativeContext>
 #include <stdexcept>
@@ -46,17 +49,36 @@ void HostContext::doneCurrent() {
 }
 
 std::vector<float> HostContext::readTexture(unsigned int texture, int width, int height) const {
-    auto& gl = this->gl();
-    GLuint framebuffer = 0;
-    gl.glGenFramebuffers(1, &framebuffer);
-    gl.glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
-    gl.glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_RECTANGLE, texture, 0);
     std::vector<float> pixels(static_cast<size_t>(width) * static_cast<size_t>(height) * 4, -1.0f);
-    if (gl.glCheckFramebufferStatus(GL_FRAMEBUFFER) == GL_FRAMEBUFFER_COMPLETE) {
-        gl.glReadPixels(0, 0, width, height, GL_RGBA, GL_FLOAT, pixels.data());
-    }
-    gl.glBindFramebuffer(GL_FRAMEBUFFER, 0);
-    gl.glDeleteFramebuffers(1, &framebuffer);
+    auto& gl = this->gl();
+    if (!gl.glIsTexture(texture)) return pixels;
+
+    QOpenGLShaderProgram program;
+    program.addShaderFromSourceCode(QOpenGLShader::Vertex, R"(#version 150
+        void main() {
+            gl_Position = vec4(float((gl_VertexID & 1) * 4 - 1), float((gl_VertexID & 2) * 2 - 1), 0.0, 1.0);
+        })");
+    program.addShaderFromSourceCode(QOpenGLShader::Fragment, R"(#version 150
+        uniform sampler2DRect frame;
+        out vec4 color;
+        void main() { color = texture(frame, gl_FragCoord.xy); })");
+    program.link();
+
+    QOpenGLFramebufferObjectFormat format;
+    format.setInternalTextureFormat(GL_RGBA32F);
+    QOpenGLFramebufferObject target(width, height, format);
+    QOpenGLVertexArrayObject vertexArray;
+    vertexArray.create();
+    const QOpenGLVertexArrayObject::Binder binder(&vertexArray);
+    target.bind();
+    program.bind();
+    gl.glViewport(0, 0, width, height);
+    gl.glBindTexture(GL_TEXTURE_RECTANGLE, texture);
+    gl.glDrawArrays(GL_TRIANGLES, 0, 3);
+    gl.glReadPixels(0, 0, width, height, GL_RGBA, GL_FLOAT, pixels.data());
+    gl.glBindTexture(GL_TEXTURE_RECTANGLE, 0);
+    program.release();
+    target.release();
     return pixels;
 }
 

@@ -46,8 +46,12 @@ struct PlayerImplInspector {
     static size_t cacheEvictOne(PlayerImpl& engine) { return engine._cacheEvictOne(); }
     static size_t cacheTryEvictOne(PlayerImpl& engine) { return engine._cacheTryEvictOne(); }
 
-    // The run
+    // The run; the parameters only while nothing runs on the player thread
+    static PlayParams& playParams(PlayerImpl& engine) { return *engine.m_playParams; }
     static void setProducing(PlayerImpl& engine, bool isProducing) { engine.m_producing = isProducing; }
+
+    // Audio
+    static Status startProducingAudio(PlayerImpl& engine) { return engine._startProducingAudio(); }
 };
 
 }  // namespace QRT_0_81

@@ -1,0 +1,90 @@
+#!/usr/bin/env bash
+# Sets up, builds and plays. See --help.
+set -euo pipefail
+
+root=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)
+
+usage() {
+    cat <<'END'
+Plays a media file through the player and leaves a picture of it.
+
+usage: scripts/play.sh [FILE] [--output SHEET.png]
+
+  FILE        the media file; without one a small sample clip is made under build/
+  --output    where to write the contact sheet; build/contact-sheet.png without it
+
+Installs what is missing (Debian packages, as root or with sudo), builds a release, and writes a contact sheet whose
+path it prints. Starts its own display when there is none. Quick when nothing has changed.
+
+For single frames use the program that it builds:
+  scripts/with-display.sh build/release/bin/qrtplay render FILE --frames 0-99 --output 'out/frame.####.png'
+END
+}
+
+fail() {
+    echo "play.sh: $1" >&2
+    exit "${2:-1}"
+}
+
+file=
+output=$root/build/contact-sheet.png
+while [[ $# -gt 0 ]]; do
+    case $1 in
+        -h | --help)
+            usage
+            exit 0
+            ;;
+        --output)
+            [[ $# -ge 2 ]] || fail '--output needs a file name' 2
+            output=$2
+            shift
+            ;;
+        --output=*) output=${1#--output=} ;;
+        --)
+            shift
+            [[ $# -le 1 && -z $file ]] || fail "'${2-${1-}}': one file at a time" 2
+            [[ $# -eq 0 ]] || file=$1
+            break
+            ;;
+        -*) fail "'$1': not an option; see --help" 2 ;;
+        *)
+            [[ -z $file ]] || fail "'$1': one file at a time" 2
+            file=$1
+            ;;
+    esac
+    shift
+done
+[[ -z $file || -e $file ]] || fail "$file: no such file"
+
+"$root/scripts/setup.sh"
+
+build=$root/build/release
+log=$root/build/play.log
+mkdir -p "$root/build"
+# Runs a step of the build silently, but tells all about it when it fails.
+quietly() {
+    "$@" >"$log" 2>&1 || {
+        cat "$log" >&2
+        fail "this failed: $*"
+    }
+}
+if [[ ! -e $build/build.ninja || ! -x $build/bin/qrtplay ]]; then
+    echo "play.sh: building a release in $build, which takes a few minutes the first time" >&2
+fi
+[[ -e $build/build.ninja ]] || quietly cmake -S "$root" --preset release -B "$build"
+quietly cmake --build "$build" --target qrtplay
+
+if [[ -z $file ]]; then
+    file=$root/build/sample.mp4
+    # Made anew when its recipe has changed.
+    if [[ ! -e $file || $root/scripts/make-sample-clip.sh -nt $file ]]; then
+        echo "play.sh: making the sample clip $file" >&2
+        "$root/scripts/make-sample-clip.sh" "$file"
+    fi
+fi
+
+display=()
+[[ -n ${DISPLAY-} || -n ${WAYLAND_DISPLAY-} ]] || display=("$root/scripts/with-display.sh")
+case $file in -*) file=./$file ;; esac
+"${display[@]}" "$build/bin/qrtplay" contact-sheet "$file" "--output=$output" >/dev/null
+echo "$output"
