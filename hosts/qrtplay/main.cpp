@@ -1,0 +1,5 @@
+#include "render/qrtProgram.h"
+
+int main(int argc, char** argv) {
+    return qrtplay::runProgram(argc, argv);
+}

@@ -1,0 +1,142 @@
+#include "media/qrtDemuxer.h"
+
+#include <cstring>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "media/qrtVideoFacts.h"
+
+namespace qrtplay {
+
+namespace {
+
+/// Text art, which FFmpeg takes any text file for.
+bool isTextArt(AVCodecID codec) {
+    return codec == AV_CODEC_ID_ANSI || codec == AV_CODEC_ID_BINTEXT || codec == AV_CODEC_ID_XBIN ||
+           codec == AV_CODEC_ID_IDF;
+}
+
+Outcome checkRegularFile(std::string const& path) {
+    std::error_code error;
+    const auto status = std::filesystem::status(path, error);
+    switch (status.type()) {
+        case std::filesystem::file_type::regular: return Outcome();
+        case std::filesystem::file_type::not_found: return Outcome::failure(path + ": no such file");
+        case std::filesystem::file_type::directory: return Outcome::failure(path + ": is a folder, not a media file");
+        case std::filesystem::file_type::none: return Outcome::failure(path + ": " + error.message());
+        default: return Outcome::failure(path + ": is not a regular file");
+    }
+}
+
+}  // namespace
+
+Outcome Demuxer::open(std::string const& path, std::unique_ptr<Demuxer>& demuxer) {
+    std::unique_ptr<Demuxer> opened(new Demuxer(path));
+    if (Outcome outcome = checkRegularFile(path); outcome.failed()) return outcome;
+    if (Outcome outcome = opened->openFile(); outcome.failed()) return outcome;
+    if (Outcome outcome = opened->chooseStream(); outcome.failed()) return outcome;
+    demuxer = std::move(opened);
+    return Outcome();
+}
+
+Outcome Demuxer::openFile() {
+    AVFormatContext* format = nullptr;
+    AVDictionary* options = nullptr;
+    av_dict_set(&options, "protocol_whitelist", "file", 0);
+    // The prefix makes a name that looks like an address, "http://..." or "concat:...", the name of a file.
+    const int opened = avformat_open_input(&format, ("file:" + m_path).c_str(), nullptr, &options);
+    av_dict_free(&options);
+    if (opened == AVERROR_INVALIDDATA)
+        return Outcome::failure(m_path + ": is no media file, or has lost the part that describes it");
+    if (opened < 0) return Outcome::failure(m_path + ": cannot be opened: " + avErrorText(opened));
+    m_format.reset(format);
+
+    const int found = avformat_find_stream_info(format, nullptr);
+    if (found < 0) return Outcome::failure(m_path + ": its streams cannot be read: " + avErrorText(found));
+    return Outcome();
+}
+
+Outcome Demuxer::chooseStream() {
+    const int number = av_find_best_stream(m_format.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+    if (number < 0) return Outcome::failure(m_path + ": has no video");
+    m_stream = m_format->streams[number];
+    const AVCodecParameters& parameters = *m_stream->codecpar;
+    if ((m_stream->disposition & AV_DISPOSITION_ATTACHED_PIC) != 0)
+        return Outcome::failure(m_path + ": has no video, only a cover picture");
+    if (isTextArt(parameters.codec_id)) return Outcome::failure(m_path + ": is no media file");
+    if (parameters.width <= 0 || parameters.height <= 0)
+        return Outcome::failure(m_path + ": its video states no picture size; the file may be damaged");
+    if (parameters.width > maxPictureSide || parameters.height > maxPictureSide ||
+        int64{parameters.width} * parameters.height > maxPicturePixels)
+        return Outcome::failure(m_path + ": its picture of " + std::to_string(parameters.width) + "x" +
+                                std::to_string(parameters.height) + " pixels is larger than can be played");
+
+    for (unsigned i = 0; i < m_format->nb_streams; ++i) {
+        if (static_cast<int>(i) != number) m_format->streams[i]->discard = AVDISCARD_ALL;
+    }
+    return Outcome();
+}
+
+AVRational Demuxer::frameRate() const {
+    const AVRational rate = av_guess_frame_rate(m_format.get(), m_stream, nullptr);
+    constexpr AVRational usual{24, 1};
+    return rate.num > 0 && rate.den > 0 ? rate : usual;
+}
+
+int64 Demuxer::promisedFrames() const {
+    // Only this family of containers lists every sample; others list the packets at which decoding can begin.
+    if (std::strstr(m_format->iformat->name, "mov") == nullptr) return 0;
+    int64 shown = 0;
+    const int entries = avformat_index_get_entries_count(m_stream);
+    for (int i = 0; i < entries; ++i) {
+        const AVIndexEntry* const entry = avformat_index_get_entry(m_stream, i);
+        if (entry && (entry->flags & AVINDEX_DISCARD_FRAME) == 0) ++shown;
+    }
+    return shown;
+}
+
+Demuxer::ReadResult Demuxer::read(AVPacket& packet) {
+    for (;;) {
+        av_packet_unref(&packet);
+        const int result = av_read_frame(m_format.get(), &packet);
+        if (result == AVERROR_EOF) return ReadResult::end;
+        if (result < 0) return ReadResult::failure;
+        if (packet.stream_index == m_stream->index) return ReadResult::packet;
+    }
+}
+
+bool Demuxer::seek(int64 time) {
+    return av_seek_frame(m_format.get(), m_stream->index, time, AVSEEK_FLAG_BACKWARD) >= 0;
+}
+
+Outcome Demuxer::makeDecoder(AvPtr<AVCodecContext>& decoder) const {
+    const char* const name = avcodec_get_name(m_stream->codecpar->codec_id);
+    const AVCodec* const codec = avcodec_find_decoder(m_stream->codecpar->codec_id);
+    if (!codec) return Outcome::failure(m_path + ": there is no decoder for its video (" + name + ")");
+
+    AvPtr<AVCodecContext> opened(avcodec_alloc_context3(codec));
+    int result = opened ? avcodec_parameters_to_context(opened.get(), m_stream->codecpar) : AVERROR(ENOMEM);
+    if (result >= 0) {
+        opened->pkt_timebase = m_stream->time_base;
+        opened->max_pixels = maxPicturePixels;
+        // Threads that work on several frames at once hand a frame out before they know of errors in it, so only the
+        // parts of one frame are shared out.
+        opened->thread_count = 0;  // as many as there are processors
+        opened->thread_type = FF_THREAD_SLICE;
+        opened->err_recognition |= AV_EF_CRCCHECK | AV_EF_BITSTREAM | AV_EF_BUFFER;
+        // A lossless format carries checksums and marks no frame that fails them, it has to be told to refuse it. Other
+        // formats mark what they had to mend, and would refuse clips of careless cameras that play well.
+        const AVCodecDescriptor* const descriptor = avcodec_descriptor_get(codec->id);
+        constexpr int lossless = AV_CODEC_PROP_LOSSLESS;
+        if (descriptor && (descriptor->props & (AV_CODEC_PROP_LOSSY | lossless)) == lossless)
+            opened->err_recognition |= AV_EF_EXPLODE;
+        result = avcodec_open2(opened.get(), codec, nullptr);
+    }
+    if (result < 0)
+        return Outcome::failure(m_path + ": its video (" + name + ") cannot be decoded: " + avErrorText(result));
+    decoder = std::move(opened);
+    return Outcome();
+}
+
+}  // namespace qrtplay

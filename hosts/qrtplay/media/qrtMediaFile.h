@@ -1,0 +1,42 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "media/qrtFrameIndex.h"
+#include "media/qrtKit.h"
+#include "media/qrtOutcome.h"
+#include "media/qrtVideoFacts.h"
+
+namespace qrtplay {
+
+class Demuxer;
+
+/// What is known of a media file with video: its facts and which packet holds which frame.
+///
+/// Opening reads all packets once, so that frame numbers are exact whatever the timestamps are. Only streams whose
+/// timestamps do not tell the order are decoded once as well.
+/// Threading: constant after opening; any thread may read it.
+class MediaFile final {
+public:
+    /// Failures name the file.
+    static Outcome open(std::string const& path, std::shared_ptr<MediaFile const>& file);
+
+    [[nodiscard]] std::string const& path() const noexcept { return m_path; }
+    [[nodiscard]] VideoFacts const& facts() const noexcept { return m_facts; }
+    [[nodiscard]] FrameIndex const& index() const noexcept { return m_index; }
+
+private:
+    explicit MediaFile(std::string path) : m_path(std::move(path)) {}
+
+    void readFacts(Demuxer const& demuxer);
+    Outcome readIndex(Demuxer& demuxer);
+    Outcome orderByDecoding();
+    Outcome dropUndecodableBegin();
+
+    std::string m_path;
+    VideoFacts m_facts;
+    FrameIndex m_index;
+};
+
+}  // namespace qrtplay

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <string>
+
+#include "foundation/core/qrtRational.h"
+#include "media/qrtAv.h"
+#include "media/qrtKit.h"
+
+namespace qrtplay {
+
+/// The largest picture that is taken on. What a header claims beyond it is refused before memory is spent on it.
+constexpr int maxPictureSide = 16384;
+constexpr int64 maxPicturePixels = int64{16384} * 8192;
+
+/// How the numbers of a picture stand for colours.
+struct ColourFacts {
+    AVColorSpace matrix = AVCOL_SPC_UNSPECIFIED;
+    AVColorRange range = AVCOL_RANGE_UNSPECIFIED;
+    AVColorPrimaries primaries = AVCOL_PRI_UNSPECIFIED;
+
+    [[nodiscard]] bool operator==(ColourFacts const&) const noexcept = default;
+};
+
+/// What is known about a video stream once it is open.
+struct VideoFacts {
+    int width = 0;   ///< in pixels as stored; rotation stated beside the picture is not applied
+    int height = 0;
+    Rational sampleAspect{1, 1};  ///< width of a pixel over its height
+    Rational frameRate{24, 1};    ///< frames per second; of a clip with varying rate the average
+    int64 frameCount = 0;         ///< frames that are shown, those that a truncated file lacks included
+    AVPixelFormat pixelFormat = AV_PIX_FMT_NONE;
+    AVChromaLocation chromaLocation = AVCHROMA_LOC_UNSPECIFIED;
+    ColourFacts colour;  ///< complete: what the stream leaves open has been filled in
+    std::string codecName;
+};
+
+/// Fills in what a stream leaves open, as players have agreed to: BT.709 from 720 rows on and BT.601 below, limited range
+/// unless the pixel format says full or is grey; an RGB format has no matrix and full range.
+[[nodiscard]] ColourFacts completeColour(ColourFacts stated, AVPixelFormat pixelFormat, int height);
+
+}  // namespace qrtplay

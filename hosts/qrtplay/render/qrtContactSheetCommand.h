@@ -1,0 +1,10 @@
+#pragma once
+
+#include "render/qrtOptions.h"
+
+namespace qrtplay {
+
+/// Runs `qrtplay contact-sheet`; the result is the exit status of the program. Needs a `QGuiApplication`.
+int runContactSheet(ContactSheetOptions const& options);
+
+}  // namespace qrtplay

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "media/qrtKit.h"
+#include "media/qrtOutcome.h"
+
+namespace qrtplay {
+
+/// Frames in the order of playing: `first`, `first + step`, ... up to `last`, which is one of them.
+struct FrameRange {
+    int64 first = 0;
+    int64 last = 0;
+    int32 step = 1;  ///< negative to play backwards, never 0
+
+    [[nodiscard]] int64 count() const noexcept { return (last - first) / step + 1; }
+    [[nodiscard]] int64 frame(int64 position) const noexcept { return first + position * step; }
+    [[nodiscard]] bool operator==(FrameRange const&) const noexcept = default;
+};
+
+/// Reads a list such as "7", "0-99", "10-90x5", "99-0x-1" or "0-9,20,40-30". Without a step a range that falls plays
+/// backwards. A last frame that the step does not hit is left out. Failures name the part that is wrong.
+Outcome parseFrameRanges(std::string const& text, std::vector<FrameRange>& ranges);
+
+/// Whether all frames are among the first `frameCount`; the failure names the first part that is not.
+Outcome checkFrameRanges(std::vector<FrameRange> const& ranges, int64 frameCount);
+
+/// How many frames the ranges have together.
+[[nodiscard]] int64 totalFrames(std::vector<FrameRange> const& ranges);
+
+}  // namespace qrtplay

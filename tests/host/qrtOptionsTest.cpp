@@ -1,0 +1,115 @@
+#include "render/qrtOptions.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+
+namespace qrtplay {
+namespace {
+
+using ::testing::HasSubstr;
+
+class CommandLines : public ::testing::Test {
+protected:
+    Outcome parse(QStringList const& words) { return parseOptions(QStringList("qrtplay") + words, options); }
+    std::string failure(QStringList const& words) {
+        const Outcome outcome = parse(words);
+        EXPECT_TRUE(outcome.failed()) << words.join(' ').toStdString();
+        EXPECT_EQ(outcome.message().find('\n'), std::string::npos);
+        return outcome.message();
+    }
+
+    int count = 1;
+    char name[8] = "qrtplay";
+    char* names[2] = {name, nullptr};
+    QCoreApplication application{count, names};
+    Options options;
+};
+
+TEST_F(CommandLines, readEverythingOfRender) {
+    const Outcome outcome = parse({"render", "my clip.mp4", "--frames", "99-0x-1", "--output", "out/f.####.png", "--ram",
+                                   "--resolution", "1280x720", "--head", "8", "--tail=2"});
+    ASSERT_TRUE(outcome.success()) << outcome.message();
+    EXPECT_EQ(options.command, Options::Command::render);
+    EXPECT_EQ(options.render.clip, "my clip.mp4");
+    EXPECT_THAT(options.render.frames, ::testing::ElementsAre(FrameRange{99, 0, -1}));
+    EXPECT_EQ(options.render.output.pathOf(3), "out/f.0003.png");
+    EXPECT_TRUE(options.render.play.ramOutputs);
+    EXPECT_EQ(options.render.play.resolution, QSize(1280, 720));
+    EXPECT_EQ(options.render.play.headFrames, 8);
+    EXPECT_EQ(options.render.play.tailFrames, 2);
+}
+
+TEST_F(CommandLines, renderAllFramesAsTexturesAtTheClipsSizeByDefault) {
+    ASSERT_TRUE(parse({"render", "clip.mp4", "--output", "f.#.png"}).success());
+    EXPECT_TRUE(options.render.frames.empty());
+    EXPECT_FALSE(options.render.play.ramOutputs);
+    EXPECT_FALSE(options.render.play.resolution.has_value());
+    EXPECT_FALSE(options.render.play.headFrames.has_value());
+}
+
+TEST_F(CommandLines, readEverythingOfContactSheet) {
+    ASSERT_TRUE(parse({"contact-sheet", "clip.mp4", "--output", "s.png", "--columns", "6", "--rows", "5", "--width",
+                       "2400"}).success());
+    EXPECT_EQ(options.command, Options::Command::contact_sheet);
+    EXPECT_EQ(options.contactSheet.clip, "clip.mp4");
+    EXPECT_EQ(options.contactSheet.output, "s.png");
+    EXPECT_EQ(options.contactSheet.columns, 6);
+    EXPECT_EQ(options.contactSheet.rows, 5);
+    EXPECT_EQ(options.contactSheet.width, 2400);
+}
+
+TEST_F(CommandLines, takeAClipWhoseNameBeginsWithADashAfterTwoDashes) {
+    ASSERT_TRUE(parse({"render", "--output", "f.#.png", "--", "-odd.mp4"}).success());
+    EXPECT_EQ(options.render.clip, "-odd.mp4");
+}
+
+TEST_F(CommandLines, failWithALineThatNamesTheWord) {
+    EXPECT_THAT(failure({}), HasSubstr("no command"));
+    EXPECT_THAT(failure({"play"}), HasSubstr("'play'"));
+    EXPECT_THAT(failure({"render"}), HasSubstr("no clip"));
+    EXPECT_THAT(failure({"render", "a", "b", "--output", "f.#.png"}), HasSubstr("'b'"));
+    EXPECT_THAT(failure({"render", "a"}), HasSubstr("--output"));
+    EXPECT_THAT(failure({"render", "a", "--output"}), HasSubstr("output"));
+    EXPECT_THAT(failure({"render", "a", "--outptu", "x.png"}), HasSubstr("outptu"));
+    EXPECT_THAT(failure({"render", "a", "--output", "x.jpg"}), HasSubstr("'x.jpg'"));
+    EXPECT_THAT(failure({"render", "a", "--output", "x.png", "--frames", "1..2"}), HasSubstr("'1..2'"));
+    EXPECT_THAT(failure({"render", "a", "--output", "x.png", "--ram", "--vram"}), HasSubstr("exclude"));
+    EXPECT_THAT(failure({"contact-sheet", "a", "--output", "x.png", "--columns", "0"}), HasSubstr("--columns '0'"));
+    EXPECT_THAT(failure({"contact-sheet", "a", "--output", "x.png", "--width", "1e9"}), HasSubstr("--width '1e9'"));
+}
+
+TEST_F(CommandLines, refuseAbsurdNumbers) {
+    for (const char* const size : {"0x0", "640", "x", "640x", "-1x5", "640x360x2", "16385x1", "1x999999999", "99999999999x1"}) {
+        EXPECT_THAT(failure({"render", "a", "--output", "x.png", "--resolution", size}),
+                    HasSubstr("resolution '" + std::string(size) + "'"));
+    }
+    for (const char* const number : {"-1", "10001", "x", "", "99999999999"}) {
+        EXPECT_THAT(failure({"render", "a", "--output", "x.png", QString("--head=%1").arg(number)}), HasSubstr("--head"));
+        EXPECT_THAT(failure({"render", "a", "--output", "x.png", QString("--tail=%1").arg(number)}), HasSubstr("--tail"));
+    }
+}
+
+TEST_F(CommandLines, explainEveryCommandAndOption) {
+    ASSERT_TRUE(parse({"--help"}).success());
+    EXPECT_EQ(options.command, Options::Command::print);
+    for (const char* const word : {"render", "contact-sheet", "--version", "with-display.sh", "Exit status"})
+        EXPECT_THAT(options.text, HasSubstr(word));
+    ASSERT_TRUE(parse({"render", "--help"}).success());
+    EXPECT_EQ(options.command, Options::Command::print);
+    for (const char* const word :
+         {"--frames", "--output", "--vram", "--ram", "--resolution", "--head", "--tail", "10-90x5", "Examples"})
+        EXPECT_THAT(options.text, HasSubstr(word));
+    ASSERT_TRUE(parse({"contact-sheet", "--help"}).success());
+    for (const char* const word : {"--output", "--columns", "--rows", "--width", "Examples"})
+        EXPECT_THAT(options.text, HasSubstr(word));
+}
+
+TEST_F(CommandLines, tellTheVersion) {
+    ASSERT_TRUE(parse({"--version"}).success());
+    EXPECT_EQ(options.text, "qrtplay 0.81.0\n");
+}
+
+}  // namespace
+}  // namespace qrtplay
