@@ -52,7 +52,8 @@ protected:
     int getRam(char const* id, int64 frame, unsigned char value = 1, VideoBufferResolution const& format = small) {
         Block block = blockOf(format, 0xEE);
         const Status status = manager.getRamFrame(id, frame, format, block.data(), block.size());
-        if (status.success()) EXPECT_EQ(block, blockOf(format, value));
+        if (status.failure()) return status.get();
+        EXPECT_EQ(block, blockOf(format, value));
         return status.get();
     }
 
@@ -164,7 +165,6 @@ TEST_F(ExternalSegmentCacheManagerTest, anyChangeEmptiesTheCacheOfItsKindAlone) 
             EXPECT_FALSE(manager.isEmpty(!vram));
         }
     }
-    EXPECT_EQ(getRam("a", 1), Status::not_in_cache);
 }
 
 TEST_F(ExternalSegmentCacheManagerTest, aTypeThatIsNeitherKindIsStoredAsVramAndTouchesNoPoolAndNoCache) {

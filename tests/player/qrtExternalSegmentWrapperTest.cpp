@@ -99,8 +99,10 @@ TEST_F(ExternalSegmentWrapperTest, isNothingButAPassageWhileBothKindsAreOff) {
             EXPECT_EQ(wrapper->renderToTexture(texture.name(), 1, small, Time(-3, rate)).get(), Status::ok);
             EXPECT_EQ(renderToRam(7), Status::ok);
         }
-        EXPECT_EQ(wrapper->getOwnTexture(9), segment->getOwnTexture(0));
-        EXPECT_EQ(wrapper->getOwnRamBuffer(small), segment->getOwnRamBuffer(small));
+        const unsigned int ownTexture = wrapper->getOwnTexture(9);
+        EXPECT_EQ(ownTexture, segment->getOwnTexture(0));
+        void* const ownMemory = wrapper->getOwnRamBuffer(small);
+        EXPECT_EQ(ownMemory, segment->getOwnRamBuffer(small));
         const std::string toTexture = "renderToTexture " + std::to_string(texture.name()) + " 1 16x8 frame -3";
         const std::string toRam = "renderToRam 512 16x8 frame 7";
         EXPECT_EQ(segment->journal(), (Journal{"hasOwnBuffers", toTexture, toRam, toTexture, toRam, "getOwnTexture 9",

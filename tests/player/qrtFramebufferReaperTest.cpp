@@ -297,7 +297,9 @@ TEST_F(FramebufferReaperOfAnEngine, aFrameThatComesBackAfterTheEndHarmsNothingOf
 }
 
 TEST_F(FramebufferReaperOfAnEngine, aFrameMayComeBackAfterTheEndOnAThreadWithoutAContext) {
+    host.makeCurrent();
     const int numTextures = host.countTextures();
+    engine->makeCurrent();
     QOpenGLFramebufferObject* const lent = reaper->make(size, rectangleFormat());
     closeContext();
     std::thread([&] { reaper->dispose(lent); }).join();

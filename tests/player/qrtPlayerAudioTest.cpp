@@ -81,7 +81,7 @@ TEST_F(PlayerAudio, letsGoOfTheOldFormat) {
 }
 
 TEST_F(PlayerAudio, refusesAFormatWhileProducing) {
-    start();
+    start(1000);
     const auto before = format(48000);
     ASSERT_EQ(player->setAudioFormat(before).get(), Status::ok);
     startRun(0);
@@ -135,7 +135,7 @@ TEST_F(PlayerAudio, passesTheGraphEnginesFailureOn) {
 }
 
 TEST_F(PlayerAudio, isPulledDuringARunAndWithoutOneAlike) {
-    start();
+    start(1000);
     char samples[8] = {};
     EXPECT_EQ(player->fillAudioBuffer(samples, 8, 1).get(), Status::ok);
     startRun(0);

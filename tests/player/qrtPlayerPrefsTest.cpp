@@ -1,4 +1,6 @@
 // The player's integer preferences: two of its own, the graph engine's, and the environment that wins over both.
+#include <gmock/gmock.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <string>

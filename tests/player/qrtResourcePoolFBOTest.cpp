@@ -266,10 +266,12 @@ TEST_F(ResourcePoolFBOTest, lendsTheFramebufferThatCameBackLast) {
     QOpenGLFramebufferObject* const b = pool->lock(true);
     pool->release(a);
     pool->release(b);
-    EXPECT_EQ(pool->lock(true), b);
-    EXPECT_EQ(pool->lock(true), a);
-    pool->release(a);
-    pool->release(b);
+    QOpenGLFramebufferObject* const first = pool->lock(true);
+    QOpenGLFramebufferObject* const second = pool->lock(true);
+    EXPECT_EQ(first, b);
+    EXPECT_EQ(second, a);
+    pool->release(first);
+    pool->release(second);
 }
 
 TEST_F(ResourcePoolFBOTest, framebuffersLentDuringARebuildAreDeletedWhenTheyComeBack) {

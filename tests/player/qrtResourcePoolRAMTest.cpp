@@ -110,10 +110,12 @@ TEST_F(ResourcePoolRAMTest, lendsTheBlockThatCameBackLast) {
     void* const b = pool->lock(true);
     pool->release(a);
     pool->release(b);
-    EXPECT_EQ(pool->lock(true), b);
-    EXPECT_EQ(pool->lock(true), a);
-    pool->release(a);
-    pool->release(b);
+    void* const first = pool->lock(true);
+    void* const second = pool->lock(true);
+    EXPECT_EQ(first, b);
+    EXPECT_EQ(second, a);
+    pool->release(first);
+    pool->release(second);
 }
 
 TEST_F(ResourcePoolRAMTest, aBudgetBelowOneFrameGivesAPoolWithoutBlocks) {

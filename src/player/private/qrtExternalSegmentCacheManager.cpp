@@ -17,16 +17,6 @@ using Cache = CacheBase<SharedPtr<CacheData>>;
 
 constexpr char keySeparator[] = "_";
 
-/// The segment's identifier, "_", and the frame's number in decimal.
-String cacheKey(String const& id, int64 frame) {
-    String key(id);
-    key.append(keySeparator);
-    char number[24] = "";
-    std::to_chars(number, number + sizeof number - 1, frame);
-    key.append(number);
-    return key;
-}
-
 /// Whether the key names a frame of the segment between the two, both inclusive.
 bool isKeyInRange(String const& key, String const& id, int64 firstFrame, int64 lastFrame) {
     const std::string_view text(key.c_str(), key.size());
@@ -175,6 +165,15 @@ bool ExternalSegmentCacheManager::isEnabled() const {
 
 bool ExternalSegmentCacheManager::isEmpty(bool vram) const {
     return vram ? m_state->now(m_state->vram).cache->empty() : m_state->now(m_state->ram).cache->empty();
+}
+
+String ExternalSegmentCacheManager::cacheKey(String const& id, int64 frame) {
+    String key(id);
+    key.append(keySeparator);
+    char number[24] = "";
+    std::to_chars(number, number + sizeof number - 1, frame);
+    key.append(number);
+    return key;
 }
 
 Status ExternalSegmentCacheManager::invalidate(bool vram, String const& id, int64 frame) {

@@ -35,6 +35,9 @@ public:
     [[nodiscard]] bool isEnabled() const;
     [[nodiscard]] bool isEmpty(bool vram) const;
 
+    /// Under what a frame is cached: the segment's identifier, "_", and the frame's number in decimal.
+    [[nodiscard]] static String cacheKey(String const& id, int64 frame);
+
     /// Drops a cached frame, or all of a range (both ends inclusive; nothing when the start is above the end) at a cost
     /// that the number of cached frames bounds. Success also when nothing is cached or the kind is off.
     Status invalidate(bool vram, String const& id, int64 frame);

@@ -114,6 +114,7 @@ Status PlayerImpl::uninitialize() {
     m_hostContext.reset();
     m_playerContext.reset();
     _observeSegments({});
+    _leaveRetiredSegments();
     m_externalSegments.reset();
     {
         SharedPtr<Composition> dropped;
@@ -217,7 +218,10 @@ void PlayerImpl::update(Subject* subject, NotificationHint const& hint) {
     const bool isPool = subject == static_cast<Subject*>(m_ramPool.get()) ||
                         subject == static_cast<Subject*>(m_fboPool.get());
     if (isPool) {
-        if (m_producing && dynamic_cast<ResourcePoolInterface::ReleaseHint const*>(&hint)) _queueProduceNext();
+        // What a step of the loop itself gives back must not restart the loop: a step that fails would be tried for ever.
+        const bool isOwnStep = QThread::currentThread() == this && m_isLookingAhead;
+        const bool isRelease = dynamic_cast<ResourcePoolInterface::ReleaseHint const*>(&hint) != nullptr;
+        if (m_producing && isRelease && !isOwnStep) _queueProduceNext();
         return;
     }
     if (dynamic_cast<InvalidationHint const*>(&hint) && !m_producerCache->empty()) {

@@ -137,6 +137,9 @@ private:
     Status _setComposition(SharedPtr<Composition> const& composition,
                            List<SharedPtr<ExternalSegment>> const& externalSegments);
     void _observeSegments(List<SharedPtr<ExternalSegment>> const& segments);
+    /// Host threads: ends the registrations with segments of earlier compositions.
+    void _leaveRetiredSegments();
+    [[nodiscard]] bool _isObserving(Subject* subject) const;
     Status _updateComposition(SharedPtr<Composition> const& composition, String const& description);
     Status _setVideoResolution(VideoBufferResolution const& resolution);
     Status _setVideoFrameRate(Rational const& rate);
@@ -201,7 +204,7 @@ private:
     std::unique_ptr<QOpenGLBuffer> m_pixelBuffer;
     SharedPtr<PlayParams> m_playParams;
     SharedPtr<ExternalSegmentWrappers> m_externalSegments;
-    List<SharedPtr<ExternalSegment>> m_observedSegments;
+    bool m_isLookingAhead = false;  // inside a step of the production loop
 
     // Under m_engineMutex: written by the player thread (or by hosts while there is none), read by any. Objects that are
     // replaced are let go of outside the lock.
@@ -211,6 +214,8 @@ private:
     ConstSharedPtr<AudioFormatInterface> m_audioFormat;
     SharedPtr<GraphEngineInterface> m_graphEngine;
     SharedPtr<Composition> m_composition;
+    List<SharedPtr<ExternalSegment>> m_observedSegments;
+    List<SharedPtr<ExternalSegment>> m_retiredSegments;  // of earlier compositions, still registered
 
     // Fixed after construction; each object takes care of its own threads.
     const GraphEngineFactory m_graphEngineFactory;

@@ -49,6 +49,7 @@ Status PlayerImpl::setComposition(SharedPtr<Composition> const& composition,
                                   List<SharedPtr<ExternalSegment>> const& externalSegments) {
     if (!m_initialized) return Status::not_initialized;
     const Status status = _execute<CmdSetComposition>(composition, externalSegments);
+    _leaveRetiredSegments();
     (void)m_producerCache->clear();
     notify(NotificationHint());
     return status;
@@ -188,13 +189,41 @@ Status PlayerImpl::_setComposition(SharedPtr<Composition> const& composition,
 }
 
 void PlayerImpl::_observeSegments(List<SharedPtr<ExternalSegment>> const& segments) {
-    for (auto const& segment : m_observedSegments) {
-        if (Subject* const subject = segment ? segment->getSubject() : nullptr) subject->removeObserver(this);
+    {
+        List<SharedPtr<ExternalSegment>> replacement = segments;
+        const std::lock_guard lock(m_engineMutex);
+        for (auto const& segment : m_observedSegments) m_retiredSegments.append(segment);
+        std::swap(m_observedSegments, replacement);
     }
-    m_observedSegments = segments;
-    for (auto const& segment : m_observedSegments) {
+    for (auto const& segment : segments) {
         if (Subject* const subject = segment ? segment->getSubject() : nullptr) subject->addObserver(this);
     }
+}
+
+void PlayerImpl::_leaveRetiredSegments() {
+    // Not on the player thread: ending a registration waits for an update that is under way, and a host's observer may
+    // be waiting for the player thread in it.
+    List<SharedPtr<ExternalSegment>> retired;
+    {
+        const std::lock_guard lock(m_engineMutex);
+        std::swap(m_retiredSegments, retired);
+    }
+    for (auto const& segment : retired) {
+        Subject* const subject = segment ? segment->getSubject() : nullptr;
+        if (!subject || _isObserving(subject)) continue;
+        subject->removeObserver(this);
+        if (_isObserving(subject)) subject->addObserver(this);  // it has come back on another thread meanwhile
+    }
+}
+
+bool PlayerImpl::_isObserving(Subject* subject) const {
+    List<SharedPtr<ExternalSegment>> observed;
+    {
+        const std::lock_guard lock(m_engineMutex);
+        observed = m_observedSegments;
+    }
+    return std::any_of(observed.begin(), observed.end(),
+                       [&](auto const& segment) { return segment && segment->getSubject() == subject; });
 }
 
 Status PlayerImpl::_updateComposition(SharedPtr<Composition> const& composition, String const& description) {

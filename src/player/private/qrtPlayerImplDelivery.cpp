@@ -1,7 +1,8 @@
 // How frames and samples reach the host.
 #include <cmath>
 #include <limits>
-#include <vector>
+#include <memory>
+#include <new>
 
 #include "qrtPlayerImplCommands.h"
 #include "qrtPlayerImplSource.h"
@@ -16,6 +17,13 @@ bool isInOrJustBehind(int64 frame, int64 first, int64 count) {
     if (frame < first) return false;
     int64 end = 0;
     return __builtin_add_overflow(first, count, &end) || frame <= end;
+}
+
+/// The number without its fraction; what lies outside the range, or is no number, gives the nearest end of it.
+size_t samplePosition(double position) {
+    constexpr double limit = 18446744073709551616.0;  // 2^64
+    if (!(position > 0.0)) return 0;
+    return position < limit ? static_cast<size_t>(position) : std::numeric_limits<size_t>::max();
 }
 
 }  // namespace
@@ -72,10 +80,11 @@ Status PlayerImpl::_startProducingAudio() {
         const size_t bytes = format->getSizeInBytes(1);
         if (std::abs(framesPerSecond) >= std::numeric_limits<double>::epsilon() && bytes != 0) {
             // Reading one sample frame positions the graph engine's audio at the current video frame.
-            std::vector<char> sample(bytes);
+            const std::unique_ptr<char[]> sample(new (std::nothrow) char[bytes]());
             const double seconds = static_cast<double>(m_playParams->getCurrentFrame()) / framesPerSecond;
-            const double position = format->getSampleRate() * seconds + 0.5;
-            status = _graphEngine()->fillAudio(format, sample.data(), bytes, static_cast<size_t>(position));
+            const size_t position = samplePosition(format->getSampleRate() * seconds + 0.5);
+            status = sample ? _graphEngine()->fillAudio(format, sample.get(), bytes, position)
+                            : Status(Status::general_failure);
         }
     }
     if (status.failure()) {

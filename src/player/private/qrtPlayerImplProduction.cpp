@@ -51,8 +51,12 @@ Status PlayerImpl::_produceNextVideoBuffer() {
     }
     QRT_ENGINE_DEBUG("%s%lld", "PlayerImpl::_produceNextVideoBuffer() - Trying to produce frameNumber = ",
                      static_cast<long long>(frameNumber));
-    SharedPtr<VideoBuffer> videoBuffer;
-    status = _produceVideoBuffer(frameNumber, false, videoBuffer);
+    m_isLookingAhead = true;
+    {
+        SharedPtr<VideoBuffer> videoBuffer;
+        status = _produceVideoBuffer(frameNumber, false, videoBuffer);
+    }
+    m_isLookingAhead = false;
     if (status.failure()) {
         // The loop pauses; a resource that comes back to its pool restarts it.
         QRT_ENGINE_MESSAGE("%s%d", "Stop producing because status failure = ", static_cast<int>(status.get()));
