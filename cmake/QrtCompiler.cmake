@@ -25,5 +25,16 @@ if(QRT_SANITIZE)
     if(QRT_SANITIZE MATCHES undefined)
         # The virtual-table check needs the type information of hidden classes across libraries, which is not exported.
         add_compile_options(-fno-sanitize=vptr)
+        if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+            add_compile_options(-fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/tests/sanitizers/ignored.txt)
+        endif()
     endif()
+endif()
+
+if(QRT_BUILD_FUZZERS)
+    if(NOT CMAKE_CXX_COMPILER_ID MATCHES Clang)
+        message(FATAL_ERROR "QRT_BUILD_FUZZERS needs Clang: configure with -DCMAKE_CXX_COMPILER=clang++")
+    endif()
+    # Everything tells the fuzzer where it has been; the targets alone bring its main function.
+    add_compile_options(-fsanitize=fuzzer-no-link)
 endif()

@@ -23,7 +23,7 @@ function(qrt_add_library module)
         VERSION ${PROJECT_VERSION}
         SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
     target_link_options(qrt${module} PRIVATE -Wl,--no-undefined)
-    if(QRT_SANITIZE)
+    if(QRT_SANITIZE OR QRT_BUILD_FUZZERS)
         # The sanitizers' run-time library is the program's, not ours.
         target_link_options(qrt${module} PRIVATE -Wl,-z,undefs)
     endif()

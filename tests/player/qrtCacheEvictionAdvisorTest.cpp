@@ -19,8 +19,7 @@ using ::testing::ElementsAre;
 class ForeignRecord final : public CacheData {};
 
 SharedPtr<PlayParams> make(int64 current, int64 start, int64 end, int step, PlayParams::PlayMode mode) {
-    const auto params =
-        PlayParams::create(Time(), Time(), Time(), Rational(24, 1), step, mode, PlayParams::video_only);
+    const auto params = PlayParams::create(Time(), Time(), Time(), Rational(24, 1), step, mode, PlayParams::video_only);
     params->setCurrentFrame(current);
     params->setStartFrame(start);
     params->setEndFrame(end);

@@ -81,7 +81,8 @@ class CommandQueueTest : public ::testing::Test {
 protected:
     void runOne() { queue.take()->execute(engine); }
     void runAll() {
-        while (queue.size() != 0) runOne();
+        while (queue.size() != 0)
+            runOne();
     }
     std::unique_ptr<Cmd> note(int number) {
         return cmd([this, number] { executed.push_back(number); });
@@ -93,14 +94,16 @@ protected:
 };
 
 TEST_F(CommandQueueTest, commandsComeOutInTheOrderOfPosting) {
-    for (int number = 0; number < 5; ++number) queue.pushBack(note(number));
+    for (int number = 0; number < 5; ++number)
+        queue.pushBack(note(number));
     EXPECT_EQ(queue.size(), 5u);
     runAll();
     EXPECT_THAT(executed, ElementsAre(0, 1, 2, 3, 4));
 }
 
 TEST_F(CommandQueueTest, aCommandPostedToTheFrontOvertakesAllThatWait) {
-    for (int number = 0; number < 3; ++number) queue.pushBack(note(number));
+    for (int number = 0; number < 3; ++number)
+        queue.pushBack(note(number));
     queue.pushFront(note(10));
     queue.pushBack(note(3));
     runAll();
@@ -127,7 +130,8 @@ TEST_F(CommandQueueTest, growsWithoutLimitAndStartsAnewWhenEmpty) {
     constexpr int many = 10000;
     for (int round = 0; round < 2; ++round) {
         executed.clear();
-        for (int number = 0; number < many; ++number) queue.pushBack(note(number));
+        for (int number = 0; number < many; ++number)
+            queue.pushBack(note(number));
         runAll();
         ASSERT_EQ(executed.size(), static_cast<size_t>(many));
         EXPECT_EQ(executed.front(), 0);
@@ -170,10 +174,13 @@ TEST_F(CommandQueueTest, commandsPostedByManyThreadsAreAllExecutedInPostingOrder
             }
         });
     }
-    for (int i = 0; i < numThreads * numEach; ++i) runOne();
-    for (std::thread& thread : threads) thread.join();
+    for (int i = 0; i < numThreads * numEach; ++i)
+        runOne();
+    for (std::thread& thread : threads)
+        thread.join();
     ASSERT_EQ(executed.size(), static_cast<size_t>(numThreads * numEach));
-    for (int i = 0; i < numThreads * numEach; ++i) ASSERT_EQ(executed[static_cast<size_t>(i)], i);
+    for (int i = 0; i < numThreads * numEach; ++i)
+        ASSERT_EQ(executed[static_cast<size_t>(i)], i);
 }
 
 TEST_F(CommandQueueTest, aQueueThatEndsEndsItsCommandsUnexecuted) {
@@ -203,9 +210,12 @@ TEST_F(CommandQueueTest, eachCallerGetsItsOwnStatus) {
             results[static_cast<size_t>(caller)] = status.get();
         });
     }
-    for (int i = 0; i < numCallers; ++i) runOne();
-    for (std::thread& caller : callers) caller.join();
-    for (int caller = 0; caller < numCallers; ++caller) EXPECT_EQ(results[static_cast<size_t>(caller)], 1000 + caller);
+    for (int i = 0; i < numCallers; ++i)
+        runOne();
+    for (std::thread& caller : callers)
+        caller.join();
+    for (int caller = 0; caller < numCallers; ++caller)
+        EXPECT_EQ(results[static_cast<size_t>(caller)], 1000 + caller);
 }
 
 TEST_F(CommandQueueTest, aCallerWakesWhenItsCommandEndsAndNotWhenItHasRun) {
@@ -249,10 +259,12 @@ TEST_F(CommandQueueTest, discardingWakesTheCallersAndLeavesTheirStatus) {
     }
     posted.wait();
     queue.discardAll();
-    for (std::thread& caller : callers) caller.join();
+    for (std::thread& caller : callers)
+        caller.join();
     EXPECT_EQ(numRun, 0);
     EXPECT_EQ(queue.size(), 0u);
-    for (Status const& status : results) EXPECT_EQ(status.get(), Status::not_producing);
+    for (Status const& status : results)
+        EXPECT_EQ(status.get(), Status::not_producing);
 }
 
 TEST_F(CommandQueueTest, discardingEndsCommandsWithTheQueueUnlocked) {
@@ -369,10 +381,12 @@ TEST_F(PlayerThreadTest, twoCallersAreServedInPostingOrderEachWithItsOwnStatus) 
                     return Status(static_cast<Status::Type>(700 + caller));
                 }).get();
         });
-        while (queue().size() != static_cast<size_t>(caller) + 1) std::this_thread::yield();
+        while (queue().size() != static_cast<size_t>(caller) + 1)
+            std::this_thread::yield();
     }
     release.count_down();
-    for (std::thread& caller : callers) caller.join();
+    for (std::thread& caller : callers)
+        caller.join();
     EXPECT_THAT(executed, ElementsAre(0, 1));
     EXPECT_THAT(results, ElementsAre(700, 701));
 }
@@ -393,14 +407,16 @@ TEST_F(PlayerThreadTest, aCallBehindTheTerminatingCommandIsWokenWithNotInitializ
     hold(isHeld, release);
     Status status;
     std::thread caller([&] {
-        while (queue().size() != 1) std::this_thread::yield();  // the terminating command
+        while (queue().size() != 1)
+            std::this_thread::yield();  // the terminating command
         status = PlayerImplInspector::execute<TestSynchronousCmd>(engine, [] {
             ADD_FAILURE() << "executed behind the terminating command";
             return Status();
         });
     });
     std::thread releasing([&] {
-        while (queue().size() != 2) std::this_thread::yield();
+        while (queue().size() != 2)
+            std::this_thread::yield();
         release.count_down();
     });
     EXPECT_EQ(engine.uninitialize().get(), Status::ok);
@@ -412,7 +428,8 @@ TEST_F(PlayerThreadTest, aCallBehindTheTerminatingCommandIsWokenWithNotInitializ
 TEST_F(PlayerThreadTest, atItsEndThePixelBufferAndTheGraphEngineAreGone) {
     ASSERT_NE(engine.getGraphEngine(), nullptr);
     ASSERT_EQ(engine.setRamOutputs(true).get(), Status::ok);
-    ASSERT_EQ(engine.setComposition(FakeComposition::create(0, 10), List<SharedPtr<ExternalSegment>>()).get(), Status::ok);
+    ASSERT_EQ(engine.setComposition(FakeComposition::create(0, 10), List<SharedPtr<ExternalSegment>>()).get(),
+              Status::ok);
     SharedPtr<VideoBuffer> buffer;
     ASSERT_EQ(engine.getVideoBuffer(0, buffer).get(), Status::ok);
     ASSERT_NE(PlayerImplInspector::pixelBuffer(engine), nullptr);

@@ -59,10 +59,18 @@ char const* formatted() {
     ++numFormatted;
     return "formatted";
 }
-void emitAtPlaceA() { QRT_DEBUG_LINE(place, "A %s", formatted()); }
-void emitAtPlaceB() { QRT_DEBUG_LINE(place, "B %s", formatted()); }
-void emitAtPlaceC() { QRT_DEBUG_LINE(place, "C %s", formatted()); }
-void emitAtPlaceD() { QRT_DEBUG_LINE(place, "D"); }
+void emitAtPlaceA() {
+    QRT_DEBUG_LINE(place, "A %s", formatted());
+}
+void emitAtPlaceB() {
+    QRT_DEBUG_LINE(place, "B %s", formatted());
+}
+void emitAtPlaceC() {
+    QRT_DEBUG_LINE(place, "C %s", formatted());
+}
+void emitAtPlaceD() {
+    QRT_DEBUG_LINE(place, "D");
+}
 
 }  // namespace
 
@@ -104,7 +112,8 @@ TEST(DebugLineTest, isCutTo1023Characters) {
     DebugLine::post(place, 1, "%s", std::string(5000, 'x').c_str());
     const auto messages = log.messages();
     ASSERT_EQ(messages.size(), 3u);
-    for (LogMsg const& message : messages) EXPECT_EQ(message.text(), prefix + whole);
+    for (LogMsg const& message : messages)
+        EXPECT_EQ(message.text(), prefix + whole);
 }
 
 TEST(DebugLineTest, keepsOnlyTheFirstLineOfItsMessage) {

@@ -188,7 +188,8 @@ TEST_F(FramebufferReaperTest, manyThreadsMayDisposeWhileTheOwnerReaps) {
     constexpr int numThreads = 4;
     constexpr int numEach = 25;
     std::vector<QOpenGLFramebufferObject*> framebuffers;
-    for (int i = 0; i < numThreads * numEach; ++i) framebuffers.push_back(reaper->make(size, rectangleFormat()));
+    for (int i = 0; i < numThreads * numEach; ++i)
+        framebuffers.push_back(reaper->make(size, rectangleFormat()));
     std::vector<std::thread> threads;
     for (int thread = 0; thread < numThreads; ++thread) {
         threads.emplace_back([&, thread] {
@@ -197,8 +198,10 @@ TEST_F(FramebufferReaperTest, manyThreadsMayDisposeWhileTheOwnerReaps) {
             }
         });
     }
-    while (reaper->numAlive() != 0) reaper->reap();
-    for (std::thread& thread : threads) thread.join();
+    while (reaper->numAlive() != 0)
+        reaper->reap();
+    for (std::thread& thread : threads)
+        thread.join();
     EXPECT_EQ(reaper->numAlive(), 0u);
 }
 

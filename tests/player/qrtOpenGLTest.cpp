@@ -27,7 +27,8 @@ constexpr VideoBufferResolution formatOf(int channels, int bits, bool isFloat = 
 class OpenGLTest : public ::testing::Test {
 protected:
     ~OpenGLTest() override {
-        for (const GLuint texture : m_textures) gl.glDeleteTextures(1, &texture);
+        for (const GLuint texture : m_textures)
+            gl.glDeleteTextures(1, &texture);
     }
 
     GLuint bindingOf(GLenum what) {
@@ -216,7 +217,8 @@ TEST_F(OpenGLTest, drainedErrorsAreGone) {
 TEST(OglFormat, isRedForOneChannelRgbForThreeAndRgbaForAnyOtherCount) {
     EXPECT_EQ(getOglFormat(formatOf(1, 8)), 0x1903u);
     EXPECT_EQ(getOglFormat(formatOf(3, 8)), 0x1907u);
-    for (const int channels : {0, 2, 4, 5, 100, -1}) EXPECT_EQ(getOglFormat(formatOf(channels, 8)), 0x1908u) << channels;
+    for (const int channels : {0, 2, 4, 5, 100, -1})
+        EXPECT_EQ(getOglFormat(formatOf(channels, 8)), 0x1908u) << channels;
 }
 
 TEST(OglType, followsTheDepthAndTheFloatFlag) {

@@ -85,8 +85,8 @@ TEST(PlayParamsCreate, doesNotClampTheCurrentFrameIntoTheRange) {
 }
 
 TEST(PlayParamsCreate, aRangeBeyond64BitsEndsAtTheLastNumber) {
-    const auto params = PlayParams::create(Time(), Time(most64, rate1), Time(10, rate1), rate1, 1, PlayParams::single,
-                                           PlayParams::all);
+    const auto params =
+        PlayParams::create(Time(), Time(most64, rate1), Time(10, rate1), rate1, 1, PlayParams::single, PlayParams::all);
     EXPECT_EQ(params->getStartFrame(), most64);
     EXPECT_EQ(params->getEndFrame(), most64);
 }
@@ -200,11 +200,11 @@ TEST(PlayParamsEquality, isBrokenByAnyOneValue) {
 // ---- getFrame -------------------------------------------------------------------------------------------------------
 
 TEST(PlayParamsGetFrame, roundsToTheNearestFrameHalvesUpwards) {
-    EXPECT_EQ(PlayParams::getFrame(Time(3, Rational(2, 1)), rate1), 2);     // 1.5
-    EXPECT_EQ(PlayParams::getFrame(Time(14, Rational(10, 1)), rate1), 1);   // 1.4
-    EXPECT_EQ(PlayParams::getFrame(Time(1, Rational(2, 1)), rate1), 1);     // 0.5
-    EXPECT_EQ(PlayParams::getFrame(Time(-1, Rational(2, 1)), rate1), 0);    // -0.5
-    EXPECT_EQ(PlayParams::getFrame(Time(-1, Rational(4, 1)), rate1), 0);    // -0.25
+    EXPECT_EQ(PlayParams::getFrame(Time(3, Rational(2, 1)), rate1), 2);    // 1.5
+    EXPECT_EQ(PlayParams::getFrame(Time(14, Rational(10, 1)), rate1), 1);  // 1.4
+    EXPECT_EQ(PlayParams::getFrame(Time(1, Rational(2, 1)), rate1), 1);    // 0.5
+    EXPECT_EQ(PlayParams::getFrame(Time(-1, Rational(2, 1)), rate1), 0);   // -0.5
+    EXPECT_EQ(PlayParams::getFrame(Time(-1, Rational(4, 1)), rate1), 0);   // -0.25
 }
 
 TEST(PlayParamsGetFrame, belowMinusOneHalfCutsTheSumWithOneHalfOffTowardZero) {
@@ -388,7 +388,8 @@ TEST(PlayParamsSeek, outsideTheRangeIsType258AndLeavesAllValues) {
 
 TEST(PlayParamsSeek, outsideAnInvertedRangeIsType258ForEveryFrame) {
     const auto params = make(5, 10, 0, 1, PlayParams::loop);
-    for (const int64 frame : {0, 5, 10}) EXPECT_EQ(params->seek(frame).get(), 258);
+    for (const int64 frame : {0, 5, 10})
+        EXPECT_EQ(params->seek(frame).get(), 258);
     EXPECT_EQ(params->getCurrentFrame(), 5);
 }
 

@@ -28,13 +28,12 @@ class ForeignRecord final : public CacheData {};
 
 class PlayerImplCache : public ::testing::Test {
 protected:
-    PlayerImplCache() {
-        EXPECT_EQ(pool->setup(10, ResourcePool::SizeUnit::buffers, small).get(), Status::ok);
-    }
+    PlayerImplCache() { EXPECT_EQ(pool->setup(10, ResourcePool::SizeUnit::buffers, small).get(), Status::ok); }
 
     SharedPtr<VideoBuffer> newBuffer() { return VideoBufferPrivate::create(pool, true); }
     void put(std::initializer_list<int64> frames) {
-        for (const int64 frame : frames) ASSERT_EQ(Inspector::cachePut(engine, frame, newBuffer()).get(), Status::ok);
+        for (const int64 frame : frames)
+            ASSERT_EQ(Inspector::cachePut(engine, frame, newBuffer()).get(), Status::ok);
     }
     bool contains(int64 frame) { return Inspector::cacheContains(engine, frame); }
     /// The frames from 0 to 20 that are cached.
@@ -48,8 +47,8 @@ protected:
 
     /// What start producing does to the cache: frames 9 to 12 are wanted.
     void startRun() {
-        const auto params = PlayParams::create(Time(), Time(), Time(), Rational(24, 1), 1, PlayParams::single,
-                                               PlayParams::video_only);
+        const auto params =
+            PlayParams::create(Time(), Time(), Time(), Rational(24, 1), 1, PlayParams::single, PlayParams::video_only);
         params->setCurrentFrame(10);
         params->setEndFrame(100);
         const SharedPtr<EvictionAdvisorInterfaceBase<SharedPtr<CacheData>>> advisor(
@@ -73,9 +72,9 @@ TEST_F(PlayerImplCache, theKeyIsTheFramesNumberInDecimal) {
         int64 frame;
         char const* key;
     };
-    for (Case const& entry : {Case{0, "0"}, Case{7, "7"}, Case{-1, "-1"}, Case{42, "42"}, Case{-3, "-3"},
-                              Case{10000000000, "10000000000"}, Case{INT64_MAX, "9223372036854775807"},
-                              Case{INT64_MIN, "-9223372036854775808"}}) {
+    for (Case const& entry :
+         {Case{0, "0"}, Case{7, "7"}, Case{-1, "-1"}, Case{42, "42"}, Case{-3, "-3"}, Case{10000000000, "10000000000"},
+          Case{INT64_MAX, "9223372036854775807"}, Case{INT64_MIN, "-9223372036854775808"}}) {
         put({entry.frame});
         EXPECT_TRUE(Inspector::cache(engine).containsKey(entry.key)) << entry.key;
         EXPECT_EQ(Inspector::cache(engine).size(), 1u);

@@ -43,6 +43,12 @@ protected:
         ASSERT_EQ(player->getVideoBuffer(frame, buffer).get(), Status::ok);
     }
 
+    /// Waits until the run has followed the host's last request: the request posts a step, which runs behind a drain.
+    void settle() {
+        drain();
+        drain();
+    }
+
     RecordingObserver observer;
 };
 
@@ -389,12 +395,13 @@ TEST_F(PlayerObservers, aBufferThatComesBackRestartsAPausedRun) {
     for (const int64 frame : {0, 1, 2}) {
         waitUntilReady(frame);
         ASSERT_EQ(player->getVideoBuffer(frame, held[static_cast<size_t>(frame)]).get(), Status::ok);
+        settle();
     }
     // The host's jump takes the last framebuffer: nothing is left to look ahead with.
     LogCapture log;
     ASSERT_EQ(player->getVideoBuffer(50, held[3]).get(), Status::ok);
     log.waitFor(pausedFor260);
-    drain();
+    settle();
     const size_t numPauses = log.count(pausedFor260);
     EXPECT_FALSE(player->isVideoBufferReady(51));
     // One is not enough, since the last is kept for a waiting host; but it does wake the run.
@@ -413,10 +420,12 @@ TEST_F(PlayerObservers, aBlockOfMemoryThatComesBackRestartsAPausedRunToo) {
     for (const int64 frame : {0, 1, 2}) {
         waitUntilReady(frame);
         ASSERT_EQ(player->getVideoBuffer(frame, held[static_cast<size_t>(frame)]).get(), Status::ok);
+        settle();
     }
     LogCapture log;
     ASSERT_EQ(player->getVideoBuffer(50, held[3]).get(), Status::ok);
     log.waitFor(pausedFor260);
+    settle();
     std::thread([&] {  // on any thread
         held[0].reset();
         held[1].reset();

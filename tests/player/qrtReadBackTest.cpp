@@ -125,7 +125,8 @@ TEST_F(ReadBack, keepsOnePixelBufferForAllFrames) {
     QOpenGLBuffer const* const first = pixelBuffer();
     ASSERT_NE(first, nullptr);
     const GLuint name = first->bufferId();
-    for (int i = 0; i < 3; ++i) ASSERT_EQ(copy().get(), Status::ok);
+    for (int i = 0; i < 3; ++i)
+        ASSERT_EQ(copy().get(), Status::ok);
     EXPECT_EQ(pixelBuffer(), first);
     EXPECT_EQ(pixelBuffer()->bufferId(), name);
 }
@@ -208,7 +209,8 @@ TEST_F(ReadBack, oneChannelTravelsAsRed) {
     ASSERT_EQ(destination->bytes.size(), 8u * 5u);
     ASSERT_EQ(copy().get(), Status::ok);
     for (size_t row = 0; row < 5; ++row) {
-        for (size_t pixel = 0; pixel < 7; ++pixel) ASSERT_EQ(destination->bytes[row * 8 + pixel], 255);
+        for (size_t pixel = 0; pixel < 7; ++pixel)
+            ASSERT_EQ(destination->bytes[row * 8 + pixel], 255);
     }
 }
 
@@ -247,7 +249,8 @@ TEST_F(ReadBack, withoutMemoryTheResultIsType260AndOpenGLIsNotTouched) {
 TEST_F(ReadBack, aMemoryFrameThatGotNoBlockIsType260) {
     prepare(rgba8);
     const auto ramPool = ResourcePoolRAM::create();
-    EXPECT_EQ(PlayerImplInspector::copyVideoBuffer(*engine, source, VideoBufferPrivate::create(ramPool, true)).get(), 260);
+    EXPECT_EQ(PlayerImplInspector::copyVideoBuffer(*engine, source, VideoBufferPrivate::create(ramPool, true)).get(),
+              260);
 }
 
 TEST_F(ReadBack, aPixelBufferThatCannotBeCreatedIsType274AndTheNextCallTriesAgain) {
@@ -323,6 +326,16 @@ TEST_F(ReadBack, aFailureToUnmapIsPostedAndTheResultStaysSuccess) {
     EXPECT_EQ(boundPixelBuffer(), 0);
     EXPECT_NE(pixelBuffer(), nullptr);
     EXPECT_EQ(copy().get(), Status::ok);
+}
+
+TEST_F(ReadBack, aFrameLargerThanAPixelBufferCanBeIsType274) {
+    prepare(rgba8);
+    engine =
+        std::make_unique<PlayerImpl>(VideoBufferResolution(32768, 32769, 4, 8, false), nullptr);  // 2^32 bytes and more
+    const LogCapture log;
+    EXPECT_EQ(copy().get(), 274);
+    EXPECT_THAT(log.lines(), ElementsAre(creationFailed));
+    EXPECT_EQ(pixelBuffer(), nullptr);
 }
 
 TEST_F(ReadBack, itsMessagesComeFromTheEngineOnThePlayersChannel) {

@@ -28,12 +28,14 @@ constexpr VideoBufferResolution other(32, 8, 4, 8, false);
 /// Borrows all that the pool lends.
 std::vector<void*> lockAll(ResourcePoolRAM& pool) {
     std::vector<void*> blocks;
-    while (void* const block = pool.lock(true)) blocks.push_back(block);
+    while (void* const block = pool.lock(true))
+        blocks.push_back(block);
     return blocks;
 }
 
 void releaseAll(ResourcePoolRAM& pool, std::vector<void*> const& blocks) {
-    for (void* const block : blocks) pool.release(block);
+    for (void* const block : blocks)
+        pool.release(block);
 }
 
 /// How many blocks the pool has to lend.
@@ -64,7 +66,8 @@ TEST_F(ResourcePoolRAMTest, lendsBlocksThatHoldAFrameEach) {
     const auto blocks = lockAll(*pool);
     ASSERT_EQ(blocks.size(), 3u);
     EXPECT_EQ(std::set<void*>(blocks.begin(), blocks.end()).size(), 3u);
-    for (void* const block : blocks) std::memset(block, 0x55, small.getBufferSize());  // the sanitizer knows the size
+    for (void* const block : blocks)
+        std::memset(block, 0x55, small.getBufferSize());  // the sanitizer knows the size
     releaseAll(*pool, blocks);
 }
 
@@ -263,7 +266,8 @@ TEST_F(ResourcePoolRAMTest, manyThreadsBorrowAndNoneSharesABlock) {
             }
         });
     }
-    for (std::thread& thread : threads) thread.join();
+    for (std::thread& thread : threads)
+        thread.join();
     EXPECT_EQ(numShared, 0);
     EXPECT_EQ(numFree(*pool), static_cast<size_t>(numThreads));
 }

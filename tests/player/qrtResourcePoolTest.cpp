@@ -249,10 +249,10 @@ TEST_F(ResourcePoolTest, theSlotsAreInTheirOrder) {
     EXPECT_EQ(pool.numUninitialized, 1);
     EXPECT_EQ(callSlot<Status>(6, base).get(), Status::ok);
     EXPECT_EQ(pool.numInitialized, 2);
-    EXPECT_TRUE((callSlot<bool, ResourcePool, VideoBufferResolution const*, VideoBufferResolution const*>(8, base, &small,
-                                                                                                          &small)));
-    EXPECT_FALSE((callSlot<bool, ResourcePool, VideoBufferResolution const*, VideoBufferResolution const*>(8, base, &small,
-                                                                                                           &hd)));
+    EXPECT_TRUE((callSlot<bool, ResourcePool, VideoBufferResolution const*, VideoBufferResolution const*>(
+        8, base, &small, &small)));
+    EXPECT_FALSE((callSlot<bool, ResourcePool, VideoBufferResolution const*, VideoBufferResolution const*>(
+        8, base, &small, &hd)));
 }
 
 }  // namespace QRT_0_81

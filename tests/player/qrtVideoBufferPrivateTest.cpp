@@ -107,7 +107,8 @@ TEST_F(VideoBufferPrivateTest, ofNResourcesAllButTheLastAreLentToThoseWhoMayNotH
 TEST_F(VideoBufferPrivateTest, aFrameWithoutAResourceAnswersType260EverywhereAndHoldsNothing) {
     (void)fboPool->setSize(1, SizeUnit::buffers);
     (void)ramPool->setSize(1, SizeUnit::buffers);
-    for (auto const& buffer : {VideoBufferPrivate::create(fboPool, false), VideoBufferPrivate::create(ramPool, false)}) {
+    for (auto const& buffer :
+         {VideoBufferPrivate::create(fboPool, false), VideoBufferPrivate::create(ramPool, false)}) {
         EXPECT_EQ(buffer->getStatus().get(), 260);
         void* data = this;
         EXPECT_EQ(buffer->getData(data).get(), 260);

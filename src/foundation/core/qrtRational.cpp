@@ -36,10 +36,11 @@ Status Rational::fromJson(String const& text) {
     document.Parse<rapidjson::kParseIterativeFlag>(text.c_str());
     if (document.HasParseError() || !document.IsObject()) return Status::invalid_text;
 
-    const auto numerator = document.FindMember(numeratorKey);
-    const auto denominator = document.FindMember(denominatorKey);
-    if (numerator == document.MemberEnd() || !numerator->value.IsInt()) return Status::invalid_text;
-    if (denominator == document.MemberEnd() || !denominator->value.IsUint()) return Status::invalid_text;
+    rapidjson::Value const& object = document;
+    const auto numerator = object.FindMember(numeratorKey);
+    const auto denominator = object.FindMember(denominatorKey);
+    if (numerator == object.MemberEnd() || !numerator->value.IsInt()) return Status::invalid_text;
+    if (denominator == object.MemberEnd() || !denominator->value.IsUint()) return Status::invalid_text;
     if (denominator->value.GetUint() == 0) return Status::invalid_text;
 
     *this = Rational(numerator->value.GetInt(), denominator->value.GetUint());

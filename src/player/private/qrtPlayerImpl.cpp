@@ -41,10 +41,10 @@ QSurfaceFormat surfaceFormat() {
 PlayerImpl::PlayerImpl(VideoBufferResolution const& resolution, GraphEngineFactory factory)
     : m_producerCacheNbHeadFrames(defaultNbHeadFrames),
       m_producerCacheNbTailFrames(defaultNbTailFrames),
-      m_defaultSourceVideoFrameRate(defaultFrameRate),
       m_playParams(PlayParams::create(Time(), Time(), Time(), defaultFrameRate, 1, PlayParams::single, PlayParams::all)),
       m_videoResolution(resolution),
       m_videoFrameRate(defaultFrameRate),
+      m_defaultSourceVideoFrameRate(defaultFrameRate),
       m_graphEngine(factory ? factory() : nullptr),
       m_graphEngineFactory(factory),
       m_framebufferReaper(FramebufferReaper::create()),
@@ -242,11 +242,13 @@ Rational PlayerImpl::getVideoFrameRate() const {
 }
 
 Status PlayerImpl::setDefaultSourceVideoFrameRate(Rational const& rate) {
+    const std::lock_guard lock(m_engineMutex);
     m_defaultSourceVideoFrameRate = rate;
     return Status();
 }
 
 Rational PlayerImpl::getDefaultSourceVideoFrameRate() const {
+    const std::lock_guard lock(m_engineMutex);
     return m_defaultSourceVideoFrameRate;
 }
 

@@ -191,7 +191,6 @@ private:
     std::atomic<bool> m_isThreadDone{true};
     std::atomic<int32> m_producerCacheNbHeadFrames;
     std::atomic<int32> m_producerCacheNbTailFrames;
-    std::atomic<Rational> m_defaultSourceVideoFrameRate;
 
     // Written by initialize and uninitialize while no player thread runs, else by the player thread; read by it alone.
     Status m_poolInitStatus;
@@ -211,6 +210,7 @@ private:
     mutable std::mutex m_engineMutex;
     VideoBufferResolution m_videoResolution;
     Rational m_videoFrameRate;
+    Rational m_defaultSourceVideoFrameRate;  // written by hosts at any time
     ConstSharedPtr<AudioFormatInterface> m_audioFormat;
     SharedPtr<GraphEngineInterface> m_graphEngine;
     SharedPtr<Composition> m_composition;

@@ -175,7 +175,7 @@ Status PlayerImpl::_setComposition(SharedPtr<Composition> const& composition,
     }
     const Status status =
         graphEngine->setComposition(composition, wrappers ? wrappers->getSegments() : externalSegments,
-                                    m_videoResolution, m_defaultSourceVideoFrameRate);
+                                    m_videoResolution, getDefaultSourceVideoFrameRate());
     const bool isAdopted = status.success() || status == Status::composition_incomplete;
 
     m_externalSegments = isAdopted ? wrappers : nullptr;

@@ -3,6 +3,7 @@
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
 #include <cstring>
+#include <limits>
 
 #include "qrtOpenGL.h"
 #include "qrtPlayParamsPrivate.h"
@@ -169,8 +170,9 @@ Status PlayerImpl::_bindPixelBuffer(uint64 size) {
         QRT_ENGINE_MESSAGE("PlayerImpl::_copyVideoBuffer()-PBO bind failed");
         return Status::graphics_failure;
     }
+    constexpr uint64 largestSize = std::numeric_limits<int>::max();  // more would be cut off, and read beyond its end
     m_pixelBuffer = std::make_unique<QOpenGLBuffer>(QOpenGLBuffer::PixelPackBuffer);
-    if (!m_pixelBuffer->create()) {
+    if (size > largestSize || !m_pixelBuffer->create()) {
         QRT_ENGINE_MESSAGE("PlayerImpl::_copyVideoBuffer()-PBO creation failed");
         _deletePixelBuffer();
         return Status::graphics_failure;

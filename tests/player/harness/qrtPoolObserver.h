@@ -12,7 +12,8 @@ namespace QRT_0_81 {
 /// Counts what a pool announces, and does what a test says while it is told.
 class PoolObserver final : public Observer {
 public:
-    explicit PoolObserver(Subject& pool, std::function<void()> onHint = {}) : m_pool(&pool), m_onHint(std::move(onHint)) {
+    explicit PoolObserver(Subject& pool, std::function<void()> onHint = {})
+        : m_pool(&pool), m_onHint(std::move(onHint)) {
         pool.addObserver(this);
     }
     ~PoolObserver() override { stopObserving(); }
