@@ -11,11 +11,20 @@ cleanUp() {
 }
 trap cleanUp EXIT
 
-# The server itself picks a free display number and writes it when it is ready to serve.
-mkfifo "$scratch/display"
-Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$scratch/display" >/dev/null 2>&1 &
-server=$!
-read -r number <"$scratch/display" || {
+# A display number drawn at random: servers that start at the same time and look for the first free one take each other's
+# sockets away. The server writes the number when it is ready to serve.
+mkfifo "$scratch/ready"
+number=
+for _ in 1 2 3 4 5; do
+    candidate=$((RANDOM + 100))
+    Xvfb ":$candidate" -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$scratch/ready" >"$scratch/log" 2>&1 &
+    server=$!
+    read -r number <"$scratch/ready" && break
+    wait "$server" 2>/dev/null || true
+    server=
+done
+[[ -n $number ]] || {
+    cat "$scratch/log" >&2
     echo "with-display.sh: Xvfb did not start" >&2
     exit 1
 }
