@@ -38,3 +38,10 @@ if(QRT_BUILD_FUZZERS)
     # Everything tells the fuzzer where it has been; the targets alone bring its main function.
     add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
+
+# qrt_prepare_program(<target>): what every program of this project needs beyond its own sources.
+function(qrt_prepare_program target)
+    if(QRT_SANITIZE)
+        target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests/sanitizers/qrtKeepLibrariesLoaded.cpp)
+    endif()
+endfunction()

@@ -5,6 +5,7 @@
 function(qrt_add_test name)
     cmake_parse_arguments(TEST "OPENGL" "" "SOURCES;LINK;DEFINES" ${ARGN})
     add_executable(${name} ${TEST_SOURCES})
+    qrt_prepare_program(${name})
     target_link_libraries(${name} PRIVATE ${TEST_LINK} GTest::gmock)
     target_compile_definitions(${name} PRIVATE ${TEST_DEFINES})
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
