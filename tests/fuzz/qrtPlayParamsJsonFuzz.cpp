@@ -1,5 +1,5 @@
-// Reads any bytes as play parameters: nothing may crash or leak, and nothing may be stored that the order of the reader's
-// checks does not allow.
+// Reads any bytes as play parameters: nothing may crash or leak, and nothing may be stored that the order of the
+// reader's checks does not allow.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -20,8 +20,9 @@ void require(bool holds, char const* what) {
 
 /// Parameters whose every value depends on `seed`: what two of them have in common after reading was stored by it.
 SharedPtr<PlayParams> makeParams(int seed) {
-    auto params = PlayParams::create(Time(), Time(), Time(), Rational(seed, 1), seed,
-                                     static_cast<PlayParams::PlayMode>(seed), static_cast<PlayParams::ProductionMode>(seed));
+    auto params =
+        PlayParams::create(Time(), Time(), Time(), Rational(seed, 1), seed, static_cast<PlayParams::PlayMode>(seed),
+                           static_cast<PlayParams::ProductionMode>(seed));
     params->setCurrentFrame(seed);
     params->setStartFrame(seed);
     params->setEndFrame(seed);
@@ -65,7 +66,8 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
 
     const auto isMode = [](int value) { return value >= 0 && value <= 2; };
     require(!playMode || isMode(first->getPlayMode()), "a stored play mode is one of its enumeration");
-    require(!productionMode || isMode(first->getProductionMode()), "a stored production mode is one of its enumeration");
+    require(!productionMode || isMode(first->getProductionMode()),
+            "a stored production mode is one of its enumeration");
     require(!rate || first->getFrameRate().getDenominator() != 0, "a stored frame rate has a denominator");
 
     const String written = first->toJson();

@@ -1,7 +1,5 @@
-// The frame cache of external segments: its budgets, what is found, what is stale, and what is invalidated.
+// The frame cache of external segments: its budgets, what is found, and what is stale.
 #include "qrtExternalSegmentCacheManager.h"
-
-#include <gtest/gtest.h>
 
 #include <array>
 #include <climits>
@@ -9,76 +7,15 @@
 #include <string>
 #include <thread>
 #include <type_traits>
-#include <vector>
 
-#include "foundation/qrtAllocationCounter.h"
-#include "harness/qrtHostContext.h"
+#include "harness/qrtExternalSegmentCacheFixture.h"
 #include "harness/qrtLogCapture.h"
-#include "harness/qrtTestTexture.h"
 
 namespace QRT_0_81 {
 
-namespace {
+class ExternalSegmentCacheManagerTest : public ExternalSegmentCacheFixture {};
 
-using ResizeMode = ResourceConstraint::ResizeMode;
-using Pixel = TestTexture::Pixel;
-
-const VideoBufferResolution oneMebibyte(512, 512, 4, 8, false);
-const VideoBufferResolution quarterMebibyte(256, 256, 4, 8, false);
-const VideoBufferResolution small(16, 8, 4, 8, false);
-constexpr size_t smallSize = 16 * 8 * 4;
-constexpr auto otherType = static_cast<Resource::Type>(5);
-
-using Block = std::vector<unsigned char>;
-
-Block blockOf(VideoBufferResolution const& resolution, unsigned char value) {
-    return Block(resolution.getBufferSize(), value);
-}
-
-}  // namespace
-
-class ExternalSegmentCacheManagerTest : public ::testing::Test {
-protected:
-    /// Budgets in mebibytes; the other two values stay 0.
-    void setBudget(Resource::Type type, size_t budget) {
-        ASSERT_EQ(manager.setConstraint(type, ResizeMode::fixed, 0, budget).get(), Status::ok);
-    }
-
-    Status putRam(char const* id, int64 frame, unsigned char value = 1, VideoBufferResolution const& format = small) {
-        const Block block = blockOf(format, value);
-        return manager.putRamFrame(id, frame, format, block.data(), block.size());
-    }
-    /// Type of the look-up; on success the block must hold `value` throughout.
-    int getRam(char const* id, int64 frame, unsigned char value = 1, VideoBufferResolution const& format = small) {
-        Block block = blockOf(format, 0xEE);
-        const Status status = manager.getRamFrame(id, frame, format, block.data(), block.size());
-        if (status.failure()) return status.get();
-        EXPECT_EQ(block, blockOf(format, value));
-        return status.get();
-    }
-
-    Status putTexture(char const* id, int64 frame, Pixel const& colour = {1, 2, 3, 4},
-                      VideoBufferResolution const& format = small, bool rectangle = true) {
-        TestTexture texture(host.gl(), rectangle, format.getWidth(), format.getHeight());
-        texture.fill(colour);
-        return manager.putTextureFrame(id, frame, format, rectangle ? 1 : 0, texture.name());
-    }
-    int getTexture(char const* id, int64 frame, Pixel const& colour = {1, 2, 3, 4},
-                   VideoBufferResolution const& format = small, bool rectangle = true) {
-        const TestTexture texture(host.gl(), rectangle, format.getWidth(), format.getHeight());
-        const Status status = manager.getTextureFrame(id, frame, format, rectangle ? 1 : 0, texture.name());
-        if (status.failure()) return status.get();
-        EXPECT_EQ(texture.pixel(0, 0), colour);
-        EXPECT_EQ(texture.pixel(format.getWidth() - 1, format.getHeight() - 1), colour);
-        return status.get();
-    }
-
-    HostContext host;
-    const SharedPtr<FramebufferReaper> reaper = FramebufferReaper::create();
-    ExternalSegmentCacheManager manager{reaper};
-};
-
-// ---- Constraints --------------------------------------------------------------------------------------------------------
+// ---- Constraints ----------------------------------------------------------------------------------------------------
 
 struct Constraint {
     ResizeMode mode = ResizeMode::automatic;
@@ -157,8 +94,9 @@ TEST_F(ExternalSegmentCacheManagerTest, anyChangeEmptiesTheCacheOfItsKindAlone) 
             }
             ASSERT_EQ(putRam("a", 1).get(), Status::ok);
             ASSERT_EQ(putTexture("a", 1).get(), Status::ok);
-            EXPECT_EQ(manager.setConstraint(vram ? Resource::Type::vram : Resource::Type::ram, change.mode, change.first,
-                                            change.second)
+            EXPECT_EQ(manager
+                          .setConstraint(vram ? Resource::Type::vram : Resource::Type::ram, change.mode, change.first,
+                                         change.second)
                           .get(),
                       Status::ok);
             EXPECT_TRUE(manager.isEmpty(vram));
@@ -187,12 +125,13 @@ TEST_F(ExternalSegmentCacheManagerTest, aTypeThatIsNeitherKindMakesNoPoolEither)
     EXPECT_EQ(manager.invalidate(true, "a", 1).get(), Status::ok);
 }
 
-// ---- Frames in memory ---------------------------------------------------------------------------------------------------
+// ---- Frames in memory -----------------------------------------------------------------------------------------------
 
 TEST_F(ExternalSegmentCacheManagerTest, aFrameInMemoryComesBackByteForByte) {
     setBudget(Resource::Type::ram, 1);
     Block block(smallSize);
-    for (size_t i = 0; i < block.size(); ++i) block[i] = static_cast<unsigned char>(i * 7);
+    for (size_t i = 0; i < block.size(); ++i)
+        block[i] = static_cast<unsigned char>(i * 7);
     ASSERT_EQ(manager.putRamFrame("a", -3, small, block.data(), block.size()).get(), Status::ok);
     Block copy(smallSize);
     EXPECT_EQ(manager.getRamFrame("a", -3, small, copy.data(), copy.size()).get(), Status::ok);
@@ -265,7 +204,7 @@ TEST_F(ExternalSegmentCacheManagerTest, aNullPointerOrASizeOfZeroStoresNothing) 
     EXPECT_EQ(getRam("a", 1), Status::ok) << "a bad destination costs no frame";
 }
 
-// ---- Textures -----------------------------------------------------------------------------------------------------------
+// ---- Textures -------------------------------------------------------------------------------------------------------
 
 TEST_F(ExternalSegmentCacheManagerTest, aTextureComesBackPixelForPixelForBothTargets) {
     setBudget(Resource::Type::vram, 1);
@@ -313,7 +252,7 @@ TEST_F(ExternalSegmentCacheManagerTest, aFormatThatThePoolRefusesIsPassedOn) {
     ASSERT_EQ(putTexture("a", 5).get(), Status::ok) << "the next good format finds the pool whole";
 }
 
-// ---- Off ----------------------------------------------------------------------------------------------------------------
+// ---- Off ------------------------------------------------------------------------------------------------------------
 
 TEST_F(ExternalSegmentCacheManagerTest, offItFindsNothing) {
     EXPECT_EQ(getRam("a", 1), 1536);
@@ -337,7 +276,7 @@ TEST_F(ExternalSegmentCacheManagerTest, aKindSwitchedOffAgainHasRoomForNothing) 
     EXPECT_EQ(getRam("a", 1), 1536);
 }
 
-// ---- Budgets ------------------------------------------------------------------------------------------------------------
+// ---- Budgets --------------------------------------------------------------------------------------------------------
 
 TEST_F(ExternalSegmentCacheManagerTest, withRoomForOneFrameTheSecondEvictsTheFirst) {
     setBudget(Resource::Type::ram, 1);
@@ -355,11 +294,13 @@ TEST_F(ExternalSegmentCacheManagerTest, withRoomForOneFrameTheSecondEvictsTheFir
 
 TEST_F(ExternalSegmentCacheManagerTest, aFullBudgetGivesUpOneFrameTheLeastRecentlyUsed) {
     setBudget(Resource::Type::ram, 1);
-    for (const int64 frame : {1, 2, 3, 4}) ASSERT_EQ(putRam("a", frame, 7, quarterMebibyte).get(), Status::ok);
+    for (const int64 frame : {1, 2, 3, 4})
+        ASSERT_EQ(putRam("a", frame, 7, quarterMebibyte).get(), Status::ok);
     ASSERT_EQ(getRam("a", 1, 7, quarterMebibyte), Status::ok);
     ASSERT_EQ(putRam("a", 5, 7, quarterMebibyte).get(), Status::ok);
     EXPECT_EQ(getRam("a", 2, 7, quarterMebibyte), 1536);
-    for (const int64 frame : {1, 3, 4, 5}) EXPECT_EQ(getRam("a", frame, 7, quarterMebibyte), Status::ok);
+    for (const int64 frame : {1, 3, 4, 5})
+        EXPECT_EQ(getRam("a", frame, 7, quarterMebibyte), Status::ok);
 }
 
 TEST_F(ExternalSegmentCacheManagerTest, aFrameLargerThanTheBudgetIsRefusedWith260) {
@@ -369,104 +310,13 @@ TEST_F(ExternalSegmentCacheManagerTest, aFrameLargerThanTheBudgetIsRefusedWith26
     EXPECT_EQ(putRam("a", 1, 1, tooLarge).get(), 260);
     EXPECT_EQ(putTexture("a", 1, {1, 1, 1, 1}, tooLarge).get(), 260);
     // Neither does it find room by evicting what is there.
-    for (const int64 frame : {1, 2, 3}) ASSERT_EQ(putRam("a", frame).get(), Status::ok);
+    for (const int64 frame : {1, 2, 3})
+        ASSERT_EQ(putRam("a", frame).get(), Status::ok);
     EXPECT_EQ(putRam("a", 4, 1, tooLarge).get(), 260);
     EXPECT_TRUE(manager.isEmpty(false));
 }
 
-// ---- Invalidation -------------------------------------------------------------------------------------------------------
-
-class ExternalSegmentCacheInvalidation : public ExternalSegmentCacheManagerTest {
-protected:
-    ExternalSegmentCacheInvalidation() {
-        setBudget(Resource::Type::ram, 1);
-        setBudget(Resource::Type::vram, 1);
-    }
-    void put(char const* id, std::vector<int64> const& frames) {
-        for (const int64 frame : frames) ASSERT_EQ(putRam(id, frame).get(), Status::ok);
-    }
-    std::vector<int64> cachedOf(char const* id, std::vector<int64> const& frames) {
-        std::vector<int64> cached;
-        for (const int64 frame : frames) {
-            if (getRam(id, frame) == Status::ok) cached.push_back(frame);
-        }
-        return cached;
-    }
-    using Frames = std::vector<int64>;
-};
-
-TEST_F(ExternalSegmentCacheInvalidation, dropsOneFrameOfOneSegmentOfOneKind) {
-    put("a", {1, 2});
-    put("b", {1});
-    ASSERT_EQ(putTexture("a", 1).get(), Status::ok);
-    EXPECT_EQ(manager.invalidate(false, "a", 1).get(), Status::ok);
-    EXPECT_EQ(cachedOf("a", {1, 2}), Frames{2});
-    EXPECT_EQ(cachedOf("b", {1}), Frames{1});
-    EXPECT_EQ(getTexture("a", 1), Status::ok);
-    EXPECT_EQ(manager.invalidate(true, "a", 1).get(), Status::ok);
-    EXPECT_TRUE(manager.isEmpty(true));
-}
-
-TEST_F(ExternalSegmentCacheInvalidation, ofWhatIsNotCachedSucceeds) {
-    EXPECT_EQ(manager.invalidate(false, "a", 1).get(), Status::ok);
-    put("a", {1});
-    EXPECT_EQ(manager.invalidate(false, "a", 2).get(), Status::ok);
-    EXPECT_EQ(manager.invalidate(false, "b", 1).get(), Status::ok);
-    EXPECT_EQ(cachedOf("a", {1}), Frames{1});
-}
-
-TEST_F(ExternalSegmentCacheInvalidation, ofAKindThatIsOffSucceeds) {
-    setBudget(Resource::Type::ram, 0);
-    EXPECT_EQ(manager.invalidate(false, "a", 1).get(), Status::ok);
-    EXPECT_EQ(manager.invalidate(false, "a", LLONG_MIN, LLONG_MAX).get(), Status::ok);
-}
-
-TEST_F(ExternalSegmentCacheInvalidation, ofARangeDropsBothItsEndsAndNothingBeyond) {
-    for (const bool isRangeLargerThanTheCache : {false, true}) {
-        const Frames frames = isRangeLargerThanTheCache ? Frames{9, 10, 12, 13} : Frames{-2, 7, 8, 9, 10, 11, 12, 13, 14};
-        put("a", frames);
-        EXPECT_EQ(manager.invalidate(false, "a", 10, 12).get(), Status::ok);
-        EXPECT_EQ(cachedOf("a", frames),
-                  (isRangeLargerThanTheCache ? Frames{9, 13} : Frames{-2, 7, 8, 9, 13, 14}));
-        setBudget(Resource::Type::ram, 2);  // empties the cache
-        setBudget(Resource::Type::ram, 1);
-    }
-}
-
-TEST_F(ExternalSegmentCacheInvalidation, ofARangeThatEndsBeforeItStartsDropsNothing) {
-    put("a", {10, 11, 12});
-    EXPECT_EQ(manager.invalidate(false, "a", 12, 10).get(), Status::ok);
-    EXPECT_EQ(manager.invalidate(false, "a", LLONG_MAX, LLONG_MIN).get(), Status::ok);
-    EXPECT_EQ(cachedOf("a", {10, 11, 12}), (Frames{10, 11, 12}));
-}
-
-TEST_F(ExternalSegmentCacheInvalidation, ofAHugeRangeKeepsTheFramesOfSegmentsWithSimilarNames) {
-    const std::vector<char const*> others{"", "cli", "clip_1", "clip_", "clip__1", "CLIP", "clip-1", "_clip", "clip_1_2"};
-    for (char const* const other : others) put(other, {-1, 0, 1});
-    put("clip", {-5, 0, 1, 12});
-    EXPECT_EQ(manager.invalidate(false, "clip", LLONG_MIN, LLONG_MAX).get(), Status::ok);
-    EXPECT_EQ(cachedOf("clip", {-5, 0, 1, 12}), Frames{});
-    for (char const* const other : others) EXPECT_EQ(cachedOf(other, {-1, 0, 1}), (Frames{-1, 0, 1})) << other;
-}
-
-TEST_F(ExternalSegmentCacheInvalidation, ofAHugeRangeCostsNoMoreThanTheCacheIsLarge) {
-    // The key of every single frame would be at least one allocation.
-    constexpr char longName[] = "a segment whose name does not fit into any small string";
-    put(longName, {LLONG_MIN, INT_MIN, -1, 0, 1, INT_MAX, LLONG_MAX});
-    size_t numAllocations = 0;
-    {
-        const AllocationCounter counter;
-        EXPECT_EQ(manager.invalidate(false, longName, INT_MIN, INT_MAX).get(), Status::ok);
-        numAllocations = counter.count();
-    }
-    EXPECT_LE(numAllocations, 20u);
-    EXPECT_EQ(cachedOf(longName, {LLONG_MIN, INT_MIN, -1, 0, 1, INT_MAX, LLONG_MAX}), (Frames{LLONG_MIN, LLONG_MAX}));
-    EXPECT_EQ(manager.invalidate(false, longName, LLONG_MIN, LLONG_MAX).get(), Status::ok);
-    EXPECT_TRUE(manager.isEmpty(false));
-    EXPECT_EQ(manager.invalidate(false, longName, LLONG_MIN, LLONG_MAX).get(), Status::ok);
-}
-
-// ---- Life ---------------------------------------------------------------------------------------------------------------
+// ---- Life -----------------------------------------------------------------------------------------------------------
 
 TEST_F(ExternalSegmentCacheManagerTest, aCopyRefersToTheSameFrames) {
     ExternalSegmentCacheManager copy(manager);
@@ -504,17 +354,18 @@ TEST_F(ExternalSegmentCacheManagerTest, itsEndDropsTheFramesInMemoryThenTheTextu
         log.clear();
     }
     const bool isDebugOn = std::getenv("QRT_DEBUG_PLAYER") != nullptr;
-    EXPECT_EQ(log.lines(), isDebugOn ? (std::vector<std::string>{"Releasing a buffer remaining 1",
-                                                                 "Releasing an FBO remaining 1",
-                                                                 "ResourcePoolFBO::uninitialize()-numDeletedFBO=1"})
-                                     : std::vector<std::string>{});
+    EXPECT_EQ(log.lines(),
+              isDebugOn ? (std::vector<std::string>{"Releasing a buffer remaining 1", "Releasing an FBO remaining 1",
+                                                    "ResourcePoolFBO::uninitialize()-numDeletedFBO=1"})
+                        : std::vector<std::string>{});
     EXPECT_EQ(reaper->numAlive(), 0u);
 }
 
 TEST_F(ExternalSegmentCacheManagerTest, aThousandChangesOfTheBudgetWhileFramesAreStoredLeaveNoTextureBehind) {
     setBudget(Resource::Type::ram, 1);  // on until the other thread has ended its work
     std::thread changing([&] {
-        for (size_t i = 0; i < 1000; ++i) (void)manager.setConstraint(Resource::Type::vram, ResizeMode::fixed, i, 1 + i % 2);
+        for (size_t i = 0; i < 1000; ++i)
+            (void)manager.setConstraint(Resource::Type::vram, ResizeMode::fixed, i, 1 + i % 2);
         (void)manager.setConstraint(Resource::Type::vram, ResizeMode::fixed, 0, 0);
         (void)manager.setConstraint(Resource::Type::ram, ResizeMode::fixed, 0, 0);
     });

@@ -98,7 +98,7 @@ TEST_F(ExternalSegmentVideoBufferTest, countsReferencesAndIsNotClonedThroughItsS
     EXPECT_FALSE((callSlot<bool>(6, data, CacheData::Reason::lookup)));
 }
 
-// ---- Textures -----------------------------------------------------------------------------------------------------------
+// ---- Textures -------------------------------------------------------------------------------------------------------
 
 TEST_F(ExternalSegmentVideoBufferTest, copiesATextureInAndOutOverItsWholeSize) {
     for (const bool rectangle : {true, false}) {
@@ -185,7 +185,7 @@ TEST_F(ExternalSegmentVideoBufferTest, passesOnThatATextureCannotBeWrapped) {
     EXPECT_EQ(log.messages().empty(), !isDebugOn);
 }
 
-// ---- Memory -------------------------------------------------------------------------------------------------------------
+// ---- Memory ---------------------------------------------------------------------------------------------------------
 
 TEST_F(ExternalSegmentVideoBufferTest, copiesTheSmallerOfTheTwoSizesInAndOut) {
     const auto record = ramRecord(100);

@@ -37,7 +37,8 @@ constexpr FakeSegment::Traits ownMemoryTraits{8, true, true, true};
 
 Block filledWith(Pixel const& pixel) {
     Block block(smallSize);
-    for (size_t i = 0; i < block.size(); ++i) block[i] = static_cast<unsigned char>(pixel[i % 4]);
+    for (size_t i = 0; i < block.size(); ++i)
+        block[i] = static_cast<unsigned char>(pixel[i % 4]);
     return block;
 }
 
@@ -77,7 +78,7 @@ protected:
     Block block;
 };
 
-// ---- Passing through ----------------------------------------------------------------------------------------------------
+// ---- Passing through ------------------------------------------------------------------------------------------------
 
 TEST_F(ExternalSegmentWrapperTest, alwaysAnswersForItsSegmentWhoItIs) {
     for (const bool isOn : {false, true}) {
@@ -178,7 +179,7 @@ TEST_F(ExternalSegmentWrapperTest, isASegmentFirstAndAnObserverSecond) {
     EXPECT_TRUE(manager.isEmpty(true));
 }
 
-// ---- Rendering through the cache ----------------------------------------------------------------------------------------
+// ---- Rendering through the cache ------------------------------------------------------------------------------------
 
 TEST_F(ExternalSegmentWrapperTest, aSecondRequestIsAnsweredFromTheCache) {
     switchOn();
@@ -252,15 +253,14 @@ TEST_F(ExternalSegmentWrapperTest, asksForTheSegmentsOwnPictureOnlyAfterItHasRen
     switchOn();
     wrap(ownTextureTraits);
     ASSERT_EQ(renderToTexture(9), Status::ok);
-    EXPECT_EQ(segment->journal(),
-              (Journal{"renderToTexture " + std::to_string(texture.name()) + " 1 16x8 frame 9", "hasOwnBuffers",
-                       "getOwnTexture 1"}));
+    EXPECT_EQ(segment->journal(), (Journal{"renderToTexture " + std::to_string(texture.name()) + " 1 16x8 frame 9",
+                                           "hasOwnBuffers", "getOwnTexture 1"}));
     wrap(ownMemoryTraits);
     ASSERT_EQ(renderToRam(9), Status::ok);
     EXPECT_EQ(segment->journal(), (Journal{"renderToRam 512 16x8 frame 9", "hasOwnBuffers", "getOwnRamBuffer 16x8"}));
 }
 
-// ---- Failures -----------------------------------------------------------------------------------------------------------
+// ---- Failures -------------------------------------------------------------------------------------------------------
 
 TEST_F(ExternalSegmentWrapperTest, passesAFailureToRenderOnAndCachesNothing) {
     switchOn();
@@ -285,18 +285,21 @@ TEST_F(ExternalSegmentWrapperTest, passesAFailureToStoreOnThoughTheSegmentHasRen
     EXPECT_EQ(segment->renderedFrames(), Frames{1});
     wrap(ramTraits);
     Block largeBlock(large.getBufferSize());
-    EXPECT_EQ(wrapper->renderToRam(largeBlock.data(), static_cast<unsigned int>(largeBlock.size()), large, Time(1, rate))
-                  .get(),
-              260);
+    EXPECT_EQ(
+        wrapper->renderToRam(largeBlock.data(), static_cast<unsigned int>(largeBlock.size()), large, Time(1, rate))
+            .get(),
+        260);
     EXPECT_EQ(segment->renderedFrames(), Frames{1});
 }
 
 TEST_F(ExternalSegmentWrapperTest, countsEveryFailureToLookUpAsAMiss) {
-    // A format that the pool refuses: the look-up's failure is swallowed, the segment renders, and the store reports it.
+    // A format that the pool refuses: the look-up's failure is swallowed, the segment renders, and the store reports
+    // it.
     switchOn();
     wrap(textureTraits);
-    EXPECT_EQ(wrapper->renderToTexture(texture.name(), 1, VideoBufferResolution(16, 8, 2, 8, false), Time(1, rate)).get(),
-              262);
+    EXPECT_EQ(
+        wrapper->renderToTexture(texture.name(), 1, VideoBufferResolution(16, 8, 2, 8, false), Time(1, rate)).get(),
+        262);
     EXPECT_EQ(segment->renderedFrames(), Frames{1});
 }
 
@@ -328,7 +331,7 @@ TEST_F(ExternalSegmentWrapperTest, usesTheCacheOfTheCallsKindWhateverTheSegments
     EXPECT_EQ(renderToRam(2), 260) << "the budget of the call's kind is used up by nothing at all";
 }
 
-// ---- Notifications ------------------------------------------------------------------------------------------------------
+// ---- Notifications --------------------------------------------------------------------------------------------------
 
 class ExternalSegmentWrapperInvalidation : public ExternalSegmentWrapperTest {
 protected:
@@ -423,7 +426,8 @@ TEST_F(ExternalSegmentWrapperInvalidation, mayComeFromAnyThreadWhileFramesAreRen
     switchOn();
     wrap(textureTraits);
     std::thread invalidating([this] {
-        for (int i = 0; i < 200; ++i) segment->subject.notify(InvalidationHint(i % 2 == 0 ? INT_MIN : 3, INT_MAX));
+        for (int i = 0; i < 200; ++i)
+            segment->subject.notify(InvalidationHint(i % 2 == 0 ? INT_MIN : 3, INT_MAX));
     });
     for (int64 i = 0; i < 200; ++i) {
         ASSERT_EQ(renderToTexture(i % 5), Status::ok);
@@ -434,7 +438,7 @@ TEST_F(ExternalSegmentWrapperInvalidation, mayComeFromAnyThreadWhileFramesAreRen
     EXPECT_TRUE(manager.isEmpty(true));
 }
 
-// ---- Life ---------------------------------------------------------------------------------------------------------------
+// ---- Life -----------------------------------------------------------------------------------------------------------
 
 TEST_F(ExternalSegmentWrapperTest, holdsOneReferenceOnItsSegmentForItsLife) {
     wrap(textureTraits);

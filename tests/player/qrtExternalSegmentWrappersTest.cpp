@@ -15,7 +15,8 @@ class ExternalSegmentWrappersTest : public ::testing::Test {
 protected:
     static std::vector<std::string> idsOf(ExternalSegmentWrappers const& wrappers) {
         std::vector<std::string> ids;
-        for (auto const& segment : wrappers.getSegments()) ids.emplace_back(segment->getId().c_str());
+        for (auto const& segment : wrappers.getSegments())
+            ids.emplace_back(segment->getId().c_str());
         return ids;
     }
 

@@ -13,7 +13,8 @@ namespace {
 
 using ::testing::HasSubstr;
 
-/// What a document has stored in a `sentinel`. Fails the test when a stored value is not the one in `PlayParamsDocument`.
+/// What a document has stored in a `sentinel`. Fails the test when a stored value is not the one in
+/// `PlayParamsDocument`.
 struct Stored {
     bool step = false;
     bool playMode = false;
@@ -47,8 +48,8 @@ Stored storedIn(PlayParams const& params) {
     Stored stored;
     stored.step = isStored(params.getStep(), before->getStep(), -2, "step");
     stored.playMode = isStored(params.getPlayMode(), before->getPlayMode(), PlayParams::loop, "play mode");
-    stored.productionMode = isStored(params.getProductionMode(), before->getProductionMode(), PlayParams::audio_only,
-                                     "production mode");
+    stored.productionMode =
+        isStored(params.getProductionMode(), before->getProductionMode(), PlayParams::audio_only, "production mode");
     const bool current = isStored<int64>(params.getCurrentFrame(), before->getCurrentFrame(), 11, "current frame");
     stored.frames = current;
     EXPECT_EQ(isStored<int64>(params.getStartFrame(), before->getStartFrame(), 10, "start frame"), current);
@@ -63,25 +64,25 @@ std::string nested(size_t depth) {
 
 std::string nestedObjects(size_t depth) {
     std::string text;
-    for (size_t i = 0; i < depth; ++i) text += R"({"a":)";
+    for (size_t i = 0; i < depth; ++i)
+        text += R"({"a":)";
     return text + "0" + std::string(depth, '}');
 }
 
 }  // namespace
 
-// ---- Writing ------------------------------------------------------------------------------------------------------------
+// ---- Writing --------------------------------------------------------------------------------------------------------
 
 TEST(PlayParamsJson, isOneCompactObjectWithItsMembersInOrder) {
     const auto params = makeParams(10, 0, 99, Rational(30000, 1001), -1, PlayParams::ping_pong, PlayParams::all);
-    EXPECT_STREQ(params->toJson().c_str(),
-                 R"({"current_frame":10,"start_frame":0,"end_frame":99,)"
-                 R"("frame_rate":{"numerator":30000,"denominator":1001},)"
-                 R"("step":-1,"play_mode":"ping_pong","production_mode":"all"})");
+    EXPECT_STREQ(params->toJson().c_str(), R"({"current_frame":10,"start_frame":0,"end_frame":99,)"
+                                           R"("frame_rate":{"numerator":30000,"denominator":1001},)"
+                                           R"("step":-1,"play_mode":"ping_pong","production_mode":"all"})");
 }
 
 TEST(PlayParamsJson, holdsFrameNumbersOfAll64BitsAndStepsOfAll32) {
-    const auto params =
-        makeParams(LLONG_MIN, LLONG_MAX, -1, Rational(INT_MIN, UINT_MAX), INT_MIN, PlayParams::single, PlayParams::video_only);
+    const auto params = makeParams(LLONG_MIN, LLONG_MAX, -1, Rational(INT_MIN, UINT_MAX), INT_MIN, PlayParams::single,
+                                   PlayParams::video_only);
     EXPECT_STREQ(params->toJson().c_str(),
                  R"({"current_frame":-9223372036854775808,"start_frame":9223372036854775807,"end_frame":-1,)"
                  R"("frame_rate":{"numerator":-2147483648,"denominator":4294967295},)"
@@ -122,8 +123,8 @@ TEST(PlayParamsJson, readByAnotherObjectMakesTheTwoEqual) {
 }
 
 TEST(PlayParamsJson, ofExtremeNumbersIsReadBack) {
-    const auto source =
-        makeParams(LLONG_MIN, LLONG_MAX, LLONG_MIN, Rational(INT_MIN, UINT_MAX), INT_MIN, PlayParams::single, PlayParams::all);
+    const auto source = makeParams(LLONG_MIN, LLONG_MAX, LLONG_MIN, Rational(INT_MIN, UINT_MAX), INT_MIN,
+                                   PlayParams::single, PlayParams::all);
     const auto target = sentinel();
     EXPECT_EQ(target->fromJson(source->toJson()).get(), Status::ok);
     EXPECT_TRUE(*target == *source);
@@ -134,7 +135,7 @@ TEST(PlayParamsJson, ofAModeOutsideItsEnumerationIsRefusedWhenRead) {
     EXPECT_EQ(sentinel()->fromJson(source->toJson()).get(), 532);
 }
 
-// ---- Reading: what each document stores ---------------------------------------------------------------------------------
+// ---- Reading: what each document stores -----------------------------------------------------------------------------
 
 struct ReadCase {
     char const* name;
@@ -163,54 +164,53 @@ const std::string whole = PlayParamsDocument().text().c_str();
 
 INSTANTIATE_TEST_SUITE_P(
     Texts, PlayParamsJsonReading,
-    ::testing::Values(
-        ReadCase{"aCompleteDocument", PlayParamsDocument().text(), 0, everything},
-        ReadCase{"whiteSpaceAround", String(" \t\r\n" + whole + "\n\r\t "), 0, everything},
-        ReadCase{"emptyText", "", 532, nothing}, ReadCase{"onlyBlanks", " \n", 532, nothing},
-        ReadCase{"noJson", "current_frame=1", 532, nothing},
-        ReadCase{"cutOff", String(whole.substr(0, whole.size() - 1)), 532, nothing},
-        ReadCase{"otherTextBehind", String(whole + "x"), 532, nothing},
-        ReadCase{"aSecondObjectBehind", String(whole + whole), 532, nothing},
-        ReadCase{"aZeroByteBehind", String(whole + std::string(1, '\0')), 532, nothing},
-        ReadCase{"otherTextBehindAZeroByte", String(whole + std::string(1, '\0') + "x"), 532, nothing},
-        ReadCase{"aByteOrderMark", String("\xEF\xBB\xBF" + whole), 532, nothing},
-        ReadCase{"aFormFeedAround", String("\f" + whole), 532, nothing},
-        ReadCase{"aNonBreakingSpaceAround", String("\xC2\xA0" + whole), 532, nothing},
-        ReadCase{"aComment", String("/* */" + whole), 532, nothing},
-        ReadCase{"aTrailingComma", String(whole.substr(0, whole.size() - 1) + ",}"), 532, nothing},
-        ReadCase{"singleQuotes", with(&PlayParamsDocument::playMode, "'play_mode':'loop'"), 532, nothing},
-        ReadCase{"notANumber", with(&PlayParamsDocument::step, R"("step":NaN)"), 532, nothing}),
+    ::testing::Values(ReadCase{"aCompleteDocument", PlayParamsDocument().text(), 0, everything},
+                      ReadCase{"whiteSpaceAround", String(" \t\r\n" + whole + "\n\r\t "), 0, everything},
+                      ReadCase{"emptyText", "", 532, nothing}, ReadCase{"onlyBlanks", " \n", 532, nothing},
+                      ReadCase{"noJson", "current_frame=1", 532, nothing},
+                      ReadCase{"cutOff", String(whole.substr(0, whole.size() - 1)), 532, nothing},
+                      ReadCase{"otherTextBehind", String(whole + "x"), 532, nothing},
+                      ReadCase{"aSecondObjectBehind", String(whole + whole), 532, nothing},
+                      ReadCase{"aZeroByteBehind", String(whole + std::string(1, '\0')), 532, nothing},
+                      ReadCase{"otherTextBehindAZeroByte", String(whole + std::string(1, '\0') + "x"), 532, nothing},
+                      ReadCase{"aByteOrderMark", String("\xEF\xBB\xBF" + whole), 532, nothing},
+                      ReadCase{"aFormFeedAround", String("\f" + whole), 532, nothing},
+                      ReadCase{"aNonBreakingSpaceAround", String("\xC2\xA0" + whole), 532, nothing},
+                      ReadCase{"aComment", String("/* */" + whole), 532, nothing},
+                      ReadCase{"aTrailingComma", String(whole.substr(0, whole.size() - 1) + ",}"), 532, nothing},
+                      ReadCase{"singleQuotes", with(&PlayParamsDocument::playMode, "'play_mode':'loop'"), 532, nothing},
+                      ReadCase{"notANumber", with(&PlayParamsDocument::step, R"("step":NaN)"), 532, nothing}),
     nameOf);
 
-INSTANTIATE_TEST_SUITE_P(Roots, PlayParamsJsonReading,
-                         ::testing::Values(ReadCase{"null", "null", 532, nothing},
-                                           ReadCase{"boolean", "true", 532, nothing},
-                                           ReadCase{"number", "12", 532, nothing},
-                                           ReadCase{"string", R"("frame_rate")", 532, nothing},
-                                           ReadCase{"array", String("[" + whole + "]"), 532, nothing},
-                                           ReadCase{"emptyArray", "[]", 532, nothing},
-                                           ReadCase{"emptyObject", "{}", 532, nothing}),
-                         nameOf);
+INSTANTIATE_TEST_SUITE_P(
+    Roots, PlayParamsJsonReading,
+    ::testing::Values(ReadCase{"null", "null", 532, nothing}, ReadCase{"boolean", "true", 532, nothing},
+                      ReadCase{"number", "12", 532, nothing}, ReadCase{"string", R"("frame_rate")", 532, nothing},
+                      ReadCase{"array", String("[" + whole + "]"), 532, nothing},
+                      ReadCase{"emptyArray", "[]", 532, nothing}, ReadCase{"emptyObject", "{}", 532, nothing}),
+    nameOf);
 
 INSTANTIATE_TEST_SUITE_P(
     FrameRates, PlayParamsJsonReading,
     ::testing::Values(
         ReadCase{"missing", with(&PlayParamsDocument::frameRate, ""), 532, nothing},
-        ReadCase{"keyInOtherCase", with(&PlayParamsDocument::frameRate, R"("Frame_rate":{"numerator":1,"denominator":1})"), 532,
-                 nothing},
+        ReadCase{"keyInOtherCase",
+                 with(&PlayParamsDocument::frameRate, R"("Frame_rate":{"numerator":1,"denominator":1})"), 532, nothing},
         ReadCase{"number", with(&PlayParamsDocument::frameRate, R"("frame_rate":24)"), 532, nothing},
         ReadCase{"string", with(&PlayParamsDocument::frameRate, R"("frame_rate":"24/1")"), 532, nothing},
         ReadCase{"null", with(&PlayParamsDocument::frameRate, R"("frame_rate":null)"), 532, nothing},
         ReadCase{"array", with(&PlayParamsDocument::frameRate, R"("frame_rate":[24,1])"), 532, nothing},
         // An object that is no ratio is noticed last of all, when everything else has been stored.
         ReadCase{"emptyObject", with(&PlayParamsDocument::frameRate, R"("frame_rate":{})"), 532, allButTheRate},
-        ReadCase{"zeroDenominator", with(&PlayParamsDocument::frameRate, R"("frame_rate":{"numerator":24,"denominator":0})"), 532,
+        ReadCase{"zeroDenominator",
+                 with(&PlayParamsDocument::frameRate, R"("frame_rate":{"numerator":24,"denominator":0})"), 532,
                  allButTheRate},
-        ReadCase{"fractions", with(&PlayParamsDocument::frameRate, R"("frame_rate":{"numerator":24.0,"denominator":1})"), 532,
+        ReadCase{"fractions",
+                 with(&PlayParamsDocument::frameRate, R"("frame_rate":{"numerator":24.0,"denominator":1})"), 532,
                  allButTheRate},
         ReadCase{"numeratorThatIsAnObject",
-                 with(&PlayParamsDocument::frameRate, R"("frame_rate":{"numerator":{"a":[1,{}]},"denominator":1})"), 532,
-                 allButTheRate},
+                 with(&PlayParamsDocument::frameRate, R"("frame_rate":{"numerator":{"a":[1,{}]},"denominator":1})"),
+                 532, allButTheRate},
         ReadCase{"furtherMembers",
                  with(&PlayParamsDocument::frameRate,
                       R"("frame_rate":{"a":{"b":[null,true,false,"\u0000\"",-1.5e3,{}]},"c":[],"numerator":30000,)"
@@ -220,16 +220,16 @@ INSTANTIATE_TEST_SUITE_P(
 
 INSTANTIATE_TEST_SUITE_P(
     Steps, PlayParamsJsonReading,
-    ::testing::Values(
-        ReadCase{"missing", with(&PlayParamsDocument::step, ""), 532, nothing},
-        ReadCase{"fraction", with(&PlayParamsDocument::step, R"("step":1.5)"), 532, nothing},
-        ReadCase{"wholeNumberWrittenAsFraction", with(&PlayParamsDocument::step, R"("step":-2.0)"), 532, nothing},
-        ReadCase{"exponent", with(&PlayParamsDocument::step, R"("step":-2e0)"), 532, nothing},
-        ReadCase{"tooLarge", with(&PlayParamsDocument::step, R"("step":2147483648)"), 532, nothing},
-        ReadCase{"tooSmall", with(&PlayParamsDocument::step, R"("step":-2147483649)"), 532, nothing},
-        ReadCase{"string", with(&PlayParamsDocument::step, R"("step":"-2")"), 532, nothing},
-        ReadCase{"boolean", with(&PlayParamsDocument::step, R"("step":true)"), 532, nothing},
-        ReadCase{"leadingZero", with(&PlayParamsDocument::step, R"("step":-02)"), 532, nothing}),
+    ::testing::Values(ReadCase{"missing", with(&PlayParamsDocument::step, ""), 532, nothing},
+                      ReadCase{"fraction", with(&PlayParamsDocument::step, R"("step":1.5)"), 532, nothing},
+                      ReadCase{"wholeNumberWrittenAsFraction", with(&PlayParamsDocument::step, R"("step":-2.0)"), 532,
+                               nothing},
+                      ReadCase{"exponent", with(&PlayParamsDocument::step, R"("step":-2e0)"), 532, nothing},
+                      ReadCase{"tooLarge", with(&PlayParamsDocument::step, R"("step":2147483648)"), 532, nothing},
+                      ReadCase{"tooSmall", with(&PlayParamsDocument::step, R"("step":-2147483649)"), 532, nothing},
+                      ReadCase{"string", with(&PlayParamsDocument::step, R"("step":"-2")"), 532, nothing},
+                      ReadCase{"boolean", with(&PlayParamsDocument::step, R"("step":true)"), 532, nothing},
+                      ReadCase{"leadingZero", with(&PlayParamsDocument::step, R"("step":-02)"), 532, nothing}),
     nameOf);
 
 INSTANTIATE_TEST_SUITE_P(
@@ -239,12 +239,14 @@ INSTANTIATE_TEST_SUITE_P(
         ReadCase{"noPlayMode", with(&PlayParamsDocument::playMode, ""), 532, nothing},
         ReadCase{"playModeNumber", with(&PlayParamsDocument::playMode, R"("play_mode":1)"), 532, nothing},
         ReadCase{"noProductionMode", with(&PlayParamsDocument::productionMode, ""), 532, nothing},
-        ReadCase{"productionModeNull", with(&PlayParamsDocument::productionMode, R"("production_mode":null)"), 532, nothing},
+        ReadCase{"productionModeNull", with(&PlayParamsDocument::productionMode, R"("production_mode":null)"), 532,
+                 nothing},
         ReadCase{"playModeInOtherCase", with(&PlayParamsDocument::playMode, R"("play_mode":"Loop")"), 532, stepOnly},
         ReadCase{"emptyPlayMode", with(&PlayParamsDocument::playMode, R"("play_mode":"")"), 532, stepOnly},
         ReadCase{"playModeAndMore", with(&PlayParamsDocument::playMode, R"("play_mode":"loop ")"), 532, stepOnly},
         ReadCase{"playModeCut", with(&PlayParamsDocument::playMode, R"("play_mode":"loo")"), 532, stepOnly},
-        ReadCase{"playModeAndAZeroByte", with(&PlayParamsDocument::playMode, R"("play_mode":"loop\u0000")"), 532, stepOnly},
+        ReadCase{"playModeAndAZeroByte", with(&PlayParamsDocument::playMode, R"("play_mode":"loop\u0000")"), 532,
+                 stepOnly},
         ReadCase{"playModeEscaped", with(&PlayParamsDocument::playMode, R"("play_mode":"l\u006fop")"), 0, everything},
         ReadCase{"productionModeInOtherCase",
                  with(&PlayParamsDocument::productionMode, R"("production_mode":"Audio_only")"), 532, stepAndPlayMode},
@@ -258,10 +260,12 @@ INSTANTIATE_TEST_SUITE_P(
         ReadCase{"noCurrentFrame", with(&PlayParamsDocument::currentFrame, ""), 532, stepAndModes},
         ReadCase{"noStartFrame", with(&PlayParamsDocument::startFrame, ""), 532, stepAndModes},
         ReadCase{"noEndFrame", with(&PlayParamsDocument::endFrame, ""), 532, stepAndModes},
-        ReadCase{"currentFrameFraction", with(&PlayParamsDocument::currentFrame, R"("current_frame":11.0)"), 532, stepAndModes},
+        ReadCase{"currentFrameFraction", with(&PlayParamsDocument::currentFrame, R"("current_frame":11.0)"), 532,
+                 stepAndModes},
         ReadCase{"startFrameNull", with(&PlayParamsDocument::startFrame, R"("start_frame":null)"), 532, stepAndModes},
         ReadCase{"endFrameString", with(&PlayParamsDocument::endFrame, R"("end_frame":"99")"), 532, stepAndModes},
-        ReadCase{"endFrameTooLarge", with(&PlayParamsDocument::endFrame, R"("end_frame":9223372036854775808)"), 532, stepAndModes},
+        ReadCase{"endFrameTooLarge", with(&PlayParamsDocument::endFrame, R"("end_frame":9223372036854775808)"), 532,
+                 stepAndModes},
         ReadCase{"endFrameTooSmall", with(&PlayParamsDocument::endFrame, R"("end_frame":-9223372036854775809)"), 532,
                  stepAndModes},
         // A frame rate that is no ratio comes behind the frames.
@@ -273,9 +277,10 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(PlayParamsJson, takesTheFirstOfDuplicateKeys) {
     const auto params = sentinel();
-    EXPECT_EQ(params->fromJson(String(whole.substr(0, whole.size() - 1) +
-                                      R"(,"step":5,"play_mode":"single","production_mode":"all","current_frame":1,)"
-                                      R"("start_frame":2,"end_frame":3,"frame_rate":{"numerator":1,"denominator":1}})"))
+    EXPECT_EQ(params
+                  ->fromJson(String(whole.substr(0, whole.size() - 1) +
+                                    R"(,"step":5,"play_mode":"single","production_mode":"all","current_frame":1,)"
+                                    R"("start_frame":2,"end_frame":3,"frame_rate":{"numerator":1,"denominator":1}})"))
                   .get(),
               0);
     EXPECT_EQ(storedIn(*params), everything);
@@ -286,8 +291,9 @@ TEST(PlayParamsJson, takesTheFirstOfDuplicateKeys) {
 
 TEST(PlayParamsJson, acceptsFramesThatMakeNoRange) {
     const auto params = sentinel();
-    ASSERT_EQ(params->fromJson(R"({"current_frame":-50,"start_frame":9,"end_frame":-9,"step":0,"play_mode":"single",)"
-                               R"("frame_rate":{"numerator":-1,"denominator":1},"production_mode":"video_only"})")
+    ASSERT_EQ(params
+                  ->fromJson(R"({"current_frame":-50,"start_frame":9,"end_frame":-9,"step":0,"play_mode":"single",)"
+                             R"("frame_rate":{"numerator":-1,"denominator":1},"production_mode":"video_only"})")
                   .get(),
               0);
     EXPECT_TRUE(*params == *makeParams(-50, 9, -9, Rational(-1, 1), 0, PlayParams::single, PlayParams::video_only));
@@ -295,15 +301,17 @@ TEST(PlayParamsJson, acceptsFramesThatMakeNoRange) {
 
 TEST(PlayParamsJson, ignoresOtherMembersAndTheirOrder) {
     const auto params = sentinel();
-    EXPECT_EQ(params->fromJson(R"({"production_mode":"audio_only","name":"x","play_mode":"loop","step":-2,"end_frame":99,)"
-                               R"("frame_rate":{"denominator":1001,"numerator":30000},"tags":[{}],"start_frame":10,)"
-                               R"("current_frame":11})")
-                  .get(),
-              0);
+    EXPECT_EQ(
+        params
+            ->fromJson(R"({"production_mode":"audio_only","name":"x","play_mode":"loop","step":-2,"end_frame":99,)"
+                       R"("frame_rate":{"denominator":1001,"numerator":30000},"tags":[{}],"start_frame":10,)"
+                       R"("current_frame":11})")
+            .get(),
+        0);
     EXPECT_EQ(storedIn(*params), everything);
 }
 
-// ---- Hostile text -------------------------------------------------------------------------------------------------------
+// ---- Hostile text ---------------------------------------------------------------------------------------------------
 
 TEST(PlayParamsJson, isReadHoweverDeeplyItIsNested) {
     // A reader that recursed would run out of stack long before a million levels.
@@ -320,13 +328,15 @@ TEST(PlayParamsJson, mayNestDeeplyInsideTheFrameRateToo) {
     constexpr size_t depth = 1'000'000;
     for (std::string const& deep : {nested(depth), nestedObjects(depth)}) {
         const auto params = sentinel();
-        EXPECT_EQ(params->fromJson(with(&PlayParamsDocument::frameRate, R"("frame_rate":{"deep":)" + deep +
-                                                                  R"(,"numerator":30000,"denominator":1001})"))
+        EXPECT_EQ(params
+                      ->fromJson(with(&PlayParamsDocument::frameRate,
+                                      R"("frame_rate":{"deep":)" + deep + R"(,"numerator":30000,"denominator":1001})"))
                       .get(),
                   0);
         EXPECT_EQ(storedIn(*params), everything);
-        EXPECT_EQ(params->fromJson(with(&PlayParamsDocument::frameRate,
-                                        R"("frame_rate":{"numerator":)" + deep + R"(,"denominator":1001})"))
+        EXPECT_EQ(params
+                      ->fromJson(with(&PlayParamsDocument::frameRate,
+                                      R"("frame_rate":{"numerator":)" + deep + R"(,"denominator":1001})"))
                       .get(),
                   532);
     }

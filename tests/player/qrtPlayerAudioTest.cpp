@@ -51,7 +51,7 @@ protected:
     }
 };
 
-// ---- The format ---------------------------------------------------------------------------------------------------------
+// ---- The format -----------------------------------------------------------------------------------------------------
 
 TEST_F(PlayerAudio, hasNoFormatUntilOneIsSetAndThenThatVeryObject) {
     EXPECT_FALSE(player->getAudioFormat());
@@ -114,7 +114,7 @@ TEST_F(PlayerAudio, aFormatSetBeforeInitializeNotifiesNobody) {
     EXPECT_EQ(observer.count(), 0u);
 }
 
-// ---- Pulling ------------------------------------------------------------------------------------------------------------
+// ---- Pulling --------------------------------------------------------------------------------------------------------
 
 TEST_F(PlayerAudio, handsAHostsBufferToTheGraphEngineAsItIs) {
     char samples[8] = {};
@@ -164,7 +164,7 @@ TEST_F(PlayerAudio, isPulledWhileThePlayerThreadIsRendering) {
     waitingHost.join();
 }
 
-// ---- Positioning --------------------------------------------------------------------------------------------------------
+// ---- Positioning ----------------------------------------------------------------------------------------------------
 
 TEST_F(PlayerAudio, aRunReadsOneSampleFrameAtItsCurrentFrameBeforeItRendersAny) {
     start(1000);
@@ -243,7 +243,8 @@ INSTANTIATE_TEST_SUITE_P(
         PositionCase{"frame0", Rational(24, 1), 48000, 0, "fillAudio format 4 at 0"},
         PositionCase{"frameRate0", Rational(0, 1), 48000, 24, ""},
         PositionCase{"frameRateOverZero", Rational(24, 0), 48000, 24, ""},
-        PositionCase{"frameRateOfTheSmallestNumbers", Rational(1, 4294967295u), 1, 1, "fillAudio format 4 at 4294967295"},
+        PositionCase{"frameRateOfTheSmallestNumbers", Rational(1, 4294967295u), 1, 1,
+                     "fillAudio format 4 at 4294967295"},
         // There is no audio before the start: the position stays in its range.
         PositionCase{"beforeTheStart", Rational(24, 1), 48000, -24, "fillAudio format 4 at 0"},
         PositionCase{"negativeSampleRate", Rational(24, 1), -48000, 24, "fillAudio format 4 at 0"},

@@ -1,5 +1,5 @@
-// External segments through a whole player: a host's segments render, a graph engine composites them, and what was rendered
-// once comes from the cache.
+// External segments through a whole player: a host's segments render, a graph engine composites them, and what was
+// rendered once comes from the cache.
 #include <atomic>
 #include <climits>
 #include <cmath>
@@ -38,7 +38,8 @@ protected:
     }
     Status setSegments(std::vector<SharedPtr<FakeSegment>> const& segments, int identity = 0) {
         List<SharedPtr<ExternalSegment>> list;
-        for (auto const& segment : segments) list.append(segment);
+        for (auto const& segment : segments)
+            list.append(segment);
         const auto composition = FakeComposition::create(0, 100);
         composition->identity = identity;
         return player->setComposition(composition, list);
@@ -60,7 +61,8 @@ protected:
         const int height = buffer->getResolution().getHeight();
         std::vector<Pixel> stripes;
         for (int stripe = 0; stripe < numStripes; ++stripe) {
-            const auto middle = static_cast<size_t>((height / 2 * width + (2 * stripe + 1) * width / numStripes / 2) * 4);
+            const auto middle =
+                static_cast<size_t>((height / 2 * width + (2 * stripe + 1) * width / numStripes / 2) * 4);
             stripes.push_back(pixelAt(buffer, middle));
         }
         return stripes;
@@ -69,14 +71,16 @@ protected:
         Pixel pixel;
         void* data = nullptr;
         if (buffer->getType() != VideoBuffer::framebufferKind && buffer->getData(data).success()) {
-            for (size_t i = 0; i < 4; ++i) pixel.push_back(static_cast<unsigned char const*>(data)[offset + i]);
+            for (size_t i = 0; i < 4; ++i)
+                pixel.push_back(static_cast<unsigned char const*>(data)[offset + i]);
             return pixel;
         }
         unsigned int texture = 0;
         EXPECT_EQ(buffer->getTexture(texture).get(), Status::ok);
         const auto all =
             host.readTexture(texture, buffer->getResolution().getWidth(), buffer->getResolution().getHeight());
-        for (size_t i = 0; i < 4; ++i) pixel.push_back(static_cast<int>(std::lround(all[offset + i] * 255.0f)));
+        for (size_t i = 0; i < 4; ++i)
+            pixel.push_back(static_cast<int>(std::lround(all[offset + i] * 255.0f)));
         return pixel;
     }
     static Pixel painted(int64 frame, int identity = 0) { return {static_cast<int>(frame & 255), 0, identity, 255}; }
@@ -150,7 +154,8 @@ TEST_F(PlayerExternalSegment, aBudgetForOneFrameKeepsTheLastOne) {
     player = Player::create(oneMebibyte, CompositingGraphEngine::create);
     setBudgets(1);
     startWith({drawing, filling});
-    for (const int64 frame : {1, 2}) (void)stripesOf(frame, 3);
+    for (const int64 frame : {1, 2})
+        (void)stripesOf(frame, 3);
     flush();
     for (const int64 frame : {2, 1}) {
         EXPECT_EQ(stripesOf(frame, 3),
@@ -185,7 +190,8 @@ TEST_F(PlayerExternalSegment, aFailureToRenderIsTheHostsToSee) {
 TEST_F(PlayerExternalSegment, anInvalidationRendersItsFramesAnewAndNoOthers) {
     setBudgets(1);
     startWith({drawing, filling});
-    for (const int64 frame : {4, 5, 6}) (void)stripesOf(frame, 3);
+    for (const int64 frame : {4, 5, 6})
+        (void)stripesOf(frame, 3);
     drawing->revision = 1;
     filling->revision = 1;
     drawing->subject.notify(InvalidationHint(5, 5));
@@ -204,10 +210,11 @@ TEST_F(PlayerExternalSegment, anInvalidationMakesARunRenderItsWindowAnew) {
     waitUntilReady(12);
     drawing->revision = 3;
     drawing->subject.notify(InvalidationHint(0, 99));
-    for (const int64 frame : {10, 11, 12}) EXPECT_EQ(stripesOf(frame, 2)[1], (Pixel{static_cast<int>(frame), 50, 3, 255}));
+    for (const int64 frame : {10, 11, 12})
+        EXPECT_EQ(stripesOf(frame, 2)[1], (Pixel{static_cast<int>(frame), 50, 3, 255}));
 }
 
-// ---- The graph engine's list --------------------------------------------------------------------------------------------
+// ---- The graph engine's list ----------------------------------------------------------------------------------------
 
 TEST_F(PlayerExternalSegment, theGraphEngineGetsTheHostsListUnlessItIsWrapped) {
     startWith({drawing, nullptr, filling});
@@ -286,7 +293,7 @@ TEST_F(PlayerExternalSegment, anExchangeDuringDeliveryNeverDeliversAnOldFrameAft
     otherHost.join();
 }
 
-// ---- Constraints --------------------------------------------------------------------------------------------------------
+// ---- Constraints ----------------------------------------------------------------------------------------------------
 
 TEST_F(PlayerExternalSegment, constraintsAreReportedAsSetAndZeroAtFirst) {
     ResizeMode mode = ResizeMode::automatic;

@@ -1,5 +1,5 @@
-// What cannot be seen of the engine's features from outside: the sizes of its pools, records of other kinds in its cache,
-// and commands whose time has passed.
+// What cannot be seen of the engine's features from outside: the sizes of its pools, records of other kinds in its
+// cache, and commands whose time has passed.
 #include <gtest/gtest.h>
 
 #include "foundation/core/qrtAudioFormatInterface.h"
@@ -32,7 +32,7 @@ protected:
     HostContext host;
 };
 
-// ---- The pools' sizes ---------------------------------------------------------------------------------------------------
+// ---- The pools' sizes -----------------------------------------------------------------------------------------------
 
 TEST_F(PlayerImplFeatures, beforeInitializeAPreferenceResizesThePoolOfMemoryButNotThatOfFramebuffers) {
     PlayerImpl engine(smallFormat, FakeGraphEngine::create);
@@ -89,7 +89,7 @@ TEST_F(PlayerImplFeatures, aPreferenceSetToItsPresentValueLeavesThePoolsAlone) {
     EXPECT_EQ(Inspector::ramPool(engine).getNumResources(), 0u);
 }
 
-// ---- Statistics ---------------------------------------------------------------------------------------------------------
+// ---- Statistics -----------------------------------------------------------------------------------------------------
 
 TEST_F(PlayerImplFeatures, statisticsSkipRecordsThatAreNoProducedFrames) {
     class OtherRecord final : public CacheData {};
@@ -98,7 +98,8 @@ TEST_F(PlayerImplFeatures, statisticsSkipRecordsThatAreNoProducedFrames) {
     ConstSharedPtr<CacheStats> stats;
     ASSERT_EQ(engine.getCacheStats(CacheStats::CacheType::producer, stats).get(), Status::ok);
     EXPECT_TRUE(stats->getFrameRanges().empty());
-    for (const int64 frame : {4, 6}) ASSERT_EQ(Inspector::cachePut(engine, frame, nullptr).get(), Status::ok);
+    for (const int64 frame : {4, 6})
+        ASSERT_EQ(Inspector::cachePut(engine, frame, nullptr).get(), Status::ok);
     ASSERT_EQ(engine.getCacheStats(CacheStats::CacheType::producer, stats).get(), Status::ok);
     ASSERT_EQ(stats->getFrameRanges().size(), 2u);
     EXPECT_EQ(stats->getFrameRanges()[0], (CacheStats::FrameRange{4, 4}));
@@ -119,7 +120,7 @@ TEST_F(PlayerImplFeatures, statisticsReachBothEndsOfAll64Bits) {
     EXPECT_EQ(stats->getFrameRanges()[1], (CacheStats::FrameRange{most, most}));
 }
 
-// ---- Audio --------------------------------------------------------------------------------------------------------------
+// ---- Audio ----------------------------------------------------------------------------------------------------------
 
 TEST_F(PlayerImplFeatures, audioIsPositionedOnlyIfTheRunThatWantedItStillGoesOn) {
     PlayerImpl engine(smallFormat, FakeGraphEngine::create);  // its play parameters are of both media
@@ -140,7 +141,7 @@ TEST_F(PlayerImplFeatures, audioIsPositionedOnlyIfTheRunThatWantedItStillGoesOn)
     Inspector::setProducing(engine, false);
 }
 
-// ---- Notifications of the pools -----------------------------------------------------------------------------------------
+// ---- Notifications of the pools -------------------------------------------------------------------------------------
 
 TEST_F(PlayerImplFeatures, aResourceThatComesBackPostsAStepOnlyDuringARun) {
     PlayerImpl engine(smallFormat, FakeGraphEngine::create);

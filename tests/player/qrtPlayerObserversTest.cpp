@@ -35,7 +35,8 @@ protected:
     }
     Status setSegments(std::vector<SharedPtr<FakeSegment>> const& segments) {
         List<SharedPtr<ExternalSegment>> list;
-        for (auto const& segment : segments) list.append(segment);
+        for (auto const& segment : segments)
+            list.append(segment);
         return player->setComposition(FakeComposition::create(0, 100), list);
     }
     void cacheFrame(int64 frame) {
@@ -52,7 +53,7 @@ protected:
     RecordingObserver observer;
 };
 
-// ---- What the player tells by itself ------------------------------------------------------------------------------------
+// ---- What the player tells by itself --------------------------------------------------------------------------------
 
 struct OperationCase {
     char const* name;
@@ -113,40 +114,41 @@ INSTANTIATE_TEST_SUITE_P(
         OperationCase{"setVideoFrameRate", [](Player& p) { return p.setVideoFrameRate(Rational(25, 1)); }, false, true},
         OperationCase{"setComposition", [](Player& p) { return p.setComposition(composition, noSegments); }, false,
                       true},
-        OperationCase{"updateComposition", [](Player& p) { return p.updateComposition(composition, "x"); }, false, true},
+        OperationCase{"updateComposition", [](Player& p) { return p.updateComposition(composition, "x"); }, false,
+                      true},
         OperationCase{"setAudioFormat", [](Player& p) { return p.setAudioFormat(nullptr); }, false, true}),
     [](auto const& caseInfo) { return std::string(caseInfo.param.name); });
 
 INSTANTIATE_TEST_SUITE_P(
     Others, PlayerOperation,
-    ::testing::Values(
-        OperationCase{"setDefaultSourceVideoFrameRate",
-                      [](Player& p) { return p.setDefaultSourceVideoFrameRate(Rational(25, 1)); }, false, false},
-        OperationCase{"setExternalSegmentCacheConstraint",
-                      [](Player& p) {
-                          return p.setExternalSegmentCacheConstraint(Resource::Type::ram,
-                                                                     ResourceConstraint::ResizeMode::fixed, 0, 1);
-                      },
-                      false, false},
-        OperationCase{"getPref",
-                      [](Player& p) {
-                          int value = 0;
-                          return p.getPref("FAKE_QUALITY", value);
-                      },
-                      false, false},
-        OperationCase{"getVideoBuffer",
-                      [](Player& p) {
-                          SharedPtr<VideoBuffer> buffer;
-                          return p.getVideoBuffer(20, buffer);
-                      },
-                      false, false},
-        OperationCase{"runs",
-                      [](Player& p) {
-                          (void)p.startProducing(playParams(0, 0, 9));
-                          return p.stopProducing();
-                      },
-                      false, false},
-        OperationCase{"uninitialize", [](Player& p) { return p.uninitialize(); }, false, false}),
+    ::testing::Values(OperationCase{"setDefaultSourceVideoFrameRate",
+                                    [](Player& p) { return p.setDefaultSourceVideoFrameRate(Rational(25, 1)); }, false,
+                                    false},
+                      OperationCase{"setExternalSegmentCacheConstraint",
+                                    [](Player& p) {
+                                        return p.setExternalSegmentCacheConstraint(
+                                            Resource::Type::ram, ResourceConstraint::ResizeMode::fixed, 0, 1);
+                                    },
+                                    false, false},
+                      OperationCase{"getPref",
+                                    [](Player& p) {
+                                        int value = 0;
+                                        return p.getPref("FAKE_QUALITY", value);
+                                    },
+                                    false, false},
+                      OperationCase{"getVideoBuffer",
+                                    [](Player& p) {
+                                        SharedPtr<VideoBuffer> buffer;
+                                        return p.getVideoBuffer(20, buffer);
+                                    },
+                                    false, false},
+                      OperationCase{"runs",
+                                    [](Player& p) {
+                                        (void)p.startProducing(playParams(0, 0, 9));
+                                        return p.stopProducing();
+                                    },
+                                    false, false},
+                      OperationCase{"uninitialize", [](Player& p) { return p.uninitialize(); }, false, false}),
     [](auto const& caseInfo) { return std::string(caseInfo.param.name); });
 
 TEST_F(PlayerObservers, updateCompositionWithoutOneNotifiesNobody) {
@@ -224,7 +226,7 @@ TEST_F(PlayerObservers, mayDieBeforeThePlayerAndAfterIt) {
     player.reset();  // `observer` lives on
 }
 
-// ---- What external segments tell the player -----------------------------------------------------------------------------
+// ---- What external segments tell the player -------------------------------------------------------------------------
 
 TEST_F(PlayerObservers, anInvalidationFlushesTheCacheAndIsPassedOn) {
     const auto segment = FakeSegment::create("a", {});
@@ -326,9 +328,10 @@ TEST_F(PlayerObservers, segmentsOfACompositionThatWasAdoptedInPartAreHeardThoseO
 }
 
 TEST_F(PlayerObservers, segmentsAreHeardWithAndWithoutACacheOfTheirFrames) {
-    ASSERT_EQ(player->setExternalSegmentCacheConstraint(Resource::Type::ram, ResourceConstraint::ResizeMode::fixed, 0, 1)
-                  .get(),
-              Status::ok);
+    ASSERT_EQ(
+        player->setExternalSegmentCacheConstraint(Resource::Type::ram, ResourceConstraint::ResizeMode::fixed, 0, 1)
+            .get(),
+        Status::ok);
     const auto segment = FakeSegment::create("a", {});
     startWith({segment});
     cacheFrame(3);
@@ -361,7 +364,8 @@ TEST_F(PlayerObservers, anUpdateThatWaitsForThePlayerDoesNotKeepAnExchangeWaitin
     std::latch updating(1);
     RecordingObserver asking([&](Subject&) {
         updating.count_down();
-        while (FakeGraphEngine::countOf("setComposition 0 segments 16x8 24/1") == 0) std::this_thread::yield();
+        while (FakeGraphEngine::countOf("setComposition 0 segments 16x8 24/1") == 0)
+            std::this_thread::yield();
         drain();
     });
     player->addObserver(&asking);
@@ -375,7 +379,7 @@ TEST_F(PlayerObservers, anUpdateThatWaitsForThePlayerDoesNotKeepAnExchangeWaitin
     exchanging.join();
 }
 
-// ---- What the pools tell the player -------------------------------------------------------------------------------------
+// ---- What the pools tell the player ---------------------------------------------------------------------------------
 
 TEST_F(PlayerObservers, hostsHearNothingOfThePools) {
     start();
@@ -429,7 +433,8 @@ TEST_F(PlayerObservers, aBlockOfMemoryThatComesBackRestartsAPausedRunToo) {
     std::thread([&] {  // on any thread
         held[0].reset();
         held[1].reset();
-    }).join();
+    })
+        .join();
     waitUntilReady(51);
 }
 
@@ -439,7 +444,8 @@ TEST_F(PlayerObservers, whatAFailedStepGivesBackItselfDoesNotRestartTheRun) {
     LogCapture log;
     FakeGraphEngine::answer("renderFrame", 99);
     ASSERT_EQ(player->startProducing(playParams(0, 0, 99)).get(), Status::ok);
-    for (int round = 0; round < 10; ++round) drain();
+    for (int round = 0; round < 10; ++round)
+        drain();
     EXPECT_EQ(log.count("Stop producing because status failure = 99"), 1u);
     EXPECT_EQ(FakeGraphEngine::renderedFrames(), std::vector<int64>{0});
 }
@@ -453,7 +459,8 @@ TEST_F(PlayerObservers, aStepThatFindsNoMemoryForItsFrameDoesNotRestartTheRunWit
     }
     LogCapture log;
     ASSERT_EQ(player->startProducing(playParams(1, 0, 99)).get(), Status::ok);  // frame 3 is next
-    for (int round = 0; round < 10; ++round) drain();
+    for (int round = 0; round < 10; ++round)
+        drain();
     EXPECT_EQ(log.count(pausedFor260), 1u);
     EXPECT_EQ(FakeGraphEngine::renderedFrames(), (std::vector<int64>{0, 1, 2, 3}));
 }

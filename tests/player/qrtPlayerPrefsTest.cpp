@@ -24,7 +24,8 @@ const VideoBufferResolution twoChannels(16, 8, 2, 8, false);  // no framebuffer 
 
 std::vector<std::string> namesIn(Vector<String> const& names) {
     std::vector<std::string> texts;
-    for (auto const& name : names) texts.emplace_back(name.c_str());
+    for (auto const& name : names)
+        texts.emplace_back(name.c_str());
     return texts;
 }
 
@@ -37,9 +38,7 @@ protected:
         EXPECT_EQ(player->getPref(name, value).get(), Status::ok);
         return value;
     }
-    void initialize() {
-        ASSERT_EQ(player->initialize(host.nativeContext(), host.nativeWindow()).get(), Status::ok);
-    }
+    void initialize() { ASSERT_EQ(player->initialize(host.nativeContext(), host.nativeWindow()).get(), Status::ok); }
 };
 
 TEST_F(PlayerPrefs, areTwoHeadFramesAndNoTailFramesByDefault) {
@@ -96,7 +95,8 @@ TEST_F(PlayerPrefs, sayHowFarTheProducerLooksBothWays) {
     ASSERT_EQ(player->setPref(headFrames, 1).get(), Status::ok);
     ASSERT_EQ(player->setPref(tailFrames, 2).get(), Status::ok);
     ASSERT_EQ(player->startProducing(playParams(50, 0, 99)).get(), Status::ok);
-    for (const int64 frame : {50, 51, 49, 48}) waitUntilReady(frame);
+    for (const int64 frame : {50, 51, 49, 48})
+        waitUntilReady(frame);
     EXPECT_EQ(FakeGraphEngine::renderedFrames(), (std::vector<int64>{50, 51, 49, 48}));
 }
 
@@ -165,8 +165,9 @@ TEST_F(PlayerPrefs, areListedWithTheGraphEnginesNamesFirst) {
         Vector<String> names;
         names.push_back("already there");
         EXPECT_EQ(player->getPrefs(names).get(), Status::ok);
-        EXPECT_EQ(namesIn(names), (std::vector<std::string>{"already there", "FAKE_QUALITY", "PRODUCER_CACHE_NB_HEAD_FRAMES",
-                                                            "PRODUCER_CACHE_NB_TAIL_FRAMES"}));
+        EXPECT_EQ(namesIn(names),
+                  (std::vector<std::string>{"already there", "FAKE_QUALITY", "PRODUCER_CACHE_NB_HEAD_FRAMES",
+                                            "PRODUCER_CACHE_NB_TAIL_FRAMES"}));
     }
 }
 
@@ -231,7 +232,7 @@ TEST_F(PlayerPrefs, notifyOnTheCallersThreadWhateverTheResult) {
     expectPlainUpdates(0);
 }
 
-// ---- The environment ----------------------------------------------------------------------------------------------------
+// ---- The environment ------------------------------------------------------------------------------------------------
 
 TEST_F(PlayerPrefs, aVariableWinsOverEveryValueThatIsSet) {
     start();

@@ -187,7 +187,8 @@ Status ExternalSegmentCacheManager::invalidate(bool vram, String const& id, int6
     if (numFrames >= cache->size()) {
         return cache->eraseIf([&](String const& key) { return isKeyInRange(key, id, firstFrame, lastFrame); });
     }
-    for (uint64 i = 0; i <= numFrames; ++i) (void)cache->erase(cacheKey(id, firstFrame + static_cast<int64>(i)));
+    for (uint64 i = 0; i <= numFrames; ++i)
+        (void)cache->erase(cacheKey(id, firstFrame + static_cast<int64>(i)));
     return Status();
 }
 
@@ -216,8 +217,7 @@ Status ExternalSegmentCacheManager::putTextureFrame(String const& id, int64 tick
     const VramKind kind = m_state->now(m_state->vram);
     SharedPtr<VideoBufferPrivate> buffer;
     if (const Status status = lend(kind, resolution, buffer); status.failure()) return status;
-    const SharedPtr<ExternalSegmentVideoBuffer> record(
-        new ExternalSegmentVideoBuffer(rectangle, resolution, buffer));
+    const SharedPtr<ExternalSegmentVideoBuffer> record(new ExternalSegmentVideoBuffer(rectangle, resolution, buffer));
     if (const Status status = record->copyFromTexture(texture); status.failure()) return status;
     return kind.cache->put(cacheKey(id, ticks), record);
 }

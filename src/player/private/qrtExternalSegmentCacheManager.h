@@ -13,7 +13,8 @@ namespace QRT_0_81 {
 /// Keeps copies of the frames that a host's segments have rendered, within one budget for textures (VRAM) and one for
 /// memory (RAM). Off until a budget is set.
 ///
-/// A handle: copies refer to the same caches, which live as long as any copy, so a segment's wrapper may outlive the engine.
+/// A handle: copies refer to the same caches, which live as long as any copy, so a segment's wrapper may outlive the
+/// engine.
 ///
 /// Threading: everything may be called from any thread, but what takes a texture only on the player thread with its
 /// context current. The manager's lock guards its fields only and is not held while a pool or a cache is used.

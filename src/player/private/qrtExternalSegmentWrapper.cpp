@@ -52,8 +52,7 @@ Status ExternalSegmentWrapper::renderToTexture(unsigned int texture, unsigned in
         status = m_cacheManager.getTextureFrame(getId(), frame, resolution, rectangle, texture);
         if (status.failure()) return status;
     }
-    QRT_DEBUG_LINE(sourceName, "ExternalSegment VRAM: Rendered new frameNumber = %lld",
-                   static_cast<long long>(frame));
+    QRT_DEBUG_LINE(sourceName, "ExternalSegment VRAM: Rendered new frameNumber = %lld", static_cast<long long>(frame));
     return Status();
 }
 

@@ -11,8 +11,8 @@ namespace QRT_0_81 {
 /// rest, and drops frames that the host declares invalid.
 ///
 /// The constraint of the segment's own kind (memory or texture) decides whether its frames are cached, whichever of the
-/// two render operations is used; without one every call passes straight through. Lives as long as a graph engine wants,
-/// beyond the player's end too. Threading: as `ExternalSegment` says; notifications may come on any thread.
+/// two render operations is used; without one every call passes straight through. Lives as long as a graph engine
+/// wants, beyond the player's end too. Threading: as `ExternalSegment` says; notifications may come on any thread.
 class ExternalSegmentWrapper final : public ExternalSegment, public Observer {
 public:
     ExternalSegmentWrapper(ExternalSegmentCacheManager* cacheManager, SharedPtr<ExternalSegment> const& segment);

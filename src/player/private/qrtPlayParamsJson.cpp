@@ -71,7 +71,8 @@ JsonValue const* findMember(JsonValue const& root, char const* key) {
 }
 
 /// The member if it is there and of the wanted kind, else null; either way the trace tells.
-JsonValue const* findTraced(JsonValue const& root, char const* key, char const* kind, bool (JsonValue::*isKind)() const) {
+JsonValue const* findTraced(JsonValue const& root, char const* key, char const* kind,
+                            bool (JsonValue::*isKind)() const) {
     JsonValue const* value = findMember(root, key);
     if (!value) {
         trace("Cannot find '%s'\n", key);

@@ -139,14 +139,15 @@ Status FakeSegment::renderToTexture(unsigned int texture, unsigned int rectangle
 
 Status FakeSegment::renderToRam(void* buffer, unsigned int size, VideoBufferResolution const& resolution,
                                 Time const& time) {
-    const Status status = beginRender("renderToRam " + std::to_string(size) + " " + text(resolution) + " frame " +
-                                          std::to_string(time.getNbTicks()),
-                                      time.getNbTicks());
+    const Status status = beginRender(
+        "renderToRam " + std::to_string(size) + " " + text(resolution) + " frame " + std::to_string(time.getNbTicks()),
+        time.getNbTicks());
     if (status.failure()) return status;
     if (m_traits.hasOwnBuffers) m_ownMemory.resize(size);
     auto* const bytes = m_traits.hasOwnBuffers ? m_ownMemory.data() : static_cast<unsigned char*>(buffer);
     const Pixel pixel = pixelOf(time.getNbTicks());
-    for (unsigned int i = 0; i < size; ++i) bytes[i] = static_cast<unsigned char>(pixel[i % 4]);
+    for (unsigned int i = 0; i < size; ++i)
+        bytes[i] = static_cast<unsigned char>(pixel[i % 4]);
     return status;
 }
 

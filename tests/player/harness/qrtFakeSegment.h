@@ -13,8 +13,8 @@
 
 namespace QRT_0_81 {
 
-/// A host's segment that really renders: into textures with OpenGL, into memory byte by byte. Formats of four channels of
-/// 8 bits only. Keeps a journal of what it was asked.
+/// A host's segment that really renders: into textures with OpenGL, into memory byte by byte. Formats of four channels
+/// of 8 bits only. Keeps a journal of what it was asked.
 ///
 /// The picture is of one colour: red is the frame number, green the segment's tag, blue its revision, alpha is opaque.
 class FakeSegment final : public ExternalSegment {
@@ -43,7 +43,7 @@ public:
     void callBeforeRender(std::function<void(int64)> hook);
 
     std::atomic<int> revision{0};
-    std::atomic<int> renderStatus{0};  ///< the type that the render operations answer with
+    std::atomic<int> renderStatus{0};        ///< the type that the render operations answer with
     mutable std::atomic<int> numIdCalls{0};  ///< how often `getId` was called
     Subject subject;
 
@@ -69,9 +69,9 @@ private:
     unsigned int m_ownTexture = 0;           // rendering thread
     std::vector<unsigned char> m_ownMemory;  // rendering thread
     mutable std::mutex m_mutex;
-    mutable std::vector<std::string> m_journal;    // under m_mutex
-    std::vector<int64> m_renderedFrames;           // under m_mutex
-    std::function<void(int64)> m_beforeRender;     // under m_mutex
+    mutable std::vector<std::string> m_journal;  // under m_mutex
+    std::vector<int64> m_renderedFrames;         // under m_mutex
+    std::function<void(int64)> m_beforeRender;   // under m_mutex
 };
 
 }  // namespace QRT_0_81

@@ -9,8 +9,9 @@ namespace QRT_0_81 {
 inline constexpr auto unknownPlayMode = static_cast<PlayParams::PlayMode>(7);
 inline constexpr auto unknownProductionMode = static_cast<PlayParams::ProductionMode>(-3);
 
-[[nodiscard]] inline SharedPtr<PlayParams> makeParams(int64 current, int64 start, int64 end, Rational const& rate, int step,
-                                                    PlayParams::PlayMode playMode, PlayParams::ProductionMode productionMode) {
+[[nodiscard]] inline SharedPtr<PlayParams> makeParams(int64 current, int64 start, int64 end, Rational const& rate,
+                                                      int step, PlayParams::PlayMode playMode,
+                                                      PlayParams::ProductionMode productionMode) {
     auto params = PlayParams::create(Time(), Time(), Time(), rate, step, playMode, productionMode);
     params->setCurrentFrame(current);
     params->setStartFrame(start);
@@ -35,7 +36,8 @@ struct PlayParamsDocument {
 
     [[nodiscard]] String text() const {
         std::string joined;
-        for (auto const* member : {&currentFrame, &startFrame, &endFrame, &frameRate, &step, &playMode, &productionMode}) {
+        for (auto const* member :
+             {&currentFrame, &startFrame, &endFrame, &frameRate, &step, &playMode, &productionMode}) {
             if (member->empty()) continue;
             joined += (joined.empty() ? "" : ",") + *member;
         }
