@@ -194,6 +194,23 @@ TEST_F(SubjectNotification, mayRemoveTheObserverThatItCalls) {
     EXPECT_THAT(log, ElementsAre("once", "next", "next"));
 }
 
+TEST_F(SubjectNotification, mayRemoveTheObserverThatItCallsAfterAnotherNotificationFromInside) {
+    Subject subject;
+    Subject inner;
+    TestObserver innerObserver(writing("inner"));
+    inner.addObserver(&innerObserver);
+    std::unique_ptr<TestObserver> once;
+    once = std::make_unique<TestObserver>([&](Subject* from, NotificationHint const& received) {
+        inner.notify(received);
+        from->removeObserver(once.get());  // must not wait for the call that it is in
+        log.emplace_back("removed");
+    });
+    subject.addObserver(once.get());
+    subject.notify(hint);
+    subject.notify(hint);
+    EXPECT_THAT(log, ElementsAre("inner", "removed"));
+}
+
 TEST_F(SubjectNotification, mayRemoveAndAddTheObserverThatItCalls) {
     Subject subject;
     std::unique_ptr<TestObserver> observer;

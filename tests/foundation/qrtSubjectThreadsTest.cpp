@@ -77,6 +77,18 @@ TEST(SubjectThreads, aRemovalWaitsForACallThatHasRemovedItsOwnObserver) {
     EXPECT_TRUE(update.isAwaitedBy([&] { update.subject().removeObserver(&update.observer()); }));
 }
 
+TEST(SubjectThreads, aRemovalEndsWhatACallUnderWayHasAddedAnew) {
+    std::atomic<int> calls{0};
+    UpdateUnderWay update([&] {
+        ++calls;
+        update.subject().removeObserver(&update.observer());
+        update.subject().addObserver(&update.observer());
+    });
+    EXPECT_TRUE(update.isAwaitedBy([&] { update.subject().removeObserver(&update.observer()); }));
+    update.subject().notify(NotificationHint());
+    EXPECT_EQ(calls, 1);
+}
+
 TEST(SubjectThreads, anObserverThatStopsWaitsForACallUnderWay) {
     UpdateUnderWay update;
     EXPECT_TRUE(update.isAwaitedBy([&] { update.observer().stopObserving(); }));
