@@ -24,7 +24,7 @@ private:
 class BenchmarkGraphEngine final : public GraphEngineInterface {
 public:
     static constexpr int64 bareLoopFrame = 999'999;
-    static constexpr int bareLoopLength = 48;
+    static constexpr int bareLoopLength = 12;
     /// Seconds a frame of the latest bare loop.
     static inline std::atomic<double> bareSecondsPerFrame{0.0};
 

@@ -151,7 +151,7 @@ TEST(SlotOrder, ofObservers) {
     };
     Watching observer;
     Observer* const base = &observer;
-    const NotificationHint hint;
+    const NotificationHint hint{};
     callSlot<void, Observer, Subject*, NotificationHint const&>(1, base, nullptr, hint);
     EXPECT_EQ(observer.seen, &hint);
 }

@@ -26,7 +26,7 @@ protected:
     }
 
     std::vector<std::string> log;
-    const NotificationHint hint;
+    const NotificationHint hint{};
 };
 
 TEST_F(SubjectNotification, carriesTheSubjectAndTheHintToTheObserverOnTheNotifyingThread) {
