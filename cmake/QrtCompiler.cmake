@@ -42,6 +42,6 @@ endif()
 # qrt_prepare_program(<target>): what every program of this project needs beyond its own sources.
 function(qrt_prepare_program target)
     if(QRT_SANITIZE)
-        target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests/sanitizers/qrtKeepLibrariesLoaded.cpp)
+        target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/tests/sanitizers/qrtSanitizedProgram.cpp)
     endif()
 endfunction()
