@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <condition_variable>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -14,10 +15,11 @@ namespace QRT_0_81 {
 class LogCapture final {
 public:
     LogCapture() {
-        LogMsg::setSink([this](LogMsg const& message) {
-            const std::lock_guard lock(m_mutex);
-            m_messages.push_back(message);
-            m_posted.notify_all();
+        // The sink owns a share: a call that began on another thread may end after this object has.
+        LogMsg::setSink([state = m_state](LogMsg const& message) {
+            const std::lock_guard lock(state->mutex);
+            state->messages.push_back(message);
+            state->posted.notify_all();
         });
     }
     ~LogCapture() { LogMsg::setSink({}); }
@@ -25,8 +27,8 @@ public:
     LogCapture& operator=(LogCapture const&) = delete;
 
     [[nodiscard]] std::vector<LogMsg> messages() const {
-        const std::lock_guard lock(m_mutex);
-        return m_messages;
+        const std::lock_guard lock(m_state->mutex);
+        return m_state->messages;
     }
 
     /// The messages' texts without the "thread_id=...-" prefix of the player's lines.
@@ -44,16 +46,16 @@ public:
 
     /// Waits until the line has been posted `times` times.
     void waitFor(std::string const& line, size_t times = 1) {
-        std::unique_lock lock(m_mutex);
-        m_posted.wait(lock, [&] {
+        std::unique_lock lock(m_state->mutex);
+        m_state->posted.wait(lock, [&] {
             const auto isLine = [&](LogMsg const& message) { return withoutPrefix(message.text()) == line; };
-            return static_cast<size_t>(std::count_if(m_messages.begin(), m_messages.end(), isLine)) >= times;
+            return static_cast<size_t>(std::count_if(m_state->messages.begin(), m_state->messages.end(), isLine)) >= times;
         });
     }
 
     void clear() {
-        const std::lock_guard lock(m_mutex);
-        m_messages.clear();
+        const std::lock_guard lock(m_state->mutex);
+        m_state->messages.clear();
     }
 
     [[nodiscard]] static std::string withoutPrefix(std::string const& text) {
@@ -64,9 +66,12 @@ public:
     }
 
 private:
-    mutable std::mutex m_mutex;
-    std::condition_variable m_posted;
-    std::vector<LogMsg> m_messages;
+    struct State {
+        std::mutex mutex;
+        std::condition_variable posted;
+        std::vector<LogMsg> messages;  // under mutex
+    };
+    const std::shared_ptr<State> m_state = std::make_shared<State>();
 };
 
 }  // namespace QRT_0_81
