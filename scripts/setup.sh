@@ -9,9 +9,9 @@ packages=(
     # the library
     qtbase5-dev rapidjson-dev libgl-dev libegl-dev libopengl-dev libx11-dev
     # the reference host
-    libavcodec-dev libavformat-dev libavutil-dev libswresample-dev libswscale-dev
+    libavcodec-dev libavformat-dev libavutil-dev libswresample-dev libswscale-dev libopencolorio-dev libarchive-dev
     # tests, benchmarks and the sample clip
-    libgtest-dev libgmock-dev libbenchmark-dev libclang-rt-14-dev ffmpeg fonts-dejavu-core
+    libgtest-dev libgmock-dev libbenchmark-dev libclang-rt-14-dev gcovr ffmpeg fonts-dejavu-core
     # OpenGL without a display
     xvfb xauth libgl1-mesa-dri libegl-mesa0 libglx-mesa0
 )

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "media/qrtAv.h"
-#include "media/qrtKit.h"
+#include "base/qrtKit.h"
 #include "media/qrtVideoFacts.h"
 
 namespace qrtplay {

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "media/qrtAv.h"
-#include "media/qrtKit.h"
+#include "base/qrtKit.h"
 #include "media/qrtMediaFile.h"
 #include "media/qrtVideoDecoder.h"
 

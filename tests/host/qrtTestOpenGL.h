@@ -5,7 +5,7 @@
 #include <QOpenGLExtraFunctions>
 #include <vector>
 
-#include "media/qrtKit.h"
+#include "base/qrtKit.h"
 
 namespace qrtplay {
 

@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "graph/qrtPixelLayout.h"
-#include "media/qrtKit.h"
+#include "base/qrtKit.h"
 #include "media/qrtVideoFacts.h"
 
 namespace qrtplay {

@@ -3,7 +3,7 @@
 #include <QOpenGLExtraFunctions>
 #include <array>
 
-#include "media/qrtKit.h"
+#include "base/qrtKit.h"
 
 namespace qrtplay {
 

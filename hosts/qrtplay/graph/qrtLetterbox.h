@@ -1,7 +1,7 @@
 #pragma once
 
 #include "foundation/core/qrtRational.h"
-#include "media/qrtKit.h"
+#include "base/qrtKit.h"
 
 namespace qrtplay {
 

@@ -5,7 +5,7 @@
 
 #include "foundation/composition/qrtGraphEngineInterface.h"
 #include "graph/qrtPicturePainter.h"
-#include "media/qrtKit.h"
+#include "base/qrtKit.h"
 #include "media/qrtVideoDecoder.h"
 #include "timeline/qrtMediaComposition.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "media/qrtAv.h"
-#include "media/qrtKit.h"
+#include "base/qrtKit.h"
 
 namespace qrtplay {
 

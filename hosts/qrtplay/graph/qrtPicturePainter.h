@@ -8,8 +8,8 @@
 #include "graph/qrtLetterbox.h"
 #include "graph/qrtPictureConverter.h"
 #include "graph/qrtPictureTextures.h"
-#include "media/qrtKit.h"
-#include "media/qrtOutcome.h"
+#include "base/qrtKit.h"
+#include "base/qrtOutcome.h"
 #include "media/qrtVideoFacts.h"
 
 namespace qrtplay {

@@ -6,7 +6,7 @@
 
 #include "graph/qrtPixelLayout.h"
 #include "media/qrtAv.h"
-#include "media/qrtKit.h"
+#include "base/qrtKit.h"
 
 namespace qrtplay {
 

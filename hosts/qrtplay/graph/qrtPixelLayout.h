@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "media/qrtAv.h"
-#include "media/qrtKit.h"
+#include "base/qrtKit.h"
 
 namespace qrtplay {
 

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "media/qrtAv.h"
-#include "media/qrtKit.h"
-#include "media/qrtOutcome.h"
+#include "base/qrtKit.h"
+#include "base/qrtOutcome.h"
 
 namespace qrtplay {
 

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "media/qrtKit.h"
+#include "base/qrtKit.h"
 
 namespace qrtplay {
 

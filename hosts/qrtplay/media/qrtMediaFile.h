@@ -4,8 +4,8 @@
 #include <string>
 
 #include "media/qrtFrameIndex.h"
-#include "media/qrtKit.h"
-#include "media/qrtOutcome.h"
+#include "base/qrtKit.h"
+#include "base/qrtOutcome.h"
 #include "media/qrtVideoFacts.h"
 
 namespace qrtplay {

@@ -7,9 +7,9 @@
 
 #include "media/qrtDecodedFrameCache.h"
 #include "media/qrtDemuxer.h"
-#include "media/qrtKit.h"
+#include "base/qrtKit.h"
 #include "media/qrtMediaFile.h"
-#include "media/qrtOutcome.h"
+#include "base/qrtOutcome.h"
 
 namespace qrtplay {
 

@@ -4,7 +4,8 @@
 
 #include "foundation/core/qrtRational.h"
 #include "media/qrtAv.h"
-#include "media/qrtKit.h"
+#include "base/qrtExactTime.h"
+#include "base/qrtKit.h"
 
 namespace qrtplay {
 
@@ -17,13 +18,14 @@ struct ColourFacts {
     AVColorSpace matrix = AVCOL_SPC_UNSPECIFIED;
     AVColorRange range = AVCOL_RANGE_UNSPECIFIED;
     AVColorPrimaries primaries = AVCOL_PRI_UNSPECIFIED;
+    AVColorTransferCharacteristic transfer = AVCOL_TRC_UNSPECIFIED;
 
     [[nodiscard]] bool operator==(ColourFacts const&) const noexcept = default;
 };
 
 /// What is known about a video stream once it is open.
 struct VideoFacts {
-    int width = 0;   ///< in pixels as stored; rotation stated beside the picture is not applied
+    int width = 0;   ///< in pixels as stored, before it is turned
     int height = 0;
     Rational sampleAspect{1, 1};  ///< width of a pixel over its height
     Rational frameRate{24, 1};    ///< frames per second; of a clip with varying rate the average
@@ -31,6 +33,10 @@ struct VideoFacts {
     AVPixelFormat pixelFormat = AV_PIX_FMT_NONE;
     AVChromaLocation chromaLocation = AVCHROMA_LOC_UNSPECIFIED;
     ColourFacts colour;  ///< complete: what the stream leaves open has been filled in
+    int clockwiseQuarterTurns = 0;        ///< 0 to 3, by which the picture has to be turned to stand upright
+    bool isFlippedHorizontally = false;   ///< mirrored, before it is turned
+    AVFieldOrder fieldOrder = AV_FIELD_PROGRESSIVE;
+    ExactTime startTime;  ///< of frame 0 in the file's own counting
     std::string codecName;
 };
 

@@ -5,7 +5,7 @@
 #include <QRect>
 #include <QString>
 
-#include "media/qrtKit.h"
+#include "base/qrtKit.h"
 #include "media/qrtVideoFacts.h"
 
 namespace qrtplay {

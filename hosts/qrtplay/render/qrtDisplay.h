@@ -1,6 +1,6 @@
 #pragma once
 
-#include "media/qrtOutcome.h"
+#include "base/qrtOutcome.h"
 
 namespace qrtplay {
 

@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "media/qrtKit.h"
+#include "base/qrtKit.h"
 
 namespace qrtplay {
 

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "media/qrtKit.h"
-#include "media/qrtOutcome.h"
+#include "base/qrtKit.h"
+#include "base/qrtOutcome.h"
 
 namespace qrtplay {
 

@@ -4,8 +4,8 @@
 #include <QOpenGLExtraFunctions>
 
 #include "foundation/core/qrtVideoBuffer.h"
-#include "media/qrtKit.h"
-#include "media/qrtOutcome.h"
+#include "base/qrtKit.h"
+#include "base/qrtOutcome.h"
 
 namespace qrtplay {
 

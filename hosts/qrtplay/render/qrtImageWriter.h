@@ -8,8 +8,8 @@
 #include <thread>
 #include <vector>
 
-#include "media/qrtKit.h"
-#include "media/qrtOutcome.h"
+#include "base/qrtKit.h"
+#include "base/qrtOutcome.h"
 
 namespace qrtplay {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "media/qrtKit.h"
-#include "media/qrtOutcome.h"
+#include "base/qrtKit.h"
+#include "base/qrtOutcome.h"
 #include "render/qrtFrameRange.h"
 #include "render/qrtOutputPattern.h"
 #include "render/qrtPlaySession.h"

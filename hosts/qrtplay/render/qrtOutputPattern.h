@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "media/qrtKit.h"
-#include "media/qrtOutcome.h"
+#include "base/qrtKit.h"
+#include "base/qrtOutcome.h"
 
 namespace qrtplay {
 

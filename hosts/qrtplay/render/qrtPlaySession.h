@@ -6,8 +6,8 @@
 #include <optional>
 #include <string>
 
-#include "media/qrtKit.h"
-#include "media/qrtOutcome.h"
+#include "base/qrtKit.h"
+#include "base/qrtOutcome.h"
 #include "player/qrtPlayer.h"
 #include "render/qrtFrameRange.h"
 #include "render/qrtFrameReader.h"

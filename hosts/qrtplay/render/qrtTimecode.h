@@ -3,7 +3,7 @@
 #include <string>
 
 #include "foundation/core/qrtRational.h"
-#include "media/qrtKit.h"
+#include "base/qrtKit.h"
 
 namespace qrtplay {
 

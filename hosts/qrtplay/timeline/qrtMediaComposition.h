@@ -7,9 +7,9 @@
 
 #include "foundation/composition/qrtComposition.h"
 #include "foundation/core/qrtSharedPtr.h"
-#include "media/qrtKit.h"
+#include "base/qrtKit.h"
 #include "media/qrtMediaFile.h"
-#include "media/qrtOutcome.h"
+#include "base/qrtOutcome.h"
 
 namespace qrtplay {
 
