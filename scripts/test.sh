@@ -2,7 +2,7 @@
 # Sets up, builds and runs every test. Quick when nothing changed.
 set -uo pipefail
 
-default_presets=(dev asan tsan)
+default_presets=(dev asan tsan fuzz)
 usage() {
     cat <<'USAGE'
 Sets up, builds and runs every test.
@@ -13,7 +13,8 @@ PRESET is one of the test presets of CMakePresets.json; each has its build in bu
   dev     assertions on: the quick local loop
   asan    AddressSanitizer with LeakSanitizer, and UndefinedBehaviorSanitizer
   tsan    ThreadSanitizer
-Without one, all three are run. Exit status 0 only when all of them passed; one that fails does not stop the others.
+  fuzz    the fuzz targets, each for a minute, with Clang
+Without one, all four are run. Exit status 0 only when all of them passed; one that fails does not stop the others.
 USAGE
 }
 
