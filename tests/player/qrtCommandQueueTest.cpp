@@ -294,6 +294,15 @@ TEST(CmdCompletionTest, countsSoThatASignalBeforeTheWaitIsNotLost) {
 TEST(CmdTypeTest, theCodesAreThoseThatTracesKnow) {
     EXPECT_EQ(static_cast<int>(CmdType::start_producing), 1);
     EXPECT_EQ(static_cast<int>(CmdType::stop_producing), 2);
+    EXPECT_EQ(static_cast<int>(CmdType::set_composition), 4);
+    EXPECT_EQ(static_cast<int>(CmdType::update_composition), 5);
+    EXPECT_EQ(static_cast<int>(CmdType::set_video_resolution), 6);
+    EXPECT_EQ(static_cast<int>(CmdType::set_video_frame_rate), 7);
+    EXPECT_EQ(static_cast<int>(CmdType::set_audio_format), 9);
+    EXPECT_EQ(static_cast<int>(CmdType::set_ram_outputs), 10);
+    EXPECT_EQ(static_cast<int>(CmdType::set_pref), 11);
+    EXPECT_EQ(static_cast<int>(CmdType::get_pref), 12);
+    EXPECT_EQ(static_cast<int>(CmdType::start_producing_audio), 13);
     EXPECT_EQ(static_cast<int>(CmdType::produce_video_buffer), 14);
     EXPECT_EQ(static_cast<int>(CmdType::produce_next_video_buffer), 15);
     EXPECT_EQ(static_cast<int>(CmdType::update_current_frame_number), 16);

@@ -8,8 +8,10 @@
 #include <thread>
 #include <type_traits>
 
+#include "harness/qrtAllocationFault.h"
 #include "harness/qrtExternalSegmentCacheFixture.h"
 #include "harness/qrtLogCapture.h"
+#include "qrtVideoBufferPrivate.h"
 
 namespace QRT_0_81 {
 
@@ -314,6 +316,21 @@ TEST_F(ExternalSegmentCacheManagerTest, aFrameLargerThanTheBudgetIsRefusedWith26
         ASSERT_EQ(putRam("a", frame).get(), Status::ok);
     EXPECT_EQ(putRam("a", 4, 1, tooLarge).get(), 260);
     EXPECT_TRUE(manager.isEmpty(false));
+}
+
+TEST_F(ExternalSegmentCacheManagerTest, aFrameForWhichNoObjectCanBeMadeIsType1AndCostsNoOther) {
+    setBudget(Resource::Type::ram, 1);
+    setBudget(Resource::Type::vram, 1);
+    ASSERT_EQ(putRam("a", 1).get(), Status::ok);
+    ASSERT_EQ(putTexture("a", 1).get(), Status::ok);
+    {
+        const AllocationFault fault(sizeof(VideoBufferPrivate));
+        EXPECT_EQ(putRam("a", 2).get(), 1);
+        EXPECT_EQ(putTexture("a", 2).get(), 1);
+    }
+    EXPECT_EQ(getRam("a", 1), Status::ok);
+    EXPECT_EQ(getTexture("a", 1), Status::ok);
+    EXPECT_EQ(getRam("a", 2), 1536);
 }
 
 // ---- Life -----------------------------------------------------------------------------------------------------------

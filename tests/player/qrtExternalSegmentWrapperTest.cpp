@@ -1,82 +1,19 @@
 // What stands in front of a host's segment: it passes through, or answers from the cache.
 #include "qrtExternalSegmentWrapper.h"
 
-#include <gtest/gtest.h>
-
 #include <climits>
 #include <cstdlib>
-#include <limits>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "foundation/core/qrtNotificationHint.h"
-#include "harness/qrtFakeSegment.h"
-#include "harness/qrtHostContext.h"
+#include "harness/qrtExternalSegmentWrapperFixture.h"
 #include "harness/qrtLogCapture.h"
-#include "harness/qrtTestTexture.h"
 #include "harness/qrtVirtualTable.h"
 
 namespace QRT_0_81 {
 
-namespace {
-
-using Pixel = TestTexture::Pixel;
-using Block = std::vector<unsigned char>;
-using Frames = std::vector<int64>;
-using Journal = std::vector<std::string>;
-
-const VideoBufferResolution small(16, 8, 4, 8, false);
-constexpr unsigned int smallSize = 16 * 8 * 4;
-const Rational rate(24, 1);
-const Pixel black{0, 0, 0, 0};
-constexpr FakeSegment::Traits textureTraits{5, false, false, true};
-constexpr FakeSegment::Traits ramTraits{6, true, false, true};
-constexpr FakeSegment::Traits ownTextureTraits{7, false, true, true};
-constexpr FakeSegment::Traits ownMemoryTraits{8, true, true, true};
-
-Block filledWith(Pixel const& pixel) {
-    Block block(smallSize);
-    for (size_t i = 0; i < block.size(); ++i)
-        block[i] = static_cast<unsigned char>(pixel[i % 4]);
-    return block;
-}
-
-}  // namespace
-
-class ExternalSegmentWrapperTest : public ::testing::Test {
-protected:
-    void wrap(FakeSegment::Traits const& traits, char const* id = "clip") {
-        wrapper.reset();
-        segment = FakeSegment::create(id, traits);
-        wrapper = SharedPtr<ExternalSegment>(new ExternalSegmentWrapper(&manager, segment));
-        segment->clearJournal();
-    }
-    void setBudget(Resource::Type type, size_t budget) {
-        (void)manager.setConstraint(type, ResourceConstraint::ResizeMode::fixed, 0, budget);
-    }
-    void switchOn() {
-        setBudget(Resource::Type::ram, 1);
-        setBudget(Resource::Type::vram, 1);
-    }
-
-    int renderToTexture(int64 frame) {
-        texture.fill(black);
-        return wrapper->renderToTexture(texture.name(), 1, small, Time(frame, rate)).get();
-    }
-    int renderToRam(int64 frame, unsigned int size = smallSize) {
-        block.assign(smallSize, 0);
-        return wrapper->renderToRam(block.data(), size, small, Time(frame, rate)).get();
-    }
-    [[nodiscard]] Pixel pictureOf(int64 frame) const { return segment->pixelOf(frame); }
-
-    HostContext host;
-    ExternalSegmentCacheManager manager{FramebufferReaper::create()};
-    SharedPtr<FakeSegment> segment;
-    SharedPtr<ExternalSegment> wrapper;
-    TestTexture texture{host.gl(), true, 16, 8};
-    Block block;
-};
+class ExternalSegmentWrapperTest : public ExternalSegmentWrapperFixture {};
 
 // ---- Passing through ------------------------------------------------------------------------------------------------
 
@@ -312,6 +249,17 @@ TEST_F(ExternalSegmentWrapperTest, passesAFailureToCopyBackOn) {
     EXPECT_EQ(renderToRam(1, 100), Status::ok) << "the picture is in the caller's block: nothing to copy back";
 }
 
+TEST_F(ExternalSegmentWrapperTest, passesAFailureToCopyATextureBackOnThoughTheFrameIsCachedThen) {
+    switchOn();
+    wrap(ownTextureTraits);
+    const LogCapture log;
+    EXPECT_EQ(wrapper->renderToTexture(0, 1, small, Time(1, rate)).get(), 3);
+    EXPECT_EQ(log.count("ExternalSegment VRAM: Rendered new frameNumber = 1"), 0u);
+    EXPECT_EQ(renderToTexture(1), Status::ok);
+    EXPECT_EQ(texture.pixel(15, 7), pictureOf(1));
+    EXPECT_EQ(segment->renderedFrames(), Frames{1});
+}
+
 TEST_F(ExternalSegmentWrapperTest, usesTheCacheOfTheCallsKindWhateverTheSegmentsKind) {
     setBudget(Resource::Type::ram, 1);
     wrap(ramTraits);
@@ -329,113 +277,6 @@ TEST_F(ExternalSegmentWrapperTest, usesTheCacheOfTheCallsKindWhateverTheSegments
     setBudget(Resource::Type::ram, 0);
     wrap(textureTraits, "other");
     EXPECT_EQ(renderToRam(2), 260) << "the budget of the call's kind is used up by nothing at all";
-}
-
-// ---- Notifications --------------------------------------------------------------------------------------------------
-
-class ExternalSegmentWrapperInvalidation : public ExternalSegmentWrapperTest {
-protected:
-    void cache(Frames const& frames) {
-        for (const int64 frame : frames) {
-            ASSERT_EQ(segment->isRamSegment() ? renderToRam(frame) : renderToTexture(frame), Status::ok);
-        }
-    }
-    /// Which of the frames are answered without the segment.
-    Frames cachedOf(Frames const& frames) {
-        Frames cached;
-        for (const int64 frame : frames) {
-            if (manager.getTextureFrame("clip", frame, small, 1, texture.name()).success() ||
-                manager.getRamFrame("clip", frame, small, block.data(), block.size()).success()) {
-                cached.push_back(frame);
-            }
-        }
-        return cached;
-    }
-};
-
-TEST_F(ExternalSegmentWrapperInvalidation, dropsTheFramesFromStartToEndOfTheSegmentsKindOnly) {
-    for (auto const& traits : {textureTraits, ramTraits}) {
-        setBudget(Resource::Type::ram, 0);
-        setBudget(Resource::Type::vram, 0);
-        switchOn();
-        wrap(traits);
-        cache({9, 10, 11, 12, 13});
-        segment->subject.notify(InvalidationHint(10, 12));
-        EXPECT_EQ(cachedOf({9, 10, 11, 12, 13}), (Frames{9, 13}));
-    }
-    // Textures that a memory segment rendered are of the other kind.
-    ASSERT_EQ(renderToTexture(9), Status::ok);
-    segment->subject.notify(InvalidationHint(9, 9));
-    EXPECT_EQ(manager.getTextureFrame("clip", 9, small, 1, texture.name()).get(), Status::ok);
-    EXPECT_EQ(manager.getRamFrame("clip", 9, small, block.data(), block.size()).get(), Status::not_in_cache);
-}
-
-TEST_F(ExternalSegmentWrapperInvalidation, sparesOtherSegments) {
-    switchOn();
-    wrap(textureTraits);
-    const auto neighbour = FakeSegment::create("clip2", textureTraits);
-    const SharedPtr<ExternalSegment> neighbourWrapper(new ExternalSegmentWrapper(&manager, neighbour));
-    cache({1});
-    ASSERT_EQ(neighbourWrapper->renderToTexture(texture.name(), 1, small, Time(1, rate)).get(), Status::ok);
-    segment->subject.notify(InvalidationHint(INT_MIN, INT_MAX));
-    ASSERT_EQ(neighbourWrapper->renderToTexture(texture.name(), 1, small, Time(1, rate)).get(), Status::ok);
-    EXPECT_EQ(neighbour->renderedFrames(), Frames{1});
-}
-
-TEST_F(ExternalSegmentWrapperInvalidation, withTheStartAboveTheEndDropsNothing) {
-    switchOn();
-    wrap(textureTraits);
-    cache({10, 11, 12});
-    segment->subject.notify(InvalidationHint(12, 10));
-    segment->subject.notify(InvalidationHint(INT_MAX, INT_MIN));
-    EXPECT_EQ(cachedOf({10, 11, 12}), (Frames{10, 11, 12}));
-}
-
-TEST_F(ExternalSegmentWrapperInvalidation, byAnyOtherHintDropsNothing) {
-    struct OtherHint final : NotificationHint {};
-    switchOn();
-    wrap(textureTraits);
-    cache({10});
-    segment->subject.notify(NotificationHint());
-    segment->subject.notify(OtherHint());
-    EXPECT_EQ(cachedOf({10}), Frames{10});
-}
-
-TEST_F(ExternalSegmentWrapperInvalidation, ofTheWholeOfIntCostsNoMoreThanTheCacheIsLarge) {
-    // A handler that went from frame to frame would ask for the identifier, or erase, four thousand million times.
-    switchOn();
-    wrap(textureTraits);
-    cache({INT_MIN, -1, 0, INT_MAX, int64{INT_MAX} + 1});
-    segment->numIdCalls = 0;
-    segment->subject.notify(InvalidationHint(INT_MIN, INT_MAX));
-    EXPECT_LE(segment->numIdCalls, 5);
-    EXPECT_EQ(cachedOf({INT_MIN, -1, 0, INT_MAX, int64{INT_MAX} + 1}), Frames{int64{INT_MAX} + 1});
-    segment->subject.notify(InvalidationHint(INT_MAX - 1, INT_MAX));  // the last number ends the range, too
-}
-
-TEST_F(ExternalSegmentWrapperInvalidation, asksTheSegmentForNothingWhileTheCacheOfItsKindIsEmpty) {
-    switchOn();
-    wrap(textureTraits);
-    ASSERT_EQ(renderToRam(1), Status::ok);  // of the other kind
-    segment->numIdCalls = 0;
-    segment->subject.notify(InvalidationHint(0, 100));
-    EXPECT_EQ(segment->numIdCalls, 0);
-}
-
-TEST_F(ExternalSegmentWrapperInvalidation, mayComeFromAnyThreadWhileFramesAreRendered) {
-    switchOn();
-    wrap(textureTraits);
-    std::thread invalidating([this] {
-        for (int i = 0; i < 200; ++i)
-            segment->subject.notify(InvalidationHint(i % 2 == 0 ? INT_MIN : 3, INT_MAX));
-    });
-    for (int64 i = 0; i < 200; ++i) {
-        ASSERT_EQ(renderToTexture(i % 5), Status::ok);
-        ASSERT_EQ(texture.pixel(8, 4), pictureOf(i % 5));
-    }
-    invalidating.join();
-    segment->subject.notify(InvalidationHint(INT_MIN, INT_MAX));
-    EXPECT_TRUE(manager.isEmpty(true));
 }
 
 // ---- Life -----------------------------------------------------------------------------------------------------------

@@ -115,12 +115,14 @@ TEST_F(OpenGLTest, aFramebufferAroundATextureIsCompleteForBothTargets) {
 }
 
 TEST_F(OpenGLTest, aFramebufferAroundATextureStaysBoundAndSoDoesTheTexture) {
-    const GLuint texture = makeTexture(GL_TEXTURE_RECTANGLE);
-    const TextureFramebuffer framebuffer(texture, true);
-    EXPECT_EQ(bindingOf(GL_READ_FRAMEBUFFER_BINDING), framebuffer.getFramebuffer());
-    EXPECT_EQ(bindingOf(GL_DRAW_FRAMEBUFFER_BINDING), framebuffer.getFramebuffer());
     constexpr GLenum rectangleBinding = 0x84F6;
-    EXPECT_EQ(bindingOf(rectangleBinding), texture);
+    for (const bool rectangle : {true, false}) {
+        const GLuint texture = makeTexture(rectangle ? GL_TEXTURE_RECTANGLE : GL_TEXTURE_2D);
+        const TextureFramebuffer framebuffer(texture, rectangle);
+        EXPECT_EQ(bindingOf(GL_READ_FRAMEBUFFER_BINDING), framebuffer.getFramebuffer());
+        EXPECT_EQ(bindingOf(GL_DRAW_FRAMEBUFFER_BINDING), framebuffer.getFramebuffer());
+        EXPECT_EQ(bindingOf(rectangle ? rectangleBinding : GL_TEXTURE_BINDING_2D), texture);
+    }
 }
 
 TEST_F(OpenGLTest, theEndOfAFramebufferAroundATextureDeletesItAndLeavesTheTexture) {

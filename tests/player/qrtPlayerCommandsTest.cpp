@@ -1,5 +1,7 @@
 // What each request of a host does, when it is refused, and what it leaves alone.
-#include <thread>
+#include <functional>
+#include <limits>
+#include <vector>
 
 #include "harness/qrtPlayerFixture.h"
 
@@ -51,7 +53,8 @@ TEST_F(PlayerCommands, aFreshPlayerReportsItsDefaults) {
     EXPECT_FALSE(player->getAudioFormat());
 }
 
-// ---- Start and stop -----------------------------------------------------------------------------------------------------
+// ---- Start and stop
+// -----------------------------------------------------------------------------------------------------
 
 TEST_F(PlayerCommands, startingWithoutACompositionAnswersNoComposition) {
     ASSERT_EQ(player->initialize(host.nativeContext(), host.nativeWindow()).get(), Status::ok);
@@ -62,6 +65,13 @@ TEST_F(PlayerCommands, startingTwiceAnswersAlreadyProducing) {
     start();
     ASSERT_EQ(player->startProducing(playParams(0, 0, 5)).get(), Status::ok);
     EXPECT_EQ(player->startProducing(playParams(0, 0, 5)).get(), 257);
+}
+
+TEST_F(PlayerCommands, startingTwiceAnswersAlreadyProducingWhateverTheParameters) {
+    start();
+    ASSERT_EQ(player->startProducing(playParams(0, 0, 5)).get(), Status::ok);
+    EXPECT_EQ(player->startProducing(playParams(500, 400, 600)).get(), 257);
+    EXPECT_EQ(player->startProducing(nullptr).get(), 257);
 }
 
 TEST_F(PlayerCommands, startingWithoutParametersAnswersInvalidPlayParams) {
@@ -86,6 +96,7 @@ TEST_F(PlayerCommands, aCurrentFrameOnePastTheEndIsInvalidAndTheMessageNamesAllS
               "Player invalid play params. Player starts at 10 ends at 50 @ 24/1 and currentFrame is 51. "
               "Composition starts at 0 and ends at 99.");
     EXPECT_EQ(log.messages()[0].channel(), "");
+    EXPECT_EQ(log.messages()[0].file(), "src/player/private/qrtPlayerImpl");
     EXPECT_EQ(player->stopProducing().get(), 271);
 }
 
@@ -98,6 +109,73 @@ TEST_F(PlayerCommands, aRangeThatLeavesTheCompositionIsInvalid) {
     EXPECT_EQ(player->startProducing(playParams(9, 10, 29)).get(), 259);
     EXPECT_EQ(log.messages().size(), 3u);
     EXPECT_EQ(player->startProducing(playParams(10, 10, 29)).get(), Status::ok);
+}
+
+TEST_F(PlayerCommands, theCompositionsExtentIsRoundedAtTheRateOfTheParameters) {
+    ASSERT_EQ(player->initialize(host.nativeContext(), host.nativeWindow()).get(), Status::ok);
+    // The last of 200 ticks, 199, is frame 99.5 at 24 frames per second: rounded upwards.
+    ASSERT_EQ(setComposition(FakeComposition::create(0, 200, Rational(48, 1))).get(), Status::ok);
+    EXPECT_EQ(player->startProducing(playParams(0, 0, 101)).get(), 259);
+    EXPECT_EQ(player->startProducing(playParams(0, 0, 100)).get(), Status::ok);
+}
+
+TEST_F(PlayerCommands, theTicksOfTheDurationCountAtTheRateOfTheStart) {
+    ASSERT_EQ(player->initialize(host.nativeContext(), host.nativeWindow()).get(), Status::ok);
+    const SharedPtr<FakeComposition> composition(
+        new FakeComposition(Time(10, Rational(24, 1)), Time(20, Rational(48, 1))));
+    ASSERT_EQ(setComposition(composition).get(), Status::ok);
+    EXPECT_EQ(player->startProducing(playParams(10, 10, 30)).get(), 259);
+    EXPECT_EQ(player->startProducing(playParams(10, 10, 29)).get(), Status::ok);
+}
+
+TEST_F(PlayerCommands, negativeFramesAreRoundedAlikeOnBothSides) {
+    // A time at frame -10 is frame -9, of the composition as of the parameters, and so the message says.
+    ASSERT_EQ(player->initialize(host.nativeContext(), host.nativeWindow()).get(), Status::ok);
+    ASSERT_EQ(setComposition(FakeComposition::create(-10, 20)).get(), Status::ok);
+    const LogCapture log;
+    const auto params = playParams(0, 0, 9);
+    params->setStartFrame(-11);
+    EXPECT_EQ(player->startProducing(params).get(), 259);
+    ASSERT_EQ(log.messages().size(), 1u);
+    EXPECT_EQ(log.messages()[0].text(),
+              "Player invalid play params. Player starts at -10 ends at 9 @ 24/1 and currentFrame is 0. "
+              "Composition starts at -9 and ends at 9.");
+    params->setStartFrame(-10);
+    EXPECT_EQ(player->startProducing(params).get(), Status::ok);
+}
+
+TEST_F(PlayerCommands, aRunMayReachTheEndsOf64Bits) {
+    constexpr int64 least = std::numeric_limits<int64>::min();
+    constexpr int64 most = std::numeric_limits<int64>::max();
+    ASSERT_EQ(player->initialize(host.nativeContext(), host.nativeWindow()).get(), Status::ok);
+    struct Case {
+        int64 first, count, current, start, end;
+    };
+    for (Case const& run : {Case{most - 10, 100, most, most - 10, most}, Case{least, 100, least, least, least},
+                            Case{least, -5, least, least, least}, Case{0, most, most, 0, most}}) {
+        ASSERT_EQ(setComposition(FakeComposition::create(run.first, run.count)).get(), Status::ok);
+        const auto params = playParams(0, 0, 0);
+        params->setCurrentFrame(run.current);
+        params->setStartFrame(run.start);
+        params->setEndFrame(run.end);
+        ASSERT_EQ(player->startProducing(params).get(), Status::ok) << run.first << " " << run.count;
+        waitUntilReady(run.current);
+        EXPECT_EQ(player->stopProducing().get(), Status::ok);
+    }
+}
+
+TEST_F(PlayerCommands, parametersWithoutARateLieAtFrame0AndSoDoesTheComposition) {
+    ASSERT_EQ(player->initialize(host.nativeContext(), host.nativeWindow()).get(), Status::ok);
+    ASSERT_EQ(setComposition(FakeComposition::create(10, 20)).get(), Status::ok);
+    for (Rational const& rate : {Rational(0, 0), Rational(24, 0), Rational(0, 24)}) {
+        const auto params =
+            PlayParams::create(Time(), Time(), Time(), rate, 1, PlayParams::single, PlayParams::video_only);
+        params->setCurrentFrame(15);
+        params->setEndFrame(5000);
+        ASSERT_EQ(player->startProducing(params).get(), Status::ok);
+        waitUntilReady(15);
+        EXPECT_EQ(player->stopProducing().get(), Status::ok);
+    }
 }
 
 TEST_F(PlayerCommands, theCompositionsOwnFailuresAreReturnedByStart) {
@@ -132,7 +210,8 @@ TEST_F(PlayerCommands, thePlayerKeepsACopyOfTheParameters) {
     EXPECT_FALSE(player->isVideoBufferReady(40));
 }
 
-// ---- While producing ----------------------------------------------------------------------------------------------------
+// ---- While producing
+// ----------------------------------------------------------------------------------------------------
 
 TEST_F(PlayerCommands, everySetterButTheDefaultSourceRateIsRefusedWhileProducingAndChangesNothing) {
     start();
@@ -160,12 +239,32 @@ TEST_F(PlayerCommands, everySetterButTheDefaultSourceRateIsRefusedWhileProducing
     EXPECT_FALSE(player->getAudioFormat());
     EXPECT_EQ(player->getDefaultSourceVideoFrameRate(), Rational(30, 1));
     EXPECT_EQ(host.countTextures(), texturesBefore);
-    for (std::string const& entry : FakeGraphEngine::journal()) EXPECT_EQ(entry.rfind("renderFrame", 0), 0u) << entry;
+    for (std::string const& entry : FakeGraphEngine::journal())
+        EXPECT_EQ(entry.rfind("renderFrame", 0), 0u) << entry;
     SharedPtr<VideoBuffer> buffer;
     EXPECT_EQ(player->getVideoBuffer(99, buffer).get(), Status::ok) << "the composition of 100 frames is still there";
 }
 
-// ---- Formats ------------------------------------------------------------------------------------------------------------
+TEST_F(PlayerCommands, evenARefusedExchangeClearsTheCache) {
+    start();
+    ASSERT_EQ(player->startProducing(playParams(0, 0, 0)).get(), Status::ok);  // leaves room for another frame
+    const std::vector<std::function<Status()>> exchanges{
+        [&] { return setComposition(FakeComposition::create(0, 5)); },
+        [&] { return player->updateComposition(FakeComposition::create(0, 5), "change"); },
+        [&] { return player->setAudioFormat(nullptr); },
+    };
+    for (auto const& exchange : exchanges) {
+        SharedPtr<VideoBuffer> buffer;
+        ASSERT_EQ(player->getVideoBuffer(90, buffer).get(), Status::ok);
+        drain();
+        ASSERT_TRUE(player->isVideoBufferReady(90));
+        EXPECT_EQ(exchange().get(), 275);
+        EXPECT_FALSE(player->isVideoBufferReady(90));
+    }
+}
+
+// ---- Formats
+// ------------------------------------------------------------------------------------------------------------
 
 TEST_F(PlayerCommands, anInvalidResolutionIsRefusedWhateverElseHolds) {
     EXPECT_EQ(player->setVideoResolution(VideoBufferResolution()).get(), 3);
@@ -196,10 +295,13 @@ TEST_F(PlayerCommands, aNewResolutionClearsTheCacheAndNewFramesHaveIt) {
     EXPECT_EQ(frameIn(buffer), 1);
 }
 
-TEST_F(PlayerCommands, aResolutionThatThePoolRefusesIsReturnedAndTheOldOneStays) {
+TEST_F(PlayerCommands, aResolutionThatThePoolRefusesIsReturnedAndTheOldOneStaysButNoCachedFrame) {
     start();
+    SharedPtr<VideoBuffer> buffer;
+    ASSERT_EQ(player->getVideoBuffer(1, buffer).get(), Status::ok);
     EXPECT_EQ(player->setVideoResolution(VideoBufferResolution(40, 20, 2, 8, false)).get(), 262);
     EXPECT_EQ(player->getVideoResolution(), smallRgba8);
+    EXPECT_FALSE(player->isVideoBufferReady(1));
 }
 
 TEST_F(PlayerCommands, settingTheSameRamOutputsSucceedsEvenWhileProducing) {
@@ -222,6 +324,14 @@ TEST_F(PlayerCommands, switchingRamOutputsClearsTheCacheAndChangesTheKindOfFrame
     }
 }
 
+TEST_F(PlayerCommands, ramOutputsThatThePoolsCannotFollowReturnTheirFailureAndStaySet) {
+    player = Player::create(VideoBufferResolution(16, 8, 2, 8, false), FakeGraphEngine::create);
+    ASSERT_EQ(player->initialize(host.nativeContext(), host.nativeWindow()).get(), 262);
+    EXPECT_EQ(player->setRamOutputs(true).get(), 262);
+    EXPECT_TRUE(player->getRamOutputs());
+    EXPECT_EQ(player->setRamOutputs(true).get(), Status::ok) << "no change";
+}
+
 TEST_F(PlayerCommands, theFrameRateNeedsACompositionAndBecomesWhatTheGraphEngineReports) {
     ASSERT_EQ(player->initialize(host.nativeContext(), host.nativeWindow()).get(), Status::ok);
     EXPECT_EQ(player->setVideoFrameRate(Rational(25, 1)).get(), 265);
@@ -233,11 +343,14 @@ TEST_F(PlayerCommands, theFrameRateNeedsACompositionAndBecomesWhatTheGraphEngine
     EXPECT_FALSE(player->isVideoBufferReady(1));
 }
 
-TEST_F(PlayerCommands, aFrameRateThatTheGraphEngineRefusesIsReturnedAndTheOldOneStays) {
+TEST_F(PlayerCommands, aFrameRateThatTheGraphEngineRefusesIsReturnedAndTheOldOneStaysButNoCachedFrame) {
     start();
+    SharedPtr<VideoBuffer> buffer;
+    ASSERT_EQ(player->getVideoBuffer(1, buffer).get(), Status::ok);
     FakeGraphEngine::answer("setVideoFrameRate", 703);
     EXPECT_EQ(player->setVideoFrameRate(Rational(25, 1)).get(), 703);
     EXPECT_EQ(player->getVideoFrameRate(), Rational(24, 1));
+    EXPECT_FALSE(player->isVideoBufferReady(1));
 }
 
 TEST_F(PlayerCommands, aNewAudioFormatClearsTheCacheAndTheSameObjectIsNoChange) {
@@ -253,13 +366,25 @@ TEST_F(PlayerCommands, aNewAudioFormatClearsTheCacheAndTheSameObjectIsNoChange) 
     EXPECT_EQ(format->refcount(), 1u) << "the player let go of it";
 }
 
-// ---- Composition --------------------------------------------------------------------------------------------------------
+// ---- Composition
+// --------------------------------------------------------------------------------------------------------
 
 TEST_F(PlayerCommands, theGraphEngineGetsTheCompositionWithFormatAndDefaultRate) {
     ASSERT_EQ(player->initialize(host.nativeContext(), host.nativeWindow()).get(), Status::ok);
     ASSERT_EQ(player->setDefaultSourceVideoFrameRate(Rational(50, 1)).get(), Status::ok);
     ASSERT_EQ(setComposition(FakeComposition::create(0, 100)).get(), Status::ok);
     EXPECT_EQ(FakeGraphEngine::countOf("setComposition 0 segments 16x8 50/1"), 1);
+}
+
+TEST_F(PlayerCommands, aDefaultSourceRateTakesEffectWithTheNextComposition) {
+    start();
+    FakeGraphEngine::clearJournal();
+    ASSERT_EQ(player->setDefaultSourceVideoFrameRate(Rational(50, 1)).get(), Status::ok);
+    drain();
+    EXPECT_EQ(FakeGraphEngine::journal(), std::vector<std::string>{});
+    EXPECT_EQ(player->getVideoFrameRate(), Rational(24, 1)) << "that of sources is not that of the output";
+    ASSERT_EQ(setComposition(FakeComposition::create(0, 100)).get(), Status::ok);
+    EXPECT_EQ(FakeGraphEngine::journal(), std::vector<std::string>{"setComposition 0 segments 16x8 50/1"});
 }
 
 TEST_F(PlayerCommands, theCompositionsFrameRateBecomesTheOutputRate) {
@@ -274,18 +399,30 @@ TEST_F(PlayerCommands, theCompositionsFrameRateBecomesTheOutputRate) {
 
 TEST_F(PlayerCommands, anIncompleteCompositionIsAdoptedAndItsResultReturned) {
     ASSERT_EQ(player->initialize(host.nativeContext(), host.nativeWindow()).get(), Status::ok);
+    {
+        const std::lock_guard lock(FakeGraphEngine::script().mutex);
+        FakeGraphEngine::script().frameRateToReport = Rational(60, 1);
+    }
     FakeGraphEngine::answer("setComposition", 269);
     EXPECT_EQ(setComposition(FakeComposition::create(0, 100)).get(), 269);
+    EXPECT_EQ(player->getVideoFrameRate(), Rational(60, 1));
     SharedPtr<VideoBuffer> buffer;
     EXPECT_EQ(player->getVideoBuffer(99, buffer).get(), Status::ok);
 }
 
 TEST_F(PlayerCommands, aCompositionThatTheGraphEngineRefusesLeavesNone) {
     start();
+    {
+        const std::lock_guard lock(FakeGraphEngine::script().mutex);
+        FakeGraphEngine::script().frameRateToReport = Rational(60, 1);
+    }
     FakeGraphEngine::answer("setComposition", 704);
     EXPECT_EQ(setComposition(FakeComposition::create(0, 100)).get(), 704);
+    EXPECT_EQ(player->getVideoFrameRate(), Rational(24, 1));
     SharedPtr<VideoBuffer> buffer;
     EXPECT_EQ(player->getVideoBuffer(0, buffer).get(), 265);
+    EXPECT_EQ(player->startProducing(playParams(0, 0, 5)).get(), 265);
+    EXPECT_EQ(player->updateComposition(FakeComposition::create(0, 5), "x").get(), 273);
 }
 
 TEST_F(PlayerCommands, aNewCompositionClearsTheCacheSoThatNoFrameOfTheOldOneIsDelivered) {
@@ -325,10 +462,13 @@ TEST_F(PlayerCommands, updatingWithoutACompositionAnswersNoCompositionToUpdate) 
     EXPECT_EQ(player->updateComposition(FakeComposition::create(0, 5), "x").get(), 273);
 }
 
-TEST_F(PlayerCommands, anUpdateThatTheGraphEngineRefusesIsReturned) {
+TEST_F(PlayerCommands, anUpdateThatTheGraphEngineRefusesIsReturnedAndNoCachedFrameStays) {
     start();
+    SharedPtr<VideoBuffer> buffer;
+    ASSERT_EQ(player->getVideoBuffer(1, buffer).get(), Status::ok);
     FakeGraphEngine::answer("updateComposition", 705);
     EXPECT_EQ(player->updateComposition(FakeComposition::create(0, 5), "x").get(), 705);
+    EXPECT_FALSE(player->isVideoBufferReady(1));
 }
 
 TEST_F(PlayerCommands, theTokenResolverIsTheGraphEngines) {

@@ -47,6 +47,15 @@ TEST_F(PlayerDebugLines, uninitializeTellsItsSteps) {
     EXPECT_TRUE(log.contains("ResourcePoolFBO::uninitialize()-numDeletedFBO=4"));
 }
 
+TEST_F(PlayerDebugLines, aSecondInitializeAndAnUntimelyUninitializeTellNoMoreThanTheirBeginning) {
+    EXPECT_EQ(player->uninitialize().get(), 256);
+    EXPECT_EQ(log.lines(), std::vector<std::string>{"uninitialize() - beginning"});
+    start();
+    log.clear();
+    EXPECT_EQ(player->initialize(host.nativeContext(), host.nativeWindow()).get(), 272);
+    EXPECT_EQ(log.lines(), std::vector<std::string>{"initialize() - beginning"});
+}
+
 TEST_F(PlayerDebugLines, aPoolThatCannotBeSetUpIsToldWithItsType) {
     player = Player::create(VideoBufferResolution(16, 8, 2, 8, false), FakeGraphEngine::create);
     (void)player->initialize(host.nativeContext(), host.nativeWindow());
@@ -58,11 +67,10 @@ TEST_F(PlayerDebugLines, aFrameOnDemandIsToldStepByStep) {
     SharedPtr<VideoBuffer> buffer;
     log.clear();
     ASSERT_EQ(player->getVideoBuffer(12, buffer).get(), Status::ok);
-    EXPECT_EQ(log.lines(), (std::vector<std::string>{"getVideoBuffer()-before frameNumber = 12",
-                                                     "_cmdProduceVideoBuffer() frameNumber = 12",
-                                                     "Locking an FBO remaining 3",
-                                                     "Produced VRAMOutput frameNumber = 12",
-                                                     "getVideoBuffer()-after frameNumber = 12"}));
+    EXPECT_EQ(log.lines(), (std::vector<std::string>{
+                               "getVideoBuffer()-before frameNumber = 12", "_cmdProduceVideoBuffer() frameNumber = 12",
+                               "Locking an FBO remaining 3", "Produced VRAMOutput frameNumber = 12",
+                               "getVideoBuffer()-after frameNumber = 12"}));
 }
 
 TEST_F(PlayerDebugLines, aFrameInMemoryIsToldAsSuch) {
@@ -87,13 +95,26 @@ TEST_F(PlayerDebugLines, aCachedFrameIsToldWithoutProduction) {
                                                      "getVideoBuffer()-after frameNumber = 12"}));
 }
 
+TEST_F(PlayerDebugLines, aFrameThatFailsIsNotToldAsDelivered) {
+    start();
+    FakeGraphEngine::answer("renderFrame", 777);
+    SharedPtr<VideoBuffer> buffer;
+    log.clear();
+    ASSERT_EQ(player->getVideoBuffer(12, buffer).get(), 777);
+    EXPECT_EQ(log.lines(),
+              (std::vector<std::string>{"getVideoBuffer()-before frameNumber = 12",
+                                        "_cmdProduceVideoBuffer() frameNumber = 12", "Locking an FBO remaining 3",
+                                        "Releasing an FBO remaining 4", "getVideoBuffer() failed = 777"}));
+}
+
 TEST_F(PlayerDebugLines, aRunTellsEveryFrameThatItTriesAndItsEndOnce) {
     start();
     log.clear();
     ASSERT_EQ(player->startProducing(playParams(5, 0, 50)).get(), Status::ok);
     const std::string end = "PlayerImpl::_produceNextVideoBuffer() has no more frames to produce.";
     log.waitFor(end);
-    for (int i = 0; i < 5; ++i) drain();
+    for (int i = 0; i < 5; ++i)
+        drain();
     const std::string prefix = "PlayerImpl::_produceNextVideoBuffer() - Trying to produce frameNumber = ";
     const std::vector<std::string> expected{prefix + "5", prefix + "6", prefix + "7", end};
     EXPECT_EQ(only({expected.begin(), expected.end()}), expected) << "and nothing is posted behind the end";
@@ -136,9 +157,9 @@ TEST_F(PlayerDebugLines, theLinesComeFromTheirSourcesOnThePlayersChannel) {
         EXPECT_GT(message.line(), 0);
         sources.insert(message.file());
     }
-    EXPECT_EQ(sources, (std::set<std::string>{"src/player/private/qrtPlayerImpl",
-                                              "src/player/private/qrtProducedVideoBuffer",
-                                              "src/player/private/qrtResourcePoolFBO"}));
+    EXPECT_EQ(sources,
+              (std::set<std::string>{"src/player/private/qrtPlayerImpl", "src/player/private/qrtProducedVideoBuffer",
+                                     "src/player/private/qrtResourcePoolFBO"}));
 }
 
 TEST_F(PlayerDebugLines, everyLineBeginsWithTheIdOfItsThread) {
@@ -148,7 +169,8 @@ TEST_F(PlayerDebugLines, everyLineBeginsWithTheIdOfItsThread) {
     ASSERT_FALSE(log.messages().empty());
     EXPECT_EQ(log.messages().front().text(), own.str());
     std::set<std::string> prefixes;
-    for (LogMsg const& message : log.messages()) prefixes.insert(message.text().substr(0, message.text().find('-')));
+    for (LogMsg const& message : log.messages())
+        prefixes.insert(message.text().substr(0, message.text().find('-')));
     EXPECT_EQ(prefixes.size(), 2u) << "the host's thread and the player's";
 }
 

@@ -170,6 +170,33 @@ TEST_F(PlayerDelivery, aFrameIsReadyExactlyWhileItIsCached) {
     EXPECT_TRUE(player->isVideoBufferReady(13));
     ASSERT_EQ(setComposition(FakeComposition::create(0, 100)).get(), Status::ok);
     EXPECT_FALSE(player->isVideoBufferReady(13)) << "cleared";
+    ASSERT_EQ(fetch(7), Status::ok);
+    ASSERT_EQ(player->uninitialize().get(), Status::ok);
+    EXPECT_FALSE(player->isVideoBufferReady(7)) << "the engine's end clears the cache too";
+}
+
+TEST_F(PlayerDelivery, heldTexturesKeepTheirPixelsThroughAllResolutionsAndGoWithTheEnginesContext) {
+    std::vector<SharedPtr<VideoBuffer>> held;
+    for (int life = 0; life < 2; ++life) {
+        start();
+        const size_t numOfEarlierLives = held.size();
+        for (const int width : {32, 8, 64, 16}) {
+            ASSERT_EQ(player->setVideoResolution(VideoBufferResolution(width, 8, 4, 8, false)).get(), Status::ok);
+            held.emplace_back();
+            ASSERT_EQ(player->getVideoBuffer(width, held.back()).get(), Status::ok);
+        }
+        for (size_t i = numOfEarlierLives; i < held.size(); ++i)
+            EXPECT_EQ(frameIn(held[i]), held[i]->getResolution().getWidth());
+        ASSERT_EQ(player->uninitialize().get(), Status::ok);
+    }
+    player.reset();
+    for (auto const& buffer : held) {
+        unsigned int texture = 77;
+        EXPECT_EQ(buffer->getTexture(texture).get(), Status::ok);
+        EXPECT_EQ(texture, 0u);
+    }
+    held.clear();
+    EXPECT_EQ(host.countTextures(), 0);
 }
 
 TEST_F(PlayerDelivery, isReadyBeforeInitializeIsFalse) {

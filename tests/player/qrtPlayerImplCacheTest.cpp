@@ -2,12 +2,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <thread>
 #include <vector>
 
 #include "harness/qrtHostContext.h"
 #include "harness/qrtLogCapture.h"
 #include "harness/qrtPlayerImplInspector.h"
 #include "harness/qrtPoolObserver.h"
+#include "harness/qrtThreadChances.h"
 #include "qrtCacheEvictionAdvisor.h"
 #include "qrtProducedVideoBuffer.h"
 
@@ -115,6 +118,23 @@ TEST_F(PlayerImplCache, aFrameThatIsNotThereGivesTheCachesOwnFailureAndEmptiesTh
         EXPECT_EQ(Inspector::cacheGet(engine, 5, found, timeoutMs).get(), ofTheCache.get());
         EXPECT_FALSE(found);
     }
+}
+
+TEST_F(PlayerImplCache, aFrameThatIsNotThereIsWaitedForAsLongAsTheCallerSays) {
+    constexpr int32 anHourMs = 3600 * 1000;
+    const SharedPtr<VideoBuffer> buffer = newBuffer();
+    SharedPtr<VideoBuffer> found;
+    Status status;
+    std::atomic<bool> isAnswered{false};
+    std::thread waiting([&] {
+        status = Inspector::cacheGet(engine, 5, found, anHourMs);
+        isAnswered = true;
+    });
+    EXPECT_TRUE(staysFalse(isAnswered));
+    ASSERT_EQ(Inspector::cachePut(engine, 5, buffer).get(), Status::ok);
+    waiting.join();
+    EXPECT_EQ(status.get(), Status::ok);
+    EXPECT_EQ(found, buffer);
 }
 
 TEST_F(PlayerImplCache, aRecordThatIsNoFrameIsType258AndEmptiesTheBuffer) {

@@ -4,6 +4,7 @@
 
 #include "foundation/core/qrtAudioFormatInterface.h"
 #include "harness/qrtFakeGraphEngine.h"
+#include "harness/qrtFakeSegment.h"
 #include "harness/qrtHostContext.h"
 #include "harness/qrtPlayerImplInspector.h"
 #include "harness/qrtRecordingObserver.h"
@@ -31,6 +32,108 @@ protected:
 
     HostContext host;
 };
+
+// ---- Its life -------------------------------------------------------------------------------------------------------
+
+TEST_F(PlayerImplFeatures, aNewEngineHasParametersThatPlayFrame0OnceWithPictureAndSound) {
+    PlayerImpl engine(smallFormat, FakeGraphEngine::create);
+    EXPECT_TRUE(Inspector::playParams(engine) ==
+                *PlayParams::create(Time(), Time(), Time(), Rational(24, 1), 1, PlayParams::single, PlayParams::all));
+}
+
+TEST_F(PlayerImplFeatures, theSurfaceIsTheCallersAndTheContextThePlayerThreadsBothOfACoreProfile) {
+    PlayerImpl engine(smallFormat, FakeGraphEngine::create);
+    ASSERT_EQ(engine.initialize(host.nativeContext(), host.nativeWindow()).get(), Status::ok);
+    EXPECT_EQ(engine.priority(), QThread::InheritPriority);
+    const QSurfaceFormat wanted = Inspector::surface(engine)->requestedFormat();
+    EXPECT_EQ(Inspector::surface(engine)->thread(), QThread::currentThread());
+    EXPECT_EQ(wanted.profile(), QSurfaceFormat::CoreProfile);
+    EXPECT_EQ(wanted.version(), qMakePair(3, 2));
+    EXPECT_EQ(Inspector::playerContext(engine)->thread(), &engine);
+    EXPECT_EQ(Inspector::playerContext(engine)->parent(), nullptr);
+    EXPECT_EQ(Inspector::playerContext(engine)->format().profile(), QSurfaceFormat::CoreProfile);
+    EXPECT_GE(Inspector::playerContext(engine)->format().version(), qMakePair(3, 2));
+}
+
+TEST_F(PlayerImplFeatures, theContextSharesWithTheHostsOrWithNobodyAndEndsWithTheLife) {
+    PlayerImpl engine(smallFormat, FakeGraphEngine::create);
+    for (const bool isSharing : {true, false, true}) {
+        ASSERT_EQ(engine.initialize(isSharing ? host.nativeContext() : nullptr, host.nativeWindow()).get(), Status::ok);
+        EXPECT_EQ(Inspector::hostContext(engine) != nullptr, isSharing);
+        EXPECT_EQ(Inspector::playerContext(engine)->shareContext(), Inspector::hostContext(engine));
+        ASSERT_EQ(engine.uninitialize().get(), Status::ok);
+        EXPECT_EQ(Inspector::surface(engine), nullptr);
+        EXPECT_EQ(Inspector::hostContext(engine), nullptr);
+        EXPECT_EQ(Inspector::playerContext(engine), nullptr);
+    }
+}
+
+TEST_F(PlayerImplFeatures, uninitializeEmptiesThePoolsAndTheCacheAndInitializeFillsThePoolsAgain) {
+    PlayerImpl engine(smallFormat, FakeGraphEngine::create);
+    ASSERT_EQ(engine.setRamOutputs(true).get(), Status::ok);
+    for (int life = 0; life < 2; ++life) {
+        ASSERT_EQ(engine.initialize(host.nativeContext(), host.nativeWindow()).get(), Status::ok);
+        EXPECT_EQ(Inspector::fboPool(engine).getNumResources(), 4u);
+        EXPECT_EQ(Inspector::ramPool(engine).getNumResources(), 4u);
+        ASSERT_EQ(engine.setComposition(FakeComposition::create(0, 10), {}).get(), Status::ok);
+        SharedPtr<VideoBuffer> buffer;
+        ASSERT_EQ(engine.getVideoBuffer(3, buffer).get(), Status::ok);
+        ASSERT_EQ(engine.uninitialize().get(), Status::ok);
+        EXPECT_TRUE(Inspector::cache(engine).empty());
+        EXPECT_FALSE(Inspector::fboPool(engine).isInitialized());
+        EXPECT_FALSE(Inspector::ramPool(engine).isInitialized());
+    }
+}
+
+TEST_F(PlayerImplFeatures, uninitializeLetsGoOfTheExternalSegments) {
+    for (const bool isWrapped : {false, true}) {
+        PlayerImpl engine(smallFormat, FakeGraphEngine::create);
+        const size_t budget = isWrapped ? 1 : 0;
+        (void)engine.externalSegmentCache().setConstraint(Resource::Type::ram, ResourceConstraint::ResizeMode::fixed, 0,
+                                                          budget);
+        ASSERT_EQ(engine.initialize(host.nativeContext(), host.nativeWindow()).get(), Status::ok);
+        const auto segment = FakeSegment::create("a", {});
+        List<SharedPtr<ExternalSegment>> segments;
+        segments.append(segment);
+        ASSERT_EQ(engine.setComposition(FakeComposition::create(0, 10), segments).get(), Status::ok);
+        segments.clear();
+        EXPECT_GT(segment->refcount(), 1u);
+        ASSERT_EQ(engine.uninitialize().get(), Status::ok);
+        EXPECT_EQ(segment->refcount(), 1u);
+    }
+}
+
+// ---- The pools' formats ---------------------------------------------------------------------------------------------
+
+TEST_F(PlayerImplFeatures, aResolutionReachesThePoolsThatAreInUseAndTheOthersWhenTheyAreNext) {
+    const VideoBufferResolution larger(40, 20, 4, 8, false);
+    const VideoBufferResolution largest(80, 40, 4, 8, false);
+    PlayerImpl engine(smallFormat, FakeGraphEngine::create);
+    auto& fboPool = Inspector::fboPool(engine);
+    auto& ramPool = Inspector::ramPool(engine);
+    ASSERT_EQ(engine.setRamOutputs(true).get(), Status::ok);
+    ASSERT_EQ(engine.setPref(Prefs::PRODUCER_CACHE_NB_HEAD_FRAMES, 3).get(), Status::ok);
+    ASSERT_EQ(engine.setVideoResolution(larger).get(), Status::ok);
+    EXPECT_EQ(ramPool.getResolution(), larger) << "a preference has filled it before initialize";
+    EXPECT_FALSE(fboPool.getResolution().isValid());
+    ASSERT_EQ(engine.initialize(host.nativeContext(), host.nativeWindow()).get(), Status::ok);
+    EXPECT_EQ(fboPool.getResolution(), larger);
+    ASSERT_EQ(engine.setRamOutputs(false).get(), Status::ok);
+    ASSERT_EQ(engine.setVideoResolution(largest).get(), Status::ok);
+    EXPECT_EQ(fboPool.getResolution(), largest);
+    EXPECT_EQ(ramPool.getResolution(), larger) << "it is empty";
+    ASSERT_EQ(engine.setRamOutputs(true).get(), Status::ok);
+    EXPECT_EQ(ramPool.getResolution(), largest);
+}
+
+TEST_F(PlayerImplFeatures, aResolutionThatThePoolOfFramebuffersRefusesDoesNotReachThatOfMemory) {
+    PlayerImpl engine(smallFormat, FakeGraphEngine::create);
+    ASSERT_EQ(engine.setRamOutputs(true).get(), Status::ok);
+    ASSERT_EQ(engine.initialize(host.nativeContext(), host.nativeWindow()).get(), Status::ok);
+    EXPECT_EQ(engine.setVideoResolution(VideoBufferResolution(40, 20, 2, 8, false)).get(), 262);
+    EXPECT_EQ(Inspector::ramPool(engine).getResolution(), smallFormat);
+    EXPECT_EQ(engine.getVideoResolution(), smallFormat);
+}
 
 // ---- The pools' sizes -----------------------------------------------------------------------------------------------
 
@@ -104,6 +207,22 @@ TEST_F(PlayerImplFeatures, statisticsSkipRecordsThatAreNoProducedFrames) {
     ASSERT_EQ(stats->getFrameRanges().size(), 2u);
     EXPECT_EQ(stats->getFrameRanges()[0], (CacheStats::FrameRange{4, 4}));
     EXPECT_EQ(stats->getFrameRanges()[1], (CacheStats::FrameRange{6, 6}));
+}
+
+TEST_F(PlayerImplFeatures, statisticsGoOnBehindARecordThatIsNoProducedFrame) {
+    class OtherRecord final : public CacheData {};
+    PlayerImpl engine(smallFormat, FakeGraphEngine::create);
+    const auto putOther = [&](char const* key) {
+        ASSERT_EQ(Inspector::cache(engine).put(key, SharedPtr<CacheData>(new OtherRecord)).get(), Status::ok);
+    };
+    putOther("1");
+    for (const int64 frame : {4, 5})
+        ASSERT_EQ(Inspector::cachePut(engine, frame, nullptr).get(), Status::ok);
+    putOther("9");  // whichever way the walk goes, it meets one of the two first
+    ConstSharedPtr<CacheStats> stats;
+    ASSERT_EQ(engine.getCacheStats(CacheStats::CacheType::producer, stats).get(), Status::ok);
+    ASSERT_EQ(stats->getFrameRanges().size(), 1u);
+    EXPECT_EQ(stats->getFrameRanges()[0], (CacheStats::FrameRange{4, 5}));
 }
 
 TEST_F(PlayerImplFeatures, statisticsReachBothEndsOfAll64Bits) {

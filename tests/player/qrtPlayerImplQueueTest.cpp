@@ -3,7 +3,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <functional>
 #include <latch>
+#include <string>
 #include <thread>
 
 #include "harness/qrtFakeGraphEngine.h"
@@ -55,7 +57,8 @@ protected:
         isLetGo = true;
     }
     void waitForQueueOf(size_t size) const {
-        while (PlayerImplInspector::queue(*engine).size() != size) std::this_thread::yield();
+        while (PlayerImplInspector::queue(*engine).size() != size)
+            std::this_thread::yield();
     }
     /// Waits until everything posted so far has run.
     void drain() {
@@ -99,13 +102,15 @@ TEST_F(PlayerImplQueue, requestsAtTheBackRunInTheOrderOfPosting) {
         waitForQueueOf(static_cast<size_t>(i) + 1);
     }
     letGo();
-    for (std::thread& setter : setters) setter.join();
+    for (std::thread& setter : setters)
+        setter.join();
     std::vector<std::string> rates;
     for (std::string const& entry : FakeGraphEngine::journal()) {
         if (entry.rfind("setVideoFrameRate", 0) == 0) rates.push_back(entry);
     }
     ASSERT_EQ(rates.size(), 10u);
-    for (size_t i = 0; i < 10; ++i) EXPECT_EQ(rates[i], "setVideoFrameRate " + std::to_string(30 + i) + "/1");
+    for (size_t i = 0; i < 10; ++i)
+        EXPECT_EQ(rates[i], "setVideoFrameRate " + std::to_string(30 + i) + "/1");
 }
 
 TEST_F(PlayerImplQueue, terminationBehindTenRequestsLetsTheTenRunFirst) {
@@ -119,7 +124,8 @@ TEST_F(PlayerImplQueue, terminationBehindTenRequestsLetsTheTenRunFirst) {
     std::thread ender([this] { EXPECT_EQ(engine->uninitialize().get(), Status::ok); });
     waitForQueueOf(11);
     letGo();
-    for (std::thread& setter : setters) setter.join();
+    for (std::thread& setter : setters)
+        setter.join();
     ender.join();
     EXPECT_EQ(numSucceeded, 10);
 }
@@ -134,8 +140,10 @@ TEST_F(PlayerImplQueue, aCachedFrameWhileNotProducingPostsNothing) {
 
 TEST_F(PlayerImplQueue, aCachedFrameWhileProducingPostsOneUpdateOfTheCurrentFrame) {
     ASSERT_EQ(engine->startProducing(range(5, 0, 50)).get(), Status::ok);
-    while (!engine->isVideoBufferReady(7)) drain();
-    for (int i = 0; i < 4; ++i) drain();
+    while (!engine->isVideoBufferReady(7))
+        drain();
+    for (int i = 0; i < 4; ++i)
+        drain();
     holdPlayerThreadIn(90);  // outside the play range: moves nothing
     SharedPtr<VideoBuffer> buffer;
     ASSERT_EQ(engine->getVideoBuffer(6, buffer).get(), Status::ok);
@@ -143,7 +151,8 @@ TEST_F(PlayerImplQueue, aCachedFrameWhileProducingPostsOneUpdateOfTheCurrentFram
     buffer.reset();
     letGo();
     holder.join();
-    while (!engine->isVideoBufferReady(8)) drain();
+    while (!engine->isVideoBufferReady(8))
+        drain();
     ASSERT_EQ(engine->stopProducing().get(), Status::ok);
     EXPECT_EQ(PlayerImplInspector::playParams(*engine).getCurrentFrame(), 6);
 }
@@ -186,5 +195,90 @@ TEST_F(PlayerImplQueue, aReleasedFrameWhileProducingRestartsTheLoop) {
     EXPECT_EQ(PlayerImplInspector::queue(*engine).size(), 1u);
     PlayerImplInspector::setProducing(*engine, false);
 }
+
+// ---- What hosts post ------------------------------------------------------------------------------------------------
+
+TEST_F(PlayerImplQueue, whatOnlyReadsOrNeedsNoPlayerThreadPostsNothing) {
+    holdPlayerThreadIn(1);
+    Vector<String> names;
+    ConstSharedPtr<CacheStats> stats;
+    EXPECT_EQ(engine->setDefaultSourceVideoFrameRate(Rational(50, 1)).get(), Status::ok);
+    EXPECT_EQ(engine->getDefaultSourceVideoFrameRate(), Rational(50, 1));
+    EXPECT_EQ(engine->getVideoFrameRate(), Rational(24, 1));
+    EXPECT_EQ(engine->getVideoResolution(), VideoBufferResolution(16, 8, 4, 8, false));
+    EXPECT_FALSE(engine->getAudioFormat());
+    EXPECT_FALSE(engine->getRamOutputs());
+    EXPECT_TRUE(engine->getTokenResolver());
+    EXPECT_FALSE(engine->isVideoBufferReady(2));
+    EXPECT_EQ(engine->getPrefs(names).get(), Status::ok);
+    EXPECT_EQ(engine->getCacheStats(CacheStats::CacheType::producer, stats).get(), Status::ok);
+    EXPECT_EQ(engine->initialize(nullptr, nullptr).get(), 272);
+    EXPECT_EQ(engine->stopProducing().get(), 271);
+    EXPECT_EQ(PlayerImplInspector::queue(*engine).size(), 0u);
+}
+
+struct PostedCase {
+    char const* name;
+    int code;
+    bool isSynchronous;
+    std::function<void(PlayerImpl&)> call;
+};
+
+class PlayerImplPosts : public PlayerImplQueue, public ::testing::WithParamInterface<PostedCase> {};
+
+TEST_P(PlayerImplPosts, oneCommandOfItsOwnKind) {
+    SharedPtr<VideoBuffer> cached;
+    ASSERT_EQ(engine->getVideoBuffer(5, cached).get(), Status::ok);
+    holdPlayerThreadIn(1);
+    PlayerImplInspector::setProducing(*engine, true);
+    std::thread caller([this] { GetParam().call(*engine); });
+    auto& queue = PlayerImplInspector::queue(*engine);
+    std::unique_ptr<Cmd> command = queue.take();
+    EXPECT_EQ(static_cast<int>(command->type()), GetParam().code);
+    EXPECT_EQ(dynamic_cast<CmdSynchronous*>(command.get()) != nullptr, GetParam().isSynchronous);
+    EXPECT_EQ(queue.size(), 0u);
+    PlayerImplInspector::setProducing(*engine, false);
+    queue.pushFront(std::move(command));
+    letGo();
+    caller.join();
+}
+
+namespace {
+
+const auto someParams = range(0, 0, 50);
+const SharedPtr<Composition> someComposition = FakeComposition::create(0, 100);
+const String headFrames("PRODUCER_CACHE_NB_HEAD_FRAMES");
+
+void fetch(PlayerImpl& engine, int64 frame) {
+    SharedPtr<VideoBuffer> buffer;
+    (void)engine.getVideoBuffer(frame, buffer);
+}
+
+}  // namespace
+
+INSTANTIATE_TEST_SUITE_P(
+    Operations, PlayerImplPosts,
+    ::testing::Values(
+        PostedCase{"startProducing", 1, true, [](PlayerImpl& e) { (void)e.startProducing(someParams); }},
+        PostedCase{"stopProducing", 2, true, [](PlayerImpl& e) { (void)e.stopProducing(); }},
+        PostedCase{"setComposition", 4, true, [](PlayerImpl& e) { (void)e.setComposition(someComposition, {}); }},
+        PostedCase{"updateComposition", 5, true,
+                   [](PlayerImpl& e) { (void)e.updateComposition(someComposition, "x"); }},
+        PostedCase{"setVideoResolution", 6, true,
+                   [](PlayerImpl& e) { (void)e.setVideoResolution(VideoBufferResolution(8, 8, 4, 8, false)); }},
+        PostedCase{"setVideoFrameRate", 7, true, [](PlayerImpl& e) { (void)e.setVideoFrameRate(Rational(25, 1)); }},
+        PostedCase{"setAudioFormat", 9, true, [](PlayerImpl& e) { (void)e.setAudioFormat(nullptr); }},
+        PostedCase{"setRamOutputs", 10, true, [](PlayerImpl& e) { (void)e.setRamOutputs(true); }},
+        PostedCase{"setPref", 11, true, [](PlayerImpl& e) { (void)e.setPref(headFrames, 3); }},
+        PostedCase{"getPref", 12, true,
+                   [](PlayerImpl& e) {
+                       int value = 0;
+                       EXPECT_EQ(e.getPref(headFrames, value).get(), Status::ok);
+                       EXPECT_EQ(value, 2);
+                   }},
+        PostedCase{"getVideoBufferMissed", 14, true, [](PlayerImpl& e) { fetch(e, 2); }},
+        PostedCase{"getVideoBufferCached", 16, false, [](PlayerImpl& e) { fetch(e, 5); }},
+        PostedCase{"uninitialize", 17, false, [](PlayerImpl& e) { (void)e.uninitialize(); }}),
+    [](auto const& caseInfo) { return std::string(caseInfo.param.name); });
 
 }  // namespace QRT_0_81

@@ -22,9 +22,20 @@ bool isThreadRunning(std::string const& name) {
     return false;
 }
 
+int numFactoryCalls = 0;
+
+/// Makes a graph engine from its second call on, respectively from its third.
+SharedPtr<GraphEngineInterface> makesOneAtTheSecondCall() {
+    return ++numFactoryCalls < 2 ? nullptr : FakeGraphEngine::create();
+}
+SharedPtr<GraphEngineInterface> makesOneAtTheThirdCall() {
+    return ++numFactoryCalls < 3 ? nullptr : FakeGraphEngine::create();
+}
+
 /// The system keeps a thread listed for a moment after it has left its last function.
 void waitUntilThreadIsGone(std::string const& name) {
-    while (isThreadRunning(name)) std::this_thread::yield();
+    while (isThreadRunning(name))
+        std::this_thread::yield();
 }
 
 }  // namespace
@@ -44,6 +55,27 @@ TEST_F(PlayerLifecycle, createHandsOverTheOnlyReference) {
 
 TEST_F(PlayerLifecycle, createCallsTheFactoryOnce) {
     EXPECT_EQ(FakeGraphEngine::script().numCreated, 1);
+}
+
+TEST_F(PlayerLifecycle, createAsksAFactoryThatMadeNoneASecondTime) {
+    numFactoryCalls = 0;
+    player = Player::create(smallRgba8, makesOneAtTheSecondCall);
+    EXPECT_EQ(numFactoryCalls, 2);
+    EXPECT_TRUE(player->getTokenResolver());
+}
+
+TEST_F(PlayerLifecycle, initializeAsksTheFactoryOnlyWhenThereIsNoGraphEngine) {
+    numFactoryCalls = 0;
+    player = Player::create(smallRgba8, makesOneAtTheThirdCall);
+    EXPECT_EQ(numFactoryCalls, 2);
+    EXPECT_FALSE(player->getTokenResolver());
+    start();
+    EXPECT_EQ(numFactoryCalls, 3);
+    EXPECT_TRUE(player->getTokenResolver());
+    player = Player::create(smallRgba8, makesOneAtTheThirdCall);
+    EXPECT_EQ(numFactoryCalls, 4);
+    start();
+    EXPECT_EQ(numFactoryCalls, 4);
 }
 
 TEST_F(PlayerLifecycle, initializeStartsAThreadNamedQrtPlayer) {
@@ -128,13 +160,25 @@ TEST_F(PlayerLifecycle, uninitializeForgetsTheComposition) {
     EXPECT_EQ(player->getVideoBuffer(0, buffer).get(), 265);
 }
 
-TEST_F(PlayerLifecycle, theGraphEngineGetsAContextFirstAndIsReleasedWhileItIsCurrent) {
+TEST_F(PlayerLifecycle, uninitializeDropsTheCachedFramesAndTheComposition) {
+    start();
+    const auto composition = FakeComposition::create(0, 10);
+    ASSERT_EQ(setComposition(composition).get(), Status::ok);
+    SharedPtr<VideoBuffer> buffer;
+    ASSERT_EQ(player->getVideoBuffer(3, buffer).get(), Status::ok);
+    ASSERT_EQ(player->uninitialize().get(), Status::ok);
+    EXPECT_FALSE(player->isVideoBufferReady(3));
+    EXPECT_EQ(buffer->refcount(), 1u);
+    EXPECT_EQ(composition->refcount(), 1u);
+}
+
+TEST_F(PlayerLifecycle, theGraphEngineGetsThePlayersContextFirstAndIsReleasedWhileItIsCurrent) {
     start();
     ASSERT_EQ(player->uninitialize().get(), Status::ok);
     const auto journal = FakeGraphEngine::journal();
     ASSERT_FALSE(journal.empty());
     EXPECT_EQ(journal.front(), "setGLContext some");
-    EXPECT_EQ(journal.back(), "destroyed with a context");
+    EXPECT_EQ(journal.back(), "destroyed with its context");
 }
 
 TEST_F(PlayerLifecycle, droppingARunningPlayerStopsItsThread) {
@@ -143,6 +187,16 @@ TEST_F(PlayerLifecycle, droppingARunningPlayerStopsItsThread) {
     player.reset();
     waitUntilThreadIsGone("QRT-PLAYER");
     EXPECT_EQ(FakeGraphEngine::script().numDestroyed, FakeGraphEngine::script().numCreated);
+}
+
+TEST_F(PlayerLifecycle, droppingARunningPlayerLeavesNoTextureAndNoFramebufferBehind) {
+    start();
+    ASSERT_EQ(player->startProducing(playParams(0, 0, 99, 1, PlayParams::loop)).get(), Status::ok);
+    waitUntilReady(2);
+    ASSERT_EQ(host.countTextures(), 4);
+    player.reset();
+    EXPECT_EQ(host.countTextures(), 0);
+    EXPECT_EQ(host.countFramebuffers(), 0);
 }
 
 TEST_F(PlayerLifecycle, commandsPostedBeforeUninitializeAreStillExecuted) {
@@ -178,7 +232,8 @@ TEST_F(PlayerLifecycle, aPoolThatCannotBeSetUpIsReportedAndThePlayerStillRuns) {
 }
 
 TEST_F(PlayerLifecycle, aFactoryThatMakesNoneLeavesAPlayerThatAnswersEveryCall) {
-    for (auto const factory : {&FakeGraphEngine::createNone, static_cast<SharedPtr<GraphEngineInterface> (*)()>(nullptr)}) {
+    for (auto const factory :
+         {&FakeGraphEngine::createNone, static_cast<SharedPtr<GraphEngineInterface> (*)()>(nullptr)}) {
         player = Player::create(smallRgba8, factory);
         ASSERT_EQ(player->initialize(host.nativeContext(), host.nativeWindow()).get(), Status::ok);
         EXPECT_EQ(setComposition(FakeComposition::create(0, 10)).get(), Status::general_failure);
@@ -206,7 +261,8 @@ TEST_F(PlayerLifecycle, anInvalidFormatLeavesThePlayerRunningWithoutBuffers) {
     EXPECT_EQ(player->getVideoBuffer(0, buffer).get(), Status::ok);
 }
 
-// ---- OpenGL objects -----------------------------------------------------------------------------------------------------
+// ---- OpenGL objects
+// -----------------------------------------------------------------------------------------------------
 
 TEST_F(PlayerLifecycle, uninitializeLeavesNoTextureAndNoFramebufferInTheHostsShareGroup) {
     start();
@@ -262,7 +318,8 @@ TEST_F(PlayerLifecycle, aFrameDroppedWhileTheHostsContextIsCurrentSparesTheHosts
     // Framebuffer names are not shared: the host's may be the same as the player's.
     GLuint own[16] = {};
     host.gl().glGenFramebuffers(16, own);
-    for (const GLuint name : own) host.gl().glBindFramebuffer(GL_FRAMEBUFFER, name);
+    for (const GLuint name : own)
+        host.gl().glBindFramebuffer(GL_FRAMEBUFFER, name);
     start();
     SharedPtr<VideoBuffer> held;
     ASSERT_EQ(player->getVideoBuffer(5, held).get(), Status::ok);
@@ -270,7 +327,8 @@ TEST_F(PlayerLifecycle, aFrameDroppedWhileTheHostsContextIsCurrentSparesTheHosts
     held.reset();
     drain();
     ASSERT_EQ(player->uninitialize().get(), Status::ok);
-    for (const GLuint name : own) EXPECT_TRUE(host.gl().glIsFramebuffer(name)) << name;
+    for (const GLuint name : own)
+        EXPECT_TRUE(host.gl().glIsFramebuffer(name)) << name;
 }
 
 }  // namespace QRT_0_81

@@ -120,6 +120,52 @@ TEST_F(PlayerRamOutputs, aGraphEngineThatLeavesAnotherFramebufferBoundDoesNotSpo
     EXPECT_EQ(frameIn(buffer), 33);
 }
 
+TEST_F(PlayerRamOutputs, uninitializeLeavesNoPixelBufferInTheHostsShareGroup) {
+    const auto numBuffers = [this] {
+        int count = 0;
+        for (GLuint name = 1; name <= 4096; ++name)
+            count += host.gl().glIsBuffer(name) ? 1 : 0;
+        return count;
+    };
+    start();
+    ASSERT_EQ(player->setRamOutputs(true).get(), Status::ok);
+    SharedPtr<VideoBuffer> buffer;
+    ASSERT_EQ(player->getVideoBuffer(1, buffer).get(), Status::ok);
+    EXPECT_EQ(numBuffers(), 1);
+    ASSERT_EQ(player->uninitialize().get(), Status::ok);
+    EXPECT_EQ(numBuffers(), 0);
+}
+
+TEST_F(PlayerRamOutputs, heldFramesKeepEveryPixelThroughResolutionsLivesAndThePlayersDeath) {
+    std::vector<std::vector<unsigned char>> pictures;
+    std::vector<SharedPtr<VideoBuffer>> held;
+    const auto bytesOf = [](SharedPtr<VideoBuffer> const& buffer) {
+        void* data = nullptr;
+        EXPECT_EQ(buffer->getData(data).get(), Status::ok);
+        auto const* const bytes = static_cast<unsigned char const*>(data);
+        return std::vector<unsigned char>(bytes, bytes + buffer->getResolution().getBufferSize());
+    };
+    ASSERT_EQ(player->setRamOutputs(true).get(), Status::ok);
+    for (int life = 0; life < 2; ++life) {
+        start();
+        for (const int width : {32, 8, 64, 16}) {
+            ASSERT_EQ(player->setVideoResolution(VideoBufferResolution(width, 8, 4, 8, false)).get(), Status::ok);
+            ASSERT_EQ(player->startProducing(playParams(0, 0, 99)).get(), Status::ok);
+            held.emplace_back();
+            ASSERT_EQ(player->getVideoBuffer(width + life, held.back()).get(), Status::ok);
+            EXPECT_EQ(held.back()->getResolution().getWidth(), width);
+            EXPECT_EQ(frameIn(held.back()), width + life);
+            pictures.push_back(bytesOf(held.back()));
+            waitUntilReady(width + life + 1);
+            ASSERT_EQ(player->stopProducing().get(), Status::ok);
+        }
+        ASSERT_EQ(player->uninitialize().get(), Status::ok);
+    }
+    player.reset();
+    for (size_t i = 0; i < held.size(); ++i)
+        EXPECT_EQ(bytesOf(held[i]), pictures[i]) << i;
+}
+
 TEST_F(PlayerRamOutputs, aTenBitFormatIsReadAsBytesAndSaysSo) {
     player = Player::create(VideoBufferResolution(16, 8, 4, 10, false), FakeGraphEngine::create);
     start();

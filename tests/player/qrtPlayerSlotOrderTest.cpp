@@ -2,8 +2,13 @@
 // position. These tests call through the raw table.
 #include "foundation/core/qrtObserver.h"
 #include "harness/qrtPlayerFixture.h"
+#include "harness/qrtVirtualTable.h"
 
 namespace QRT_0_81 {
+
+struct PlayerInspector {
+    static GraphEngineInterface const* graphEngine(Player const& player) { return player.getGraphEngine(); }
+};
 
 namespace {
 
@@ -52,9 +57,10 @@ TEST_F(PlayerSlotOrder, slots4To9ReachLifeCompositionAndFrames) {
     EXPECT_EQ((call<Status, void*, void*>(4, host.nativeContext(), host.nativeWindow()).get()), Status::ok);
     const SharedPtr<Composition> composition = FakeComposition::create(0, 10);
     const List<SharedPtr<ExternalSegment>> none;
-    EXPECT_EQ((call<Status, SharedPtr<Composition> const&, List<SharedPtr<ExternalSegment>> const&>(6, composition, none)
-                   .get()),
-              Status::ok);
+    EXPECT_EQ(
+        (call<Status, SharedPtr<Composition> const&, List<SharedPtr<ExternalSegment>> const&>(6, composition, none)
+             .get()),
+        Status::ok);
     EXPECT_EQ((call<Status, SharedPtr<Composition> const&, String const&>(7, composition, "moved a clip").get()),
               Status::ok);
     EXPECT_EQ(FakeGraphEngine::countOf("updateComposition moved a clip"), 1);
@@ -149,6 +155,35 @@ TEST_F(PlayerSlotOrder, slot0IsTheDestructorAndThePreferencesTableIsTheMainOne) 
     ASSERT_EQ(FakeGraphEngine::script().numDestroyed, 0);
     reinterpret_cast<void (*)(Player*)>(table[deletingDestructor])(released);
     EXPECT_EQ(FakeGraphEngine::script().numDestroyed, 1);
+}
+
+TEST_F(PlayerSlotOrder, theSecondTableIsThatOfReferenceCountingAndItsDestructorEndsTheWholePlayer) {
+    struct Released final : Player {
+        Released() : Player(smallRgba8, FakeGraphEngine::create) {}
+    };
+    RefCountedMT* const counted = new Released;
+    EXPECT_NE(static_cast<void const*>(counted), static_cast<void const*>(static_cast<Player*>(counted)));
+    callSlot<void>(1, counted);
+    callSlot<void>(1, counted);
+    EXPECT_EQ(callSlot<uint32>(3, counted), 2u);
+    EXPECT_FALSE(callSlot<bool>(2, counted));
+    EXPECT_TRUE(callSlot<bool>(2, counted));
+    ASSERT_EQ(FakeGraphEngine::script().numDestroyed, 0);
+    deleteThroughSlot0(counted);
+    EXPECT_EQ(FakeGraphEngine::script().numDestroyed, 1);
+}
+
+TEST_F(PlayerSlotOrder, aPlayerHoldsNothingBesideItsTwoBasesButOnePointer) {
+    EXPECT_EQ(sizeof(Player), sizeof(Prefs) + sizeof(RefCountedMT) + sizeof(void*));
+}
+
+TEST_F(PlayerSlotOrder, friendsReachTheGraphEngineOfTheMoment) {
+    auto const* const first = PlayerInspector::graphEngine(*player);
+    EXPECT_NE(dynamic_cast<FakeGraphEngine const*>(first), nullptr);
+    start();
+    EXPECT_EQ(PlayerInspector::graphEngine(*player), first);
+    ASSERT_EQ(player->uninitialize().get(), Status::ok);
+    EXPECT_EQ(PlayerInspector::graphEngine(*player), nullptr);
 }
 
 }  // namespace QRT_0_81

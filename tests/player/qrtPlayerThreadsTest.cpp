@@ -122,4 +122,68 @@ TEST_F(PlayerThreads, noFrameOfTheOldCompositionArrivesOnceTheExchangeHasReturne
     EXPECT_EQ(numStale, 0);
 }
 
+/// Hosts that call anything while compositions are exchanged, and look at every frame in memory that they get.
+class PlayerThreadsDuringExchanges : public PlayerThreads {
+protected:
+    /// A call of one host; counts it once it has answered.
+    void callAnything(std::mt19937& random) {
+        const auto frame = static_cast<int64>(random() % 100);
+        switch (random() % 4) {
+            case 0: (void)player->startProducing(playParams(frame, 0, 99, 1, PlayParams::loop)); break;
+            case 1: callSomething(random); break;
+            case 2: lookAt(frame, true); break;
+            default: lookAt(frame, false); break;
+        }
+        ++numAnswered;
+    }
+    void lookAt(int64 frame, bool onlyIfReady) {
+        const int oldest = exchanged;
+        if (onlyIfReady && !player->isVideoBufferReady(frame)) return;
+        SharedPtr<VideoBuffer> buffer;
+        if (player->getVideoBuffer(frame, buffer).failure()) return;
+        void* data = nullptr;
+        if (buffer->getData(data).failure() || !data) return;  // a texture, which only a thread with a context can read
+        auto const* const pixel =
+            static_cast<unsigned char const*>(data) + buffer->getResolution().getRowSize() * 4 + 32;
+        ++numSeen;
+        if (pixel[0] != frame || pixel[3] != 255) ++numWrong;
+        if (pixel[2] < oldest) ++numStale;
+    }
+
+    std::atomic<int> exchanged{0};  // the identity of the composition whose exchange has returned
+    std::atomic<int> numAnswered{0};
+    std::atomic<int> numSeen{0};
+    std::atomic<int> numWrong{0};
+    std::atomic<int> numStale{0};
+};
+
+TEST_F(PlayerThreadsDuringExchanges, twoHostsGetAnAnswerToEachOfAThousandCallsAndNoFrameOfAnOldComposition) {
+    start();
+    ASSERT_EQ(player->setRamOutputs(true).get(), Status::ok);
+    std::latch together(3);
+    const auto call = [&](unsigned seed) {
+        std::mt19937 random(seed);
+        together.arrive_and_wait();
+        for (int i = 0; i < 1000; ++i)
+            callAnything(random);
+    };
+    std::thread first(call, 1u);
+    std::thread second(call, 2u);
+    together.arrive_and_wait();
+    constexpr int mostExchanges = 250;  // what one channel of a pixel can tell apart
+    while (numAnswered < 2000) {
+        (void)player->stopProducing();  // but a host may have started a run again before the exchange
+        const auto composition = FakeComposition::create(0, 100);
+        composition->identity = exchanged + 1;
+        if (exchanged < mostExchanges && setComposition(composition).success()) ++exchanged;
+        (void)player->startProducing(playParams(0, 0, 99, 1, PlayParams::loop));
+    }
+    first.join();
+    second.join();
+    EXPECT_GT(exchanged, 0);
+    EXPECT_GT(numSeen, 0);
+    EXPECT_EQ(numWrong, 0);
+    EXPECT_EQ(numStale, 0);
+}
+
 }  // namespace QRT_0_81

@@ -6,6 +6,7 @@
 
 #include "harness/qrtLogCapture.h"
 #include "harness/qrtPoolObserver.h"
+#include "harness/qrtVirtualTable.h"
 #include "qrtVideoBufferPrivate.h"
 
 namespace QRT_0_81 {
@@ -64,6 +65,24 @@ TEST_F(ProducedVideoBufferTest, neverExpiresAndHasNeitherCopyNorText) {
     int version = 0;
     EXPECT_TRUE(produced->serialize(text, version).failure());
     EXPECT_TRUE(produced->deserialize(text).failure());
+}
+
+TEST_F(ProducedVideoBufferTest, hasOnlyItsEndOfItsOwnAmongTheSlotsOfARecord) {
+    PoolObserver observer(*pool);
+    CacheData* const data = new ProducedVideoBuffer(1, VideoBufferPrivate::create(pool, true));
+    callSlot<void>(1, data);
+    EXPECT_EQ(callSlot<uint32>(3, data), 1u);
+    EXPECT_FALSE((callSlot<ConstSharedPtr<CacheData>>(4, data)));
+    EXPECT_FALSE((callSlot<SharedPtr<CacheData>>(5, data)));
+    EXPECT_FALSE((callSlot<bool>(6, data, CacheData::Reason::lookup)));
+    String text;
+    int version = 0;
+    EXPECT_TRUE((callSlot<Status, CacheData, String*, int*>(7, data, &text, &version).failure()));
+    EXPECT_TRUE((callSlot<Status, CacheData, String const*>(8, data, &text).failure()));
+    EXPECT_TRUE(callSlot<bool>(2, data));
+    EXPECT_EQ(observer.numReleaseHints, 0);
+    deleteThroughSlot0(data);
+    EXPECT_EQ(observer.numReleaseHints, 1);
 }
 
 TEST_F(ProducedVideoBufferTest, postsNothingWithDebugLinesOff) {

@@ -142,11 +142,13 @@ TEST_F(ReadBack, thePixelBufferHoldsExactlyOneFrame) {
 
 TEST_F(ReadBack, leavesThePackAlignmentAsItIs) {
     prepare(rgba8);
-    host.gl().glPixelStorei(GL_PACK_ALIGNMENT, 4);
-    ASSERT_EQ(copy().get(), Status::ok);
-    GLint alignment = 0;
-    host.gl().glGetIntegerv(GL_PACK_ALIGNMENT, &alignment);
-    EXPECT_EQ(alignment, 4);
+    for (const GLint alignment : {1, 2, 4}) {
+        host.gl().glPixelStorei(GL_PACK_ALIGNMENT, alignment);
+        ASSERT_EQ(copy().get(), Status::ok);
+        GLint found = 0;
+        host.gl().glGetIntegerv(GL_PACK_ALIGNMENT, &found);
+        EXPECT_EQ(found, alignment);
+    }
 }
 
 TEST_F(ReadBack, writesNothingBehindTheFrame) {

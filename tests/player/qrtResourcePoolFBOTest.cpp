@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <string>
 #include <thread>
 #include <vector>
@@ -12,6 +13,7 @@
 #include "harness/qrtHostContext.h"
 #include "harness/qrtLogCapture.h"
 #include "harness/qrtPoolObserver.h"
+#include "harness/qrtThreadChances.h"
 #include "qrtOpenGL.h"
 
 namespace QRT_0_81 {
@@ -157,6 +159,11 @@ TEST_F(ResourcePoolFBOTest, isOfTypeOneAndStartsWithNothing) {
     EXPECT_FALSE(pool->isInitialized());
     EXPECT_EQ(pool->lock(true), nullptr);
     EXPECT_EQ(reaper->numAlive(), 0u);
+}
+
+TEST_F(ResourcePoolFBOTest, isAPoolFirstAndASubjectSecond) {
+    EXPECT_EQ(static_cast<void*>(static_cast<ResourcePool*>(pool.get())), static_cast<void*>(pool.get()));
+    EXPECT_LT(static_cast<void*>(pool.get()), static_cast<void*>(static_cast<Subject*>(pool.get())));
 }
 
 TEST_F(ResourcePoolFBOTest, buildingRestoresTheFramebufferBindings) {
@@ -351,6 +358,34 @@ TEST_F(ResourcePoolFBOTest, announcesEveryLoanAndEveryReturn) {
     EXPECT_EQ(observer.numStrangeHints, 0);
 }
 
+TEST_F(ResourcePoolFBOTest, anObserverMayAskThePoolThatNotifiesIt) {
+    build(2);
+    uint32 numSeen = 0;
+    PoolObserver observer(*pool, [&] { numSeen = pool->getNumResources(); });
+    pool->release(pool->lock(true));
+    EXPECT_EQ(numSeen, 2u);
+}
+
+TEST_F(ResourcePoolFBOTest, observersAreToldUnderThePoolsLock) {
+    build(2);
+    std::atomic<bool> isAnswered{false};
+    std::thread asking;
+    PoolObserver observer(*pool, [&] {
+        asking = std::thread([&] {
+            (void)pool->isInitialized();
+            isAnswered = true;
+        });
+        EXPECT_TRUE(staysFalse(isAnswered));
+    });
+    QOpenGLFramebufferObject* const fbo = pool->lock(true);
+    asking.join();
+    EXPECT_EQ(observer.numLockHints, 1);
+    isAnswered = false;
+    pool->release(fbo);
+    asking.join();
+    EXPECT_EQ(observer.numReleaseHints, 1);
+}
+
 TEST_F(ResourcePoolFBOTest, postsNothingWithDebugLinesOff) {
     const LogCapture log;
     build(2);
@@ -416,6 +451,16 @@ TEST_F(ResourcePoolFBODebugLines, lockingAndReleasingSayHowManyRemain) {
     pool->release(nullptr);
     EXPECT_THAT(log.lines(), ElementsAre("Locking an FBO remaining 2", "Releasing an FBO remaining 3",
                                          "Releasing an FBO remaining 3"));
+}
+
+TEST_F(ResourcePoolFBODebugLines, observersAreToldBeforeTheLineIsPosted) {
+    build(3);
+    const LogCapture log;
+    std::vector<size_t> numPosted;
+    PoolObserver observer(*pool, [&] { numPosted.push_back(log.messages().size()); });
+    pool->release(pool->lock(true));
+    EXPECT_THAT(numPosted, ElementsAre(0u, 1u));
+    EXPECT_EQ(log.messages().size(), 2u);
 }
 
 TEST_F(ResourcePoolFBODebugLines, anExhaustedPoolSaysNothing) {

@@ -61,6 +61,11 @@ TEST_F(ResourcePoolRAMTest, isOfTypeZeroAndStartsWithNothing) {
     EXPECT_EQ(pool->lock(true), nullptr);
 }
 
+TEST_F(ResourcePoolRAMTest, isAPoolFirstAndASubjectSecond) {
+    EXPECT_EQ(static_cast<void*>(static_cast<ResourcePool*>(pool.get())), static_cast<void*>(pool.get()));
+    EXPECT_LT(static_cast<void*>(pool.get()), static_cast<void*>(static_cast<Subject*>(pool.get())));
+}
+
 TEST_F(ResourcePoolRAMTest, lendsBlocksThatHoldAFrameEach) {
     build(3);
     const auto blocks = lockAll(*pool);
@@ -299,6 +304,16 @@ TEST_F(ResourcePoolRAMDebugLines, lockingAndReleasingSayHowManyRemain) {
         EXPECT_EQ(message.file(), "src/player/private/qrtResourcePoolRAM");
         EXPECT_GT(message.line(), 0);
     }
+}
+
+TEST_F(ResourcePoolRAMDebugLines, observersAreToldBeforeTheLineIsPosted) {
+    build(3);
+    const LogCapture log;
+    std::vector<size_t> numPosted;
+    PoolObserver observer(*pool, [&] { numPosted.push_back(log.messages().size()); });
+    pool->release(pool->lock(true));
+    EXPECT_THAT(numPosted, ::testing::ElementsAre(0u, 1u));
+    EXPECT_EQ(log.messages().size(), 2u);
 }
 
 TEST_F(ResourcePoolRAMDebugLines, releasingNullSaysHowManyRemainToo) {

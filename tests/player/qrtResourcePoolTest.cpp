@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <thread>
+#include <type_traits>
 
 #include "harness/qrtVirtualTable.h"
 
@@ -40,6 +41,9 @@ public:
         return a == b;
     }
 
+    [[nodiscard]] uint64 size() const { return m_size; }
+    [[nodiscard]] SizeUnit unit() const { return m_sizeUnit; }
+
     int numInitialized = 0;
     int numUninitialized = 0;
     mutable int numCompared = 0;
@@ -68,6 +72,29 @@ TEST_F(ResourcePoolTest, aNewPoolIsUninitializedWithoutSizeOrFormat) {
     EXPECT_EQ(pool.getNumResources(), 0u);
     EXPECT_EQ(pool.getBufferSize(), 0u);
     EXPECT_FALSE(pool.getResolution().isValid());
+    EXPECT_EQ(pool.size(), 0u);
+    EXPECT_EQ(pool.unit(), SizeUnit::buffers);
+}
+
+TEST_F(ResourcePoolTest, keepsASizeAndAUnitUntilAFormatGivesThemAMeaning) {
+    EXPECT_EQ(pool.setSize(2, SizeUnit::megabytes).get(), Status::ok);
+    EXPECT_EQ(pool.size(), 2u);
+    EXPECT_EQ(pool.unit(), SizeUnit::megabytes);
+    EXPECT_EQ(pool.setResolution(VideoBufferResolution(512, 512, 4, 8, false)).get(), Status::ok);
+    EXPECT_EQ(pool.numResourcesAtInitialize, 2u);
+}
+
+TEST_F(ResourcePoolTest, theHintsOfItsEventsDifferByTheirTypeAlone) {
+    using LockHint = ResourcePoolInterface::LockHint;
+    using ReleaseHint = ResourcePoolInterface::ReleaseHint;
+    static_assert(std::is_base_of_v<NotificationHint, LockHint> && std::is_base_of_v<NotificationHint, ReleaseHint>);
+    static_assert(!std::is_base_of_v<InvalidationHint, LockHint> && !std::is_base_of_v<InvalidationHint, ReleaseHint>);
+    EXPECT_EQ(sizeof(LockHint), sizeof(NotificationHint));
+    EXPECT_EQ(sizeof(ReleaseHint), sizeof(NotificationHint));
+    const LockHint lockHint;
+    NotificationHint const& hint = lockHint;
+    EXPECT_NE(dynamic_cast<LockHint const*>(&hint), nullptr);
+    EXPECT_EQ(dynamic_cast<ReleaseHint const*>(&hint), nullptr);
 }
 
 TEST_F(ResourcePoolTest, theBufferSizeIsThatOfTheFormatAndZeroWhenTheFormatIsInvalid) {

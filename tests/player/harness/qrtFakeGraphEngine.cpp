@@ -89,7 +89,8 @@ FakeGraphEngine::FakeGraphEngine() : m_tokenResolver(new TokenResolver) {
 }
 
 FakeGraphEngine::~FakeGraphEngine() {
-    (void)note(QOpenGLContext::currentContext() ? "destroyed with a context" : "destroyed without a context");
+    const bool isItsContextCurrent = m_context && QOpenGLContext::currentContext() == m_context;
+    (void)note(isItsContextCurrent ? "destroyed with its context" : "destroyed without its context");
     ++script().numDestroyed;
 }
 
@@ -120,6 +121,7 @@ Status FakeGraphEngine::getPrefs(Vector<String>& names) const {
 }
 
 Status FakeGraphEngine::setGLContext(QOpenGLContext* context) {
+    m_context = context;
     return note("setGLContext", context ? "some" : "none");
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QOffscreenSurface>
 #include <QOpenGLBuffer>
+#include <QOpenGLContext>
 #include <memory>
 #include <utility>
 
@@ -15,6 +17,11 @@ namespace QRT_0_81 {
 struct PlayerImplInspector {
     using Cache = CacheBase<SharedPtr<CacheData>>;
 
+    // Its life
+    static QOffscreenSurface* surface(PlayerImpl& engine) { return engine.m_surface.get(); }
+    static QOpenGLContext* hostContext(PlayerImpl& engine) { return engine.m_hostContext.get(); }
+    static QOpenGLContext* playerContext(PlayerImpl& engine) { return engine.m_playerContext.get(); }
+
     // The queue
     static CommandQueue& queue(PlayerImpl& engine) { return engine.m_commandQueue; }
     /// Posts a command of the test's own kind to the back of the queue and waits for it.
@@ -24,6 +31,13 @@ struct PlayerImplInspector {
     }
 
     // One frame
+    static Status produceVideoBuffer(PlayerImpl& engine, int64 frame, bool onDemand, SharedPtr<VideoBuffer>& buffer) {
+        return engine._produceVideoBuffer(frame, onDemand, buffer);
+    }
+    static Status cmdProduceVideoBuffer(PlayerImpl& engine, int64 frame, SharedPtr<VideoBuffer>& buffer,
+                                        bool onDemand) {
+        return engine._cmdProduceVideoBuffer(frame, buffer, onDemand);
+    }
     static Status copyVideoBuffer(PlayerImpl& engine, SharedPtr<VideoBuffer> const& source,
                                   SharedPtr<VideoBuffer> const& destination) {
         return engine._copyVideoBuffer(source, destination);
@@ -46,7 +60,29 @@ struct PlayerImplInspector {
     static size_t cacheEvictOne(PlayerImpl& engine) { return engine._cacheEvictOne(); }
     static size_t cacheTryEvictOne(PlayerImpl& engine) { return engine._cacheTryEvictOne(); }
 
+    // The production loop
+    static int64 nextFrameToProduce(PlayerImpl& engine) { return engine._nextFrameToProduce(); }
+    static Status produceNextVideoBuffer(PlayerImpl& engine) { return engine._produceNextVideoBuffer(); }
+    static Status updateCurrentFrameNumber(PlayerImpl& engine, int64 frame) {
+        return engine._updateCurrentFrameNumber(frame);
+    }
+    /// Also negative ones, which only the environment can set otherwise.
+    static void setFrameCounts(PlayerImpl& engine, int32 head, int32 tail) {
+        engine.m_producerCacheNbHeadFrames = head;
+        engine.m_producerCacheNbTailFrames = tail;
+    }
+
     // The run; the parameters only while nothing runs on the player thread
+    static Status setComposition(PlayerImpl& engine, SharedPtr<Composition> const& composition) {
+        return engine._setComposition(composition, {});
+    }
+    static Status startProducing(PlayerImpl& engine, SharedPtr<PlayParams> const& params) {
+        return engine._startProducing(params);
+    }
+    static Status stopProducing(PlayerImpl& engine) { return engine._stopProducing(); }
+    static bool isProducing(PlayerImpl const& engine) { return engine.m_producing; }
+    /// To be taken back before the engine ends: there is no thread to be ended.
+    static void setInitialized(PlayerImpl& engine, bool isInitialized) { engine.m_initialized = isInitialized; }
     static PlayParams& playParams(PlayerImpl& engine) { return *engine.m_playParams; }
     static void setProducing(PlayerImpl& engine, bool isProducing) { engine.m_producing = isProducing; }
 
