@@ -6,11 +6,12 @@ root=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)
 
 usage() {
     cat <<'END'
-Plays a media file through the player and leaves a picture of it.
+Plays a media file or a timeline through the player and leaves a picture of it.
 
 usage: scripts/play.sh [FILE] [--output SHEET.png]
 
-  FILE        the media file; without one a small sample clip is made under build/
+  FILE        a media file, images such as 'plate.####.exr', or a timeline (.otio, .otiod, .otioz); without one a
+              sample timeline is made under build/
   --output    where to write the contact sheet; build/contact-sheet.png without it
 
 Installs what is missing (Debian packages, as root or with sudo), builds a release, and writes a contact sheet whose
@@ -54,7 +55,8 @@ while [[ $# -gt 0 ]]; do
     esac
     shift
 done
-[[ -z $file || -e $file ]] || fail "$file: no such file"
+# What looks like the name of numbered images is for the program to find.
+[[ -z $file || -e $file || $file == *[#%@]* ]] || fail "$file: no such file"
 
 "$root/scripts/setup.sh"
 
@@ -75,11 +77,11 @@ fi
 quietly cmake --build "$build" --target qrtplay
 
 if [[ -z $file ]]; then
-    file=$root/build/sample.mp4
+    file=$root/build/sample/sample.otio
     # Made anew when its recipe has changed.
-    if [[ ! -e $file || $root/scripts/make-sample-clip.sh -nt $file ]]; then
-        echo "play.sh: making the sample clip $file" >&2
-        "$root/scripts/make-sample-clip.sh" "$file"
+    if [[ ! -e $file || $root/scripts/make-sample-timeline.sh -nt $file || $root/scripts/make-sample-clip.sh -nt $file ]]; then
+        echo "play.sh: making the sample timeline $file" >&2
+        "$root/scripts/make-sample-timeline.sh" "$root/build/sample"
     fi
 fi
 

@@ -13,8 +13,8 @@ mkdir -p "$folder"
 cd "$folder"
 
 ff() { ffmpeg -hide_banner -loglevel fatal -nostdin -y "$@"; }
-# frames of its own decoder, one for one, whatever their timestamps
-reference() { ff -i "$1" -map 0:v:0 -vsync passthrough -f rawvideo "${1%.*}.raw"; }
+# frames of its own decoder, one for one, whatever their timestamps, and as they are stored
+reference() { ff -noautorotate -i "$1" -map 0:v:0 -vsync passthrough -f rawvideo "${1%.*}.raw"; }
 picture=(-f lavfi -i testsrc2=size=160x96:rate=24:duration=2)
 sound=(-f lavfi -i sine=frequency=440:duration=2)
 h264=(-c:v libx264 -preset veryfast -pix_fmt yuv420p -bf 3 -g 12)
@@ -37,7 +37,22 @@ ff "${picture[@]}" -c:v libx264 -preset veryfast -pix_fmt yuv420p10le -bf 3 -g 1
 ff -f lavfi -i testsrc2=size=160x96:rate=30000/1001:duration=1 "${h264[@]}" ntsc.mov
 # The test picture itself comes in even sizes only.
 ff -f lavfi -i "testsrc2=size=64x48:rate=25:duration=0.4,format=yuv444p,crop=33:17:exact=1" -c:v ffv1 -pix_fmt yuv420p odd.mkv
-numbered=(bframes.mp4 opengop.mp4 refresh.mkv offset.mkv transport.ts interlaced.ts elementary.h264 packed.avi programme.mpg
+ff -f lavfi -i testsrc2=size=160x96:rate=25:duration=10.4 "${h264[@]}" -g 250 -keyint_min 250 -sc_threshold 0 longgroup.mp4
+ff -f lavfi -i testsrc2=size=160x96:rate=25:duration=5.2 "${h264[@]}" -g 100 -keyint_min 100 -sc_threshold 0 \
+    -x264-params open-gop=1 longopen.mp4
+ff "${picture[@]}" -c:v libx265 -preset ultrafast -x265-params log-level=none:keyint=12:bframes=3:open-gop=0 -tag:v hvc1 hevc.mp4
+ff "${picture[@]}" -c:v libx265 -preset ultrafast -x265-params log-level=none:keyint=12:min-keyint=12:bframes=3:open-gop=1 \
+    hevcopen.mkv
+ff "${picture[@]}" -frames:v 12 -c:v prores_ks -profile:v 3 prores.mov
+ff "${picture[@]}" -frames:v 24 -c:v mjpeg -q:v 3 motionjpeg.avi
+ff "${picture[@]}" -c:v libvpx-vp9 -deadline good -cpu-used 8 -auto-alt-ref 1 -lag-in-frames 16 -b:v 200k -g 12 vp9.webm
+ff -f lavfi -i testsrc2=size=1280x720:rate=24:duration=0.25 -c:v dnxhd -b:v 60M -pix_fmt yuv422p dnxhd.mxf
+# every third frame is left out, and the others keep their times
+ff "${picture[@]}" -vf "select='mod(n,3)'" -vsync vfr "${h264[@]}" varying.mkv
+ff -i bframes.mp4 -c copy -an -metadata:s:v rotate=270 turned.mov
+ff -f lavfi -i testsrc2=size=160x96:rate=24:duration=1 "${h264[@]}" -flags +ildct+ilme -x264-params bff=1 fields.mov
+numbered=(longgroup.mp4 longopen.mp4 hevc.mp4 hevcopen.mkv prores.mov motionjpeg.avi vp9.webm dnxhd.mxf varying.mkv turned.mov
+    fields.mov bframes.mp4 opengop.mp4 refresh.mkv offset.mkv transport.ts interlaced.ts elementary.h264 packed.avi programme.mpg
     edited.mp4 joined.ts tenbit.mkv ntsc.mov odd.mkv)
 
 # Colour: the same picture, told apart only by what the stream states
@@ -60,6 +75,21 @@ for format in yuv420p yuvj420p yuv422p yuv444p yuv440p yuv411p nv12 nv21 yuyv422
 done
 
 for clip in "${numbered[@]}"; do reference "$clip"; done
+
+# Still pictures: frame 3 is missing, frame 4 is no picture.
+mkdir stills
+still() { ff -f lavfi -i testsrc2=size=64x48:rate=24 -frames:v 5 "$@"; }
+still -pix_fmt rgb24 -start_number 101 stills/plate.%04d.png
+# FFmpeg's own decode of them, before one is taken away
+ff -start_number 101 -i stills/plate.%04d.png -f rawvideo -pix_fmt rgb24 stills/plate.raw
+rm stills/plate.0104.png
+printf 'not a picture' >stills/plate.0105.png
+for suffix in bmp tga jpg webp dpx; do still -frames:v 1 "stills/one.$suffix"; done
+still -frames:v 1 -pix_fmt rgb24 stills/one.tif
+still -frames:v 1 -pix_fmt gbrpf32le -format half stills/half.exr
+still -frames:v 1 -pix_fmt gbrpf32le -format float stills/float.exr
+still -frames:v 1 -pix_fmt gbrapf32le -format half stills/alpha.exr
+still -frames:v 1 -pix_fmt rgb48be stills/sixteen.png
 
 # Bad input
 size=$(stat -c %s bframes.mp4)

@@ -72,20 +72,6 @@ TEST(ColourTransform, refusesAMatrixThatIsNotLinear) {
         EXPECT_FALSE(colourTransform({matrix, AVCOL_RANGE_MPEG, AVCOL_PRI_BT2020}, *layout).has_value());
 }
 
-TEST(ColourFacts, areFilledInAsPlayersAgree) {
-    const ColourFacts hd = completeColour({}, AV_PIX_FMT_YUV420P, 720);
-    EXPECT_EQ(hd, (ColourFacts{AVCOL_SPC_BT709, AVCOL_RANGE_MPEG, AVCOL_PRI_BT709}));
-    const ColourFacts sd = completeColour({}, AV_PIX_FMT_YUV420P, 719);
-    EXPECT_EQ(sd, (ColourFacts{AVCOL_SPC_SMPTE170M, AVCOL_RANGE_MPEG, AVCOL_PRI_SMPTE170M}));
-    EXPECT_EQ(completeColour({}, AV_PIX_FMT_YUVJ422P, 720).range, AVCOL_RANGE_JPEG);
-    EXPECT_EQ(completeColour({}, AV_PIX_FMT_GRAY8, 720).range, AVCOL_RANGE_JPEG);
-    EXPECT_EQ(completeColour({}, AV_PIX_FMT_GBRP, 480).matrix, AVCOL_SPC_RGB);
-    EXPECT_EQ(completeColour({AVCOL_SPC_BT2020_NCL, AVCOL_RANGE_JPEG, AVCOL_PRI_BT2020}, AV_PIX_FMT_YUV420P10LE, 480),
-              (ColourFacts{AVCOL_SPC_BT2020_NCL, AVCOL_RANGE_JPEG, AVCOL_PRI_BT2020}));
-    EXPECT_EQ(completeColour({AVCOL_SPC_RGB, AVCOL_RANGE_MPEG, AVCOL_PRI_BT709}, AV_PIX_FMT_YUV444P, 1080).matrix,
-              AVCOL_SPC_BT709);
-}
-
 TEST(PixelLayout, findsAFormatThatCanBeUploadedForEveryFormatThatCanBeConverted) {
     for (const AVPixFmtDescriptor* format = av_pix_fmt_desc_next(nullptr); format; format = av_pix_fmt_desc_next(format)) {
         const AVPixelFormat id = av_pix_fmt_desc_get_id(format);

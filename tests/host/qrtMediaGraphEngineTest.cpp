@@ -3,9 +3,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <thread>
+
 #include "host/qrtReferencePicture.h"
 #include "host/qrtTestClips.h"
 #include "host/qrtTestOpenGL.h"
+#include "input/qrtPlayInput.h"
+#include "sound/qrtHostAudioFormat.h"
 
 namespace qrtplay {
 namespace {
@@ -18,11 +25,14 @@ VideoBufferResolution rgba(int width, int height) {
     return VideoBufferResolution(width, height, 4, 8, false);
 }
 
-SharedPtr<MediaComposition> openComposition(std::string const& clip) {
-    SharedPtr<MediaComposition> composition;
-    const Outcome outcome = MediaComposition::open(clipPath(clip), composition);
+SharedPtr<TimelineComposition> openComposition(std::string const& clip, Presentation const& presentation = {}) {
+    PlayInput input;
+    input.files = {clipPath(clip)};
+    OpenedInput opened;
+    InputFailure failure{};
+    const Outcome outcome = openInput(input, opened, failure);
     EXPECT_TRUE(outcome.success()) << outcome.message();
-    return composition;
+    return TimelineComposition::create(opened.timeline, {}, presentation);
 }
 
 /// An engine with a clip and a texture of its own, as the player would set it up.
@@ -41,7 +51,7 @@ public:
     }
 
     TestContext context;
-    SharedPtr<MediaComposition> composition;
+    SharedPtr<TimelineComposition> composition;
     TestTexture texture;
     SharedPtr<GraphEngineInterface> engine = MediaGraphEngine::create();
     VideoBufferResolution size;
@@ -51,7 +61,7 @@ public:
 std::vector<unsigned char> expectedColours(std::string const& name, int64 frame) {
     OpenClip clip(name);
     FramePtr picture;
-    EXPECT_TRUE(clip.decoder->frame(frame, picture).success());
+    EXPECT_TRUE(clip.picture(frame, picture).success());
     return referenceColours(*picture, clip.facts());
 }
 
@@ -110,24 +120,17 @@ TEST(MediaGraphEngine, honoursThePixelAspect) {
     EXPECT_GT(pixels[lastPixel] + pixels[lastPixel + 1] + pixels[lastPixel + 2], 30);
 }
 
-TEST(MediaGraphEngine, scalesByInterpolation) {
-    Drawing drawing("format-gray.nut", 74, 44);
+TEST(MediaGraphEngine, scalesAsThePresentationSays) {
+    // 37 x 22 on 20 x 10: what is shown pixel for pixel is the middle, from column 8 and row 6 on.
+    Drawing drawing("format-rgb24.nut", 20, 10);
+    Presentation presentation;
+    presentation.scaling = Scaling::one_to_one;
+    ASSERT_TRUE(drawing.engine->updateComposition(openComposition("format-rgb24.nut", presentation), "").success());
     const std::vector<unsigned char> pixels = drawing.draw(0);
-    const std::vector<unsigned char> source = expectedColours("format-gray.nut", 0);
-    const auto sourceAt = [&](int x, int y) {
-        return int{source[static_cast<size_t>((std::clamp(y, 0, 21) * 37 + std::clamp(x, 0, 36)) * 4)]};
-    };
-    for (int y = 0; y < 44; ++y) {
-        for (int x = 0; x < 74; ++x) {
-            // An output pixel lies a quarter of a source pixel off the nearest one.
-            const int nearX = x / 2;
-            const int nearY = y / 2;
-            const int farX = x % 2 == 0 ? nearX - 1 : nearX + 1;
-            const int farY = y % 2 == 0 ? nearY - 1 : nearY + 1;
-            const int expected = (9 * sourceAt(nearX, nearY) + 3 * sourceAt(farX, nearY) + 3 * sourceAt(nearX, farY) +
-                                  sourceAt(farX, farY)) / 16;
-            EXPECT_NEAR(pixels[static_cast<size_t>(((43 - y) * 74 + x) * 4)], expected, 2) << x << "," << y;
-        }
+    const std::vector<unsigned char> source = expectedColours("format-rgb24.nut", 0);
+    for (size_t y = 0; y < 10; ++y) {
+        for (size_t x = 0; x < 20; ++x)
+            EXPECT_EQ(pixels[(y * 20 + x) * 4], source[((y + 6) * 37 + x + 8) * 4]) << x << "," << y;
     }
 }
 
@@ -259,24 +262,54 @@ TEST(MediaGraphEngine, failsWithoutAContextATextureOrASize) {
     EXPECT_TRUE(without->renderFrame(drawing.size, 0, drawing.texture.name()) == Status::general_failure);
 }
 
+/// Whether the engine says that it keeps what a frame is made of.
+bool keeps(GraphEngineInterface const& engine, int64 frame) {
+    ConstSharedPtr<CacheStats> stats;
+    EXPECT_TRUE(engine.getCacheStats(CacheStats::CacheType::graph_engine, stats).success());
+    auto const& ranges = stats->getFrameRanges();
+    return std::any_of(ranges.begin(), ranges.end(),
+                       [frame](auto const& range) { return range.first <= frame && frame <= range.last; });
+}
+
 TEST(MediaGraphEngine, reportsTheDecodedFramesThatItKeeps) {
     Drawing drawing("bframes.mp4", 8, 8);
+    EXPECT_FALSE(keeps(*drawing.engine, 23));
     (void)drawing.draw(23);
-    ConstSharedPtr<CacheStats> stats;
-    ASSERT_TRUE(drawing.engine->getCacheStats(CacheStats::CacheType::graph_engine, stats).success());
-    ASSERT_EQ(stats->getFrameRanges().size(), 1u);
-    EXPECT_LE(stats->getFrameRanges()[0].first, 12);
-    EXPECT_GE(stats->getFrameRanges()[0].last, 23);
+    EXPECT_TRUE(keeps(*drawing.engine, 23));
+    EXPECT_FALSE(keeps(*drawing.engine, 2));
 
     ASSERT_TRUE(drawing.engine->setVideoFrameRate(Rational(48, 1)).success());
-    const CacheStats::FrameRange atClipRate = stats->getFrameRanges()[0];
-    ASSERT_TRUE(drawing.engine->getCacheStats(CacheStats::CacheType::graph_engine, stats).success());
-    EXPECT_EQ(stats->getFrameRanges()[0], (CacheStats::FrameRange{atClipRate.first * 2, atClipRate.last * 2 + 1}));
-
+    (void)drawing.draw(46);
+    EXPECT_TRUE(keeps(*drawing.engine, 46));
+    EXPECT_TRUE(keeps(*drawing.engine, 47));
     ASSERT_TRUE(drawing.engine->clearCache().success());
-    ASSERT_TRUE(drawing.engine->getCacheStats(CacheStats::CacheType::graph_engine, stats).success());
-    EXPECT_TRUE(stats->getFrameRanges().empty());
+    EXPECT_FALSE(keeps(*drawing.engine, 46));
+    ConstSharedPtr<CacheStats> stats;
     EXPECT_TRUE(drawing.engine->getCacheStats(CacheStats::CacheType::producer, stats) == Status::invalid_query);
+}
+
+TEST(MediaGraphEngine, decodesAheadInTheDirectionOfItsStep) {
+    for (const int32 step : {1, -1}) {
+        Drawing drawing("bframes.mp4", 8, 8);
+        ASSERT_TRUE(drawing.engine->setStep(step).success());
+        (void)drawing.draw(20);
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+        while (!keeps(*drawing.engine, 20 + 8 * step) && std::chrono::steady_clock::now() < deadline)
+            std::this_thread::yield();
+        EXPECT_TRUE(keeps(*drawing.engine, 20 + 8 * step)) << step;
+    }
+}
+
+TEST(MediaGraphEngine, keepsWhatIsDecodedWhenOnlyThePresentationChanges) {
+    Drawing drawing("bframes.mp4", 8, 8);
+    (void)drawing.draw(23);
+    Presentation filling;
+    filling.scaling = Scaling::fill;
+    const auto same = TimelineComposition::create(drawing.composition->timeline(), {}, filling);
+    ASSERT_TRUE(drawing.engine->updateComposition(same, "").success());
+    EXPECT_TRUE(keeps(*drawing.engine, 23));
+    ASSERT_TRUE(drawing.engine->updateComposition(openComposition("bframes.mp4"), "").success());
+    EXPECT_FALSE(keeps(*drawing.engine, 23));
 }
 
 TEST(MediaGraphEngine, keepsTheDecodedFramesWithinTheirBudget) {
@@ -287,7 +320,7 @@ TEST(MediaGraphEngine, keepsTheDecodedFramesWithinTheirBudget) {
     EXPECT_EQ(names[0], String("QRTPLAY_DECODE_CACHE_MIB"));
     int value = 0;
     ASSERT_TRUE(drawing.engine->getPref(names[0], value).success());
-    EXPECT_EQ(value, 256);
+    EXPECT_EQ(value, 512);
 
     (void)drawing.draw(23);
     EXPECT_TRUE(drawing.engine->setPref(names[0], 0).success());
@@ -310,10 +343,17 @@ TEST(MediaGraphEngine, remembersItsStep) {
     EXPECT_EQ(engine->getStep(), -4);
 }
 
-TEST(MediaGraphEngine, saysThatItHasNoSound) {
-    const SharedPtr<GraphEngineInterface> engine = MediaGraphEngine::create();
-    char sample[4] = {};
-    EXPECT_TRUE(engine->fillAudio({}, sample, sizeof(sample), 0) == Status::general_failure);
+TEST(MediaGraphEngine, fillsSoundInTheHostsFormatOnly) {
+    Drawing drawing("bt709.mp4", 8, 8);
+    std::array<char, 64> bytes;
+    bytes.fill(1);
+    EXPECT_TRUE(drawing.engine->fillAudio({}, bytes.data(), bytes.size(), 0) == Status::invalid_argument);
+    const ConstSharedPtr<AudioFormatInterface> format(new HostAudioFormat(48000, 2, SampleKind::int16));
+    EXPECT_TRUE(drawing.engine->fillAudio(format, bytes.data(), 63, 0) == Status::invalid_argument);
+    EXPECT_TRUE(drawing.engine->fillAudio(format, nullptr, 4, 0) == Status::invalid_argument);
+    EXPECT_TRUE(drawing.engine->fillAudio(format, bytes.data(), bytes.size(), 0).success());
+    EXPECT_THAT(bytes, ::testing::Each(0)) << "the clip has no sound";
+    EXPECT_TRUE(MediaGraphEngine::create()->fillAudio(format, bytes.data(), bytes.size(), 0) == Status::no_composition);
 }
 
 }  // namespace

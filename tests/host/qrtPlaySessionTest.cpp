@@ -17,24 +17,32 @@ using ::testing::HasSubstr;
 
 constexpr int colourRounding = 3;  // as in the tests of the graph engine
 
+PlayInput inputOf(std::string const& clip) {
+    PlayInput input;
+    input.files = {clipPath(clip)};
+    return input;
+}
+
 std::unique_ptr<PlaySession> openSession(std::string const& clip, PlaySettings const& settings = {}) {
     std::unique_ptr<PlaySession> session;
-    const Outcome outcome = PlaySession::open(clipPath(clip), settings, session);
+    OpenFailure why{};
+    const Outcome outcome = PlaySession::open(inputOf(clip), settings, session, why);
     EXPECT_TRUE(outcome.success()) << outcome.message();
     return session;
 }
 
 /// How far a fetched frame is from FFmpeg's decode of the same number.
 int differenceOf(PlaySession& session, OpenClip& clip, int64 frame) {
-    QImage image;
-    const Outcome outcome = session.fetch(frame, image);
+    PixelBlock block;
+    const Outcome outcome = session.fetch(frame, block);
     EXPECT_TRUE(outcome.success()) << outcome.message();
     FramePtr picture;
-    EXPECT_TRUE(clip.decoder->frame(frame, picture).success());
-    if (!picture || image.isNull()) return 256;
-    const QImage bottomFirst = image.mirrored(false, true);
-    const std::vector<unsigned char> bytes(bottomFirst.constBits(), bottomFirst.constBits() + bottomFirst.sizeInBytes());
-    return largestDifference(bytes, referenceColours(*picture, clip.facts()), image.width(), image.height());
+    EXPECT_TRUE(clip.picture(frame, picture).success());
+    if (!picture || block.empty()) return 256;
+    std::vector<unsigned char> bottomFirst;
+    for (int32 row = block.height - 1; row >= 0; --row)
+        bottomFirst.insert(bottomFirst.end(), block.row(row), block.row(row) + block.strideInBytes());
+    return largestDifference(bottomFirst, referenceColours(*picture, clip.facts()), block.width, block.height);
 }
 
 /// Frames that went all the way through the player, for both kinds of delivery.
@@ -89,10 +97,10 @@ TEST(PlaySession, namesTheFrameThatFailsAndPlaysOn) {
     const auto session = openSession("truncated.mp4");
     OpenClip whole("bframes.mp4");
     ASSERT_TRUE(session->start({0, 47, 1}).success());
-    QImage image;
+    PixelBlock image;
     const Outcome outcome = session->fetch(30, image);
     EXPECT_EQ(outcome.message(), clipPath("truncated.mp4") + ": frame 30: missing, the file is cut off");
-    EXPECT_TRUE(image.isNull());
+    EXPECT_TRUE(image.empty());
     EXPECT_LE(differenceOf(*session, whole, 10), colourRounding);
     EXPECT_EQ(session->counts().delivered, 1);
 }
@@ -103,7 +111,7 @@ TEST(PlaySession, findsFramesRenderedAheadInTheCache) {
     settings.tailFrames = 2;
     const auto session = openSession("bframes.mp4", settings);
     ASSERT_TRUE(session->start({0, 47, 1}).success());
-    QImage image;
+    PixelBlock image;
     ASSERT_TRUE(session->fetch(0, image).success());
     ASSERT_TRUE(session->fetch(0, image).success());
     EXPECT_GE(session->counts().cacheHits, 1);
@@ -122,7 +130,9 @@ TEST(PlaySession, refusesMoreMemoryThanThereIs) {
     settings.resolution = QSize(8000, 8000);
     settings.headFrames = 10000;
     std::unique_ptr<PlaySession> session;
-    const Outcome outcome = PlaySession::open(clipPath("bframes.mp4"), settings, session);
+    OpenFailure why{};
+    const Outcome outcome = PlaySession::open(inputOf("bframes.mp4"), settings, session, why);
+    EXPECT_EQ(why, OpenFailure::failed);
     EXPECT_THAT(outcome.message(), HasSubstr("resolution 8000x8000: 10004 frames need"));
     EXPECT_EQ(session, nullptr);
 }
@@ -139,6 +149,35 @@ TEST(PlaySession, canBeOpenedAgainAndAgain) {
         const auto session = openSession("bt709.mp4");
         EXPECT_LE(differenceOf(*session, clip, round), colourRounding);
     }
+}
+
+TEST(PlaySession, saysWhyNothingCanBePlayed) {
+    std::unique_ptr<PlaySession> session;
+    OpenFailure why{};
+    EXPECT_THAT(PlaySession::open(inputOf("nowhere.mov"), {}, session, why).message(), HasSubstr("nowhere.mov"));
+    EXPECT_EQ(why, OpenFailure::input_missing);
+    EXPECT_THAT(PlaySession::open(inputOf("bframes.raw"), {}, session, why).message(), HasSubstr("bframes.raw"));
+    EXPECT_EQ(why, OpenFailure::refused);
+    EXPECT_EQ(session, nullptr);
+}
+
+TEST(PlaySession, playsSeveralClipsOneAfterTheOther) {
+    PlayInput input;
+    input.files = {clipPath("bt709.mp4"), clipPath("bframes.mp4")};
+    PlaySettings settings;
+    settings.resolution = QSize(160, 96);
+    std::unique_ptr<PlaySession> session;
+    OpenFailure why{};
+    ASSERT_TRUE(PlaySession::open(input, settings, session, why).success());
+    OpenClip first("bt709.mp4");
+    OpenClip second("bframes.mp4");
+    const int64 cut = first.facts().frameCount;
+    EXPECT_EQ(session->frameCount(), cut + second.facts().frameCount);
+    PixelBlock alone;
+    ASSERT_TRUE(openSession("bframes.mp4")->fetch(7, alone).success());
+    PixelBlock joined;
+    ASSERT_TRUE(session->fetch(cut + 7, joined).success());
+    EXPECT_TRUE(std::equal(alone.row(0), alone.row(0) + alone.sizeInBytes(), joined.row(0)));
 }
 
 }  // namespace

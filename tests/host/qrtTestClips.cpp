@@ -36,23 +36,37 @@ std::vector<unsigned char> bytesOf(AVFrame const& picture) {
     const auto format = static_cast<AVPixelFormat>(picture.format);
     const int size = av_image_get_buffer_size(format, picture.width, picture.height, 1);
     std::vector<unsigned char> bytes(static_cast<size_t>(size));
-    av_image_copy_to_buffer(bytes.data(), size, picture.data, picture.linesize, format, picture.width, picture.height, 1);
+    av_image_copy_to_buffer(bytes.data(), size, picture.data, picture.linesize, format, picture.width, picture.height,
+                            1);
     return bytes;
 }
 
-OpenClip::OpenClip(std::string const& name) {
-    const Outcome opened = MediaFile::open(clipPath(name), file);
+OpenClip OpenClip::at(std::string const& path) {
+    OpenClip clip;
+    const Outcome opened = MediaFile::open(path, clip.file);
     EXPECT_TRUE(opened.success()) << opened.message();
-    if (opened.failed()) return;
-    const Outcome decoding = VideoDecoder::open(file, decoder);
+    if (opened.failed()) return clip;
+    const Outcome decoding = VideoDecoder::open(clip.file, clip.decoder);
     EXPECT_TRUE(decoding.success()) << decoding.message();
+    return clip;
+}
+
+Outcome OpenClip::picture(int64 frame, FramePtr& picture) {
+    passed.clear();
+    const auto keep = [this](int64 number, FramePtr const& each) { passed[number] = each; };
+    std::string why;
+    const auto result = decoder->frame(
+        frame, keep, [] { return true; }, picture, why);
+    EXPECT_NE(result, PictureSource::Result::given_up);
+    EXPECT_EQ(result == PictureSource::Result::picture, picture != nullptr) << frame;
+    if (result != PictureSource::Result::picture) return Outcome::failure(why);
+    EXPECT_EQ(passed[frame], picture) << frame;
+    return Outcome();
 }
 
 std::vector<unsigned char> OpenClip::bytes(int64 frame) {
-    FramePtr picture;
-    const Outcome outcome = decoder->frame(frame, picture);
-    EXPECT_EQ(outcome.success(), picture != nullptr) << frame;
-    return outcome.success() && picture ? bytesOf(*picture) : std::vector<unsigned char>();
+    FramePtr found;
+    return picture(frame, found).success() && found ? bytesOf(*found) : std::vector<unsigned char>();
 }
 
 }  // namespace qrtplay

@@ -1,10 +1,11 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
-#include "media/qrtAv.h"
 #include "base/qrtKit.h"
+#include "media/qrtAv.h"
 #include "media/qrtMediaFile.h"
 #include "media/qrtVideoDecoder.h"
 
@@ -33,14 +34,20 @@ std::vector<unsigned char> bytesOf(AVFrame const& picture);
 
 /// A clip that is expected to open; a failure is a failure of the test, and `decoder` is then null.
 struct OpenClip {
-    explicit OpenClip(std::string const& name);
+    explicit OpenClip(std::string const& name) : OpenClip(at(clipPath(name))) {}
+    [[nodiscard]] static OpenClip at(std::string const& path);
 
     [[nodiscard]] VideoFacts const& facts() const { return file->facts(); }
+    Outcome picture(int64 frame, FramePtr& picture);
     /// The frame's bytes; empty when it fails.
     std::vector<unsigned char> bytes(int64 frame);
 
     std::shared_ptr<MediaFile const> file;
     std::unique_ptr<VideoDecoder> decoder;
+    std::map<int64, FramePtr> passed;  ///< what the last call came by
+
+private:
+    OpenClip() = default;
 };
 
 }  // namespace qrtplay

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <fstream>
-#include <numeric>
 #include <random>
 
 #include "host/qrtTestClips.h"
@@ -33,9 +32,12 @@ protected:
             ASSERT_TRUE(clip.bytes(number) == reference.frame(number)) << GetParam().file << " frame " << number;
         }
     }
-    std::vector<int64> allFrames() const {
-        std::vector<int64> numbers(static_cast<size_t>(clip.facts().frameCount));
-        std::iota(numbers.begin(), numbers.end(), 0);
+    std::vector<int64> allFrames() const { return everyFrame(1); }
+    /// All frames of a short clip, and some of a long one, each of which may mean to decode a long group.
+    std::vector<int64> someFrames() const { return everyFrame(1 + clip.facts().frameCount / 50); }
+    std::vector<int64> everyFrame(int64 step) const {
+        std::vector<int64> numbers;
+        for (int64 number = 0; number < clip.facts().frameCount; number += step) numbers.push_back(number);
         return numbers;
     }
 
@@ -52,9 +54,8 @@ TEST_P(FrameNumbers, areExactForwards) {
     expectFrames(allFrames());
 }
 
-TEST_P(FrameNumbers, areExactBackwardsWithoutRoomToCache) {
-    clip.decoder->cache().setBudget(0);
-    std::vector<int64> numbers = allFrames();
+TEST_P(FrameNumbers, areExactBackwards) {
+    std::vector<int64> numbers = someFrames();
     std::reverse(numbers.begin(), numbers.end());
     expectFrames(numbers);
 }
@@ -62,13 +63,13 @@ TEST_P(FrameNumbers, areExactBackwardsWithoutRoomToCache) {
 TEST_P(FrameNumbers, areExactInRandomOrder) {
     constexpr unsigned seed = 81;
     std::mt19937 random(seed);
-    std::vector<int64> numbers = allFrames();
+    std::vector<int64> numbers = someFrames();
     std::shuffle(numbers.begin(), numbers.end(), random);
     expectFrames(numbers);
 }
 
 TEST_P(FrameNumbers, areExactAtEveryFirstCall) {
-    for (int64 number = 0; number < clip.facts().frameCount; number += 5) {
+    for (const int64 number : everyFrame(5 + clip.facts().frameCount / 10)) {
         OpenClip fresh(GetParam().file);
         EXPECT_TRUE(fresh.bytes(number) == reference.frame(number)) << GetParam().file << " frame " << number;
     }
@@ -87,44 +88,113 @@ INSTANTIATE_TEST_SUITE_P(
                       NumberedClip{"behindAnEditList", "edited.mp4", 31},
                       NumberedClip{"recordedFromTheMiddleOn", "joined.ts", 24},
                       NumberedClip{"withTenBits", "tenbit.mkv", 48}, NumberedClip{"atNtscRate", "ntsc.mov", 30},
-                      NumberedClip{"ofOddSize", "odd.mkv", 10}),
+                      NumberedClip{"ofOddSize", "odd.mkv", 10}, NumberedClip{"inOneLongGroup", "longgroup.mp4", 260},
+                      NumberedClip{"withLongOpenGroups", "longopen.mp4", 130},
+                      NumberedClip{"ofHevc", "hevc.mp4", 48}, NumberedClip{"ofHevcWithOpenGroups", "hevcopen.mkv", 48},
+                      NumberedClip{"ofProRes", "prores.mov", 12}, NumberedClip{"ofMotionJpeg", "motionjpeg.avi", 24},
+                      NumberedClip{"ofVp9WithHiddenFrames", "vp9.webm", 48}, NumberedClip{"ofDnxhd", "dnxhd.mxf", 6},
+                      NumberedClip{"atVaryingRate", "varying.mkv", 32}, NumberedClip{"turned", "turned.mov", 48},
+                      NumberedClip{"interlacedInTwoFieldsAFrame", "fields.mov", 24}),
     [](const auto& caseInfo) { return caseInfo.param.name; });
-
-TEST(VideoDecoder, statesRateSizeAndAspectOfTheClip) {
-    OpenClip ntsc("ntsc.mov");
-    EXPECT_EQ(ntsc.facts().frameRate, Rational(30000, 1001));
-    EXPECT_EQ(ntsc.facts().width, 160);
-    EXPECT_EQ(ntsc.facts().height, 96);
-    EXPECT_EQ(ntsc.facts().sampleAspect, Rational(1, 1));
-    EXPECT_EQ(OpenClip("anamorphic.mp4").facts().sampleAspect, Rational(2, 1));
-    EXPECT_EQ(OpenClip("tenbit.mkv").facts().pixelFormat, AV_PIX_FMT_YUV420P10LE);
-}
-
-TEST(VideoDecoder, statesTheColoursThatTheStreamStates) {
-    EXPECT_EQ(OpenClip("bt709.mp4").facts().colour, (ColourFacts{AVCOL_SPC_BT709, AVCOL_RANGE_MPEG, AVCOL_PRI_BT709}));
-    EXPECT_EQ(OpenClip("bt601.mp4").facts().colour,
-              (ColourFacts{AVCOL_SPC_SMPTE170M, AVCOL_RANGE_MPEG, AVCOL_PRI_BT709}));
-    EXPECT_EQ(OpenClip("bt2020.mp4").facts().colour,
-              (ColourFacts{AVCOL_SPC_BT2020_NCL, AVCOL_RANGE_MPEG, AVCOL_PRI_BT709}));
-    EXPECT_EQ(OpenClip("full.mp4").facts().colour, (ColourFacts{AVCOL_SPC_BT709, AVCOL_RANGE_JPEG, AVCOL_PRI_BT709}));
-}
 
 TEST(VideoDecoder, refusesFramesOutsideTheClip) {
     OpenClip clip("bframes.mp4");
     for (const int64 frame : {int64{-1}, int64{48}, INT64_MIN, INT64_MAX}) {
         FramePtr picture;
-        const Outcome outcome = clip.decoder->frame(frame, picture);
+        const Outcome outcome = clip.picture(frame, picture);
         EXPECT_TRUE(outcome.failed()) << frame;
         EXPECT_EQ(picture, nullptr);
         EXPECT_THAT(outcome.message(), HasSubstr("frame " + std::to_string(frame) + ": outside the clip"));
     }
 }
 
-TEST(VideoDecoder, playsBackwardsFromWhatItHasDecodedBefore) {
+TEST(VideoDecoder, tellsOfThePicturesThatItComesBy) {
     OpenClip clip("bframes.mp4");
+    const ReferenceFrames reference("bframes.mp4", AV_PIX_FMT_YUV420P, 160, 96);
     (void)clip.bytes(23);  // the last frame of its group, which begins with 12
-    const std::vector<int64> cached = clip.decoder->cache().frames();
-    for (int64 frame = 12; frame <= 23; ++frame) EXPECT_THAT(cached, ::testing::Contains(frame));
+    for (int64 frame = 12; frame <= 23; ++frame) {
+        ASSERT_NE(clip.passed[frame], nullptr) << frame;
+        EXPECT_TRUE(bytesOf(*clip.passed[frame]) == reference.frame(frame)) << frame;
+    }
+}
+
+TEST(VideoDecoder, tellsWhereDecodingBegins) {
+    const OpenClip clip("bframes.mp4");
+    EXPECT_EQ(clip.decoder->runBegin(12), 12);
+    EXPECT_EQ(clip.decoder->runBegin(23), 12);
+    EXPECT_EQ(clip.decoder->runBegin(-1), -1);
+    EXPECT_EQ(clip.decoder->runBegin(48), 48);
+    EXPECT_EQ(OpenClip("motionjpeg.avi").decoder->runBegin(7), 7);
+    EXPECT_EQ(OpenClip("elementary.h264").decoder->runBegin(40), 0);
+}
+
+/// Decodes `frame` but gives up after each picture, as often as it takes; counts the pictures that came out on the way.
+int64 decodeInSteps(VideoDecoder& decoder, int64 frame, FramePtr& picture) {
+    int64 passed = 0;
+    std::string why;
+    for (;;) {
+        bool isWanted = true;
+        const auto keep = [&](int64, FramePtr const&) {
+            ++passed;
+            isWanted = false;
+        };
+        const auto result = decoder.frame(frame, keep, [&] { return isWanted; }, picture, why);
+        if (result == PictureSource::Result::picture) return passed;
+        EXPECT_EQ(result, PictureSource::Result::given_up) << why;
+        EXPECT_EQ(picture, nullptr);
+        if (result == PictureSource::Result::failure) return passed;
+    }
+}
+
+TEST(VideoDecoder, goesOnWhereItWasMadeToGiveUp) {
+    for (const char* const name : {"bframes.mp4", "longgroup.mp4"}) {
+        OpenClip clip(name);
+        const ReferenceFrames reference(name, AV_PIX_FMT_YUV420P, 160, 96);
+        FramePtr picture;
+        const int64 passed = decodeInSteps(*clip.decoder, 40, picture);
+        ASSERT_NE(picture, nullptr);
+        EXPECT_TRUE(bytesOf(*picture) == reference.frame(40)) << name;
+        EXPECT_LE(passed, 40 + 8 - clip.decoder->runBegin(40)) << name << " started over";
+    }
+}
+
+TEST(VideoDecoder, doesNotTakeGivingUpForAFailure) {
+    OpenClip clip("bframes.mp4");
+    FramePtr picture;
+    std::string why;
+    const auto keep = [](int64, FramePtr const&) {};
+    EXPECT_EQ(clip.decoder->frame(20, keep, [] { return false; }, picture, why), PictureSource::Result::given_up);
+    EXPECT_EQ(picture, nullptr);
+    EXPECT_FALSE(clip.bytes(20).empty());
+}
+
+TEST(VideoDecoder, worksBesideItsTwinAndAfterARest) {
+    OpenClip clip("bframes.mp4");
+    const ReferenceFrames reference("bframes.mp4", AV_PIX_FMT_YUV420P, 160, 96);
+    OpenClip other("bframes.mp4");
+    const std::unique_ptr<PictureSource> twin = clip.decoder->twin();
+    ASSERT_NE(twin, nullptr);
+    EXPECT_EQ(twin->path(), clip.decoder->path());
+    for (const int64 step : {0, 1, 2, 3}) {
+        FramePtr picture;
+        std::string why;
+        const auto keep = [](int64, FramePtr const&) {};
+        EXPECT_EQ(twin->frame(30 + step, keep, [] { return true; }, picture, why), PictureSource::Result::picture) << why;
+        ASSERT_NE(picture, nullptr);
+        EXPECT_TRUE(bytesOf(*picture) == reference.frame(30 + step));
+        EXPECT_TRUE(clip.bytes(5 + step) == reference.frame(5 + step));
+        clip.decoder->rest();
+    }
+}
+
+TEST(VideoDecoder, decodesGoingForwardEachFrameOnceThoughNobodyKeepsWhatItTellsOf) {
+    OpenClip clip("longgroup.mp4");
+    int64 told = 0;
+    for (int64 frame = 0; frame < 48; ++frame) {
+        (void)clip.bytes(frame);
+        told += static_cast<int64>(clip.passed.size());
+    }
+    EXPECT_LE(told, 2 * 48) << "pictures that lay ahead were decoded again";
 }
 
 /// A clip of which some frames are lost.
@@ -145,7 +215,7 @@ TEST_P(DamagedClips, deliverWhatCanBeDecodedAndNameTheRest) {
     int64 decoded = 0;
     for (int64 frame = 0; frame < clip.facts().frameCount; ++frame) {
         FramePtr picture;
-        const Outcome outcome = clip.decoder->frame(frame, picture);
+        const Outcome outcome = clip.picture(frame, picture);
         if (outcome.success()) {
             ++decoded;
             EXPECT_TRUE(bytesOf(*picture) == whole.frame(frame)) << "frame " << frame << " is another picture";
@@ -181,13 +251,10 @@ TEST(VideoDecoder, neverShowsADamagedKeyPictureOrWhatFollowsFromIt) {
     const std::string path = ::testing::TempDir() + "qrtplay-damaged-key.mp4";
     std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 
-    std::shared_ptr<MediaFile const> file;
-    std::unique_ptr<VideoDecoder> decoder;
-    ASSERT_TRUE(MediaFile::open(path, file).success());
-    ASSERT_TRUE(VideoDecoder::open(file, decoder).success());
+    OpenClip damaged = OpenClip::at(path);
     for (int64 frame = 0; frame < 48; ++frame) {
         FramePtr picture;
-        const Outcome outcome = decoder->frame(frame, picture);
+        const Outcome outcome = damaged.picture(frame, picture);
         const bool isLost = frame >= 12 && frame < 24;
         EXPECT_EQ(outcome.failed(), isLost) << frame;
         if (outcome.success()) {

@@ -1,5 +1,7 @@
 #include "graph/qrtColourTransform.h"
 
+#include <cmath>
+
 namespace qrtplay {
 
 namespace {
@@ -46,9 +48,9 @@ struct Quantisation {
 
 std::optional<ColourTransform> colourTransform(ColourFacts const& colour, PixelLayout const& layout) {
     const double channelMax = layout.bytesPerChannel == 2 ? 65535.0 : 255.0;
-    const double codePerSample = channelMax / static_cast<double>(1 << layout.shift);
-    const double codeMax = static_cast<double>((1 << layout.bits) - 1);
-    const double unit = static_cast<double>(1 << (layout.bits - 8));  // limited range is defined for 8 bits and scaled
+    const double codePerSample = channelMax / std::exp2(layout.shift);
+    const double codeMax = std::exp2(layout.bits) - 1;
+    const double unit = std::exp2(layout.bits - 8);  // limited range is defined for 8 bits and scaled
 
     Quantisation luma{codePerSample / codeMax, 0};
     Quantisation chroma{codePerSample / codeMax, -128 * unit / codeMax};
@@ -58,6 +60,11 @@ std::optional<ColourTransform> colourTransform(ColourFacts const& colour, PixelL
     }
 
     ColourTransform transform;
+    if (layout.isFloat) {
+        luma = {1, 0};  // a float says what it means
+    } else {
+        transform.alphaScale = codePerSample / codeMax;
+    }
     if (layout.isRgb) {
         transform.matrix = {luma.scale, 0, 0, 0, luma.scale, 0, 0, 0, luma.scale};
         transform.offset = {luma.offset, luma.offset, luma.offset};

@@ -10,10 +10,11 @@
 namespace qrtplay {
 
 /// From the samples that a texture yields (0 for no bit set, 1 for all bits of a channel set) to red, green and blue
-/// between 0 and 1: rgb = matrix * samples + offset. Transfer curve and primaries stay what they are.
+/// between 0 and 1: rgb = matrix * samples + offset; floats stay as they are. Transfer curve and primaries stay what they are.
 struct ColourTransform {
     std::array<double, 9> matrix{};  ///< row by row: the first three numbers make red
     std::array<double, 3> offset{};
+    double alphaScale = 1;  ///< alpha = sample * alphaScale; its range is always full
 };
 
 /// Empty for a matrix that is no linear function of the samples (ICtCp and the constant-luminance ones).

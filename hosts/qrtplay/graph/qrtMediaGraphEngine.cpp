@@ -6,7 +6,9 @@
 #include <utility>
 
 #include "foundation/core/qrtPlatform.h"
-#include "timeline/qrtRetiming.h"
+#include "graph/qrtLayerProvider.h"
+#include "graph/qrtTimelinePictures.h"
+#include "sound/qrtHostAudioFormat.h"
 
 namespace qrtplay {
 
@@ -15,12 +17,38 @@ namespace {
 constexpr size_t bytesPerMiB = size_t{1} << 20;
 
 int initialCacheInMiB() {
-    constexpr int usual = static_cast<int>(DecodedFrameCache::defaultBudgetInBytes / bytesPerMiB);
+    constexpr int usual = static_cast<int>(PictureStore::defaultBudgetInBytes / bytesPerMiB);
     const char* const fixed = Platform::getenv(("QRT_PREF_" + MediaGraphEngine::DECODE_CACHE_MIB).c_str());
     return fixed ? std::max(0, std::atoi(fixed)) : usual;
 }
 
 }  // namespace
+
+/// The leaves of one frame.
+class MediaGraphEngine::Layers final : public LayerProvider {
+public:
+    Layers(QOpenGLExtraFunctions& gl, Source const& source, SegmentRenderer& segments)
+        : m_gl(gl), m_source(source), m_segments(segments) {}
+
+    Outcome mediaPicture(FrameNode const& node, LayerPicture& picture) override {
+        PictureStore::Answer answer;
+        if (Outcome outcome = m_source.pictures->picture({node.source, node.time}, answer); outcome.failed())
+            return outcome;
+        picture = {std::move(answer.picture), std::move(answer.facts), std::move(answer.path)};
+        return Outcome();
+    }
+
+    Outcome generatorPicture(FrameNode const& node, GLuint texture, int width, int height) override {
+        Generator const& generator = m_source.composition->timeline()->generators()[node.source];
+        return m_segments.render(m_gl, generator.id, node.time.frameAt(generator.rate), generator.rate, texture, width,
+                                 height);
+    }
+
+private:
+    QOpenGLExtraFunctions& m_gl;
+    Source const& m_source;
+    SegmentRenderer& m_segments;
+};
 
 const String MediaGraphEngine::DECODE_CACHE_MIB("QRTPLAY_DECODE_CACHE_MIB");
 
@@ -32,18 +60,18 @@ SharedPtr<GraphEngineInterface> MediaGraphEngine::create() {
 
 // Without its context what was made cannot be deleted; with another it would be somebody else's that is.
 MediaGraphEngine::~MediaGraphEngine() {
-    if (m_context && QOpenGLContext::currentContext() == m_context) m_painter.release(*m_context->extraFunctions());
+    if (m_context && QOpenGLContext::currentContext() == m_context) m_composer.release(*m_context->extraFunctions());
 }
 
 Status MediaGraphEngine::setPref(String const& name, int value) {
     if (!(name == DECODE_CACHE_MIB) || value < 0) return Status::invalid_argument;
-    std::shared_ptr<VideoDecoder> decoder;
+    std::shared_ptr<PictureStore> pictures;
     {
         const std::lock_guard lock(m_mutex);
         m_cacheInMiB = value;
-        decoder = m_source.decoder;
+        pictures = m_source.pictures;
     }
-    if (decoder) decoder->cache().setBudget(static_cast<size_t>(value) * bytesPerMiB);
+    if (pictures) pictures->setBudget(static_cast<size_t>(value) * bytesPerMiB);
     return Status();
 }
 
@@ -67,35 +95,43 @@ Status MediaGraphEngine::setGLContext(QOpenGLContext* context) {
 Status MediaGraphEngine::setComposition(SharedPtr<Composition> const& composition,
                                         List<SharedPtr<ExternalSegment>> const& segments, VideoBufferResolution const&,
                                         Rational const&) {
-    // Every clip has a rate of its own here: the demuxer finds one where the file states none.
-    const Status status = adopt(composition, false);
-    if (status.success() && !segments.empty()) return Status::composition_incomplete;
-    return status;
+    // Every media has a rate of its own here: the demuxer finds one where the file states none.
+    m_segments.setSegments(segments);
+    return adopt(composition, false);
 }
 
 Status MediaGraphEngine::updateComposition(SharedPtr<Composition> const& composition, String const&) {
     return adopt(composition, true);
 }
 
-Status MediaGraphEngine::adopt(SharedPtr<Composition> const& composition, bool keepRate) {
+Status MediaGraphEngine::adopt(SharedPtr<Composition> const& composition, bool isUpdate) {
     Source adopted;
+    adopted.composition = dynamicPtrCast<TimelineComposition>(composition);
     Status status;
-    adopted.composition = dynamicPtrCast<MediaComposition>(composition);
-    if (!composition) {
+    if (!composition)
         status = Status::no_composition;
-    } else if (!adopted.composition) {
+    else if (!adopted.composition)
         status = Status::invalid_argument;
-    } else {
-        std::unique_ptr<VideoDecoder> decoder;
-        if (VideoDecoder::open(adopted.composition->file(), decoder).failed()) status = Status::general_failure;
-        adopted.decoder = std::move(decoder);
+
+    const Source before = source();
+    size_t budget = 0;
+    {
+        const std::lock_guard lock(m_mutex);
+        budget = static_cast<size_t>(m_cacheInMiB) * bytesPerMiB;
     }
-    if (status.failure()) adopted = Source();
+    if (adopted.composition) {
+        const bool sameTimeline =
+            isUpdate && before.composition && before.composition->timeline() == adopted.composition->timeline();
+        adopted.pictures = sameTimeline ? before.pictures : openPictureStore(adopted.composition, budget);
+        adopted.sound = sameTimeline ? before.sound : std::make_shared<TimelineSound>(adopted.composition);
+        m_composer.setScaling(adopted.composition->presentation().scaling);
+        m_composer.setColourManagement(adopted.composition->presentation().colours);
+    }
 
     const std::lock_guard lock(m_mutex);
-    if (adopted.decoder) adopted.decoder->cache().setBudget(static_cast<size_t>(m_cacheInMiB) * bytesPerMiB);
-    if (adopted.composition && !keepRate) m_rate = adopted.composition->file()->facts().frameRate;
-    std::swap(m_source, adopted);  // the old one ends after the lock does
+    if (adopted.composition && !isUpdate) m_rate = adopted.composition->timeline()->rate();
+    if (adopted.pictures != m_source.pictures) m_planned.clear();
+    m_source = std::move(adopted);  // `before` ends after the lock does, and what it alone holds with it
     return status;
 }
 
@@ -110,35 +146,51 @@ Status MediaGraphEngine::renderFrame(VideoBufferResolution const& resolution, in
     const Source current = source();
     if (!current.composition) return Status::no_composition;
 
-    const int64 sourceFrame =
-        sourceFrameOf(frame, getVideoFrameRate(), current.composition->file()->facts().frameRate);
-    const Outcome outcome = draw(current, sourceFrame, {texture, resolution.getWidth(), resolution.getHeight()});
+    prepareAhead(current, frame);
+    QOpenGLExtraFunctions& gl = *m_context->extraFunctions();
+    Layers layers(gl, current, m_segments);
+    const FrameNode plan = current.composition->timeline()->pictureAt(frame, getVideoFrameRate());
+    const Outcome outcome =
+        m_composer.compose(gl, plan, layers, {texture, resolution.getWidth(), resolution.getHeight()});
     if (outcome.success()) return Status();
     current.composition->noteFailure(frame, outcome.message());
     return Status::general_failure;
 }
 
-Outcome MediaGraphEngine::draw(Source const& source, int64 sourceFrame, PicturePainter::Target const& target) {
-    QOpenGLExtraFunctions& gl = *m_context->extraFunctions();
-    VideoFacts const& facts = source.composition->file()->facts();
-    if (sourceFrame < 0 || sourceFrame >= facts.frameCount) return m_painter.paintBlack(gl, target);
-
-    FramePtr picture;
-    if (Outcome outcome = source.decoder->frame(sourceFrame, picture); outcome.failed()) return outcome;
-    const Outcome painted = m_painter.paint(gl, *picture, facts, target);
-    if (painted.success()) return Outcome();
-    return Outcome::failure(source.composition->file()->path() + ": frame " + std::to_string(sourceFrame) + ": " +
-                            painted.message());
+// Tells the decoding threads what this frame and those after it need, so that the layers of a frame are decoded side by side
+// and the next frames while this one is drawn.
+void MediaGraphEngine::prepareAhead(Source const& source, int64 frame) {
+    constexpr int framesAhead = 32;  // of the wishes those are decoded that the budget has room for
+    Timeline const& timeline = *source.composition->timeline();
+    const std::lock_guard lock(m_mutex);
+    const int64 step = m_step == 0 ? 1 : m_step;
+    std::vector<PictureStore::Wish> wishes;
+    for (int ahead = 0; ahead < framesAhead; ++ahead) {
+        const int64 planned = frame + ahead * step;
+        if (!m_planned.contains(planned)) m_planned.add(planned, picturesOf(timeline.pictureAt(planned, m_rate)));
+        auto const& pictures = m_planned.pictures(planned);
+        wishes.insert(wishes.end(), pictures.begin(), pictures.end());
+    }
+    source.pictures->prepare(std::move(wishes));
 }
 
-Status MediaGraphEngine::fillAudio(ConstSharedPtr<AudioFormatInterface> const&, char*, size_t, size_t) {
-    return Status::general_failure;
+Status MediaGraphEngine::fillAudio(ConstSharedPtr<AudioFormatInterface> const& format, char* buffer, size_t bytes,
+                                   size_t position) {
+    const auto known = dynamicPtrCast<HostAudioFormat const>(format);
+    if (!known || (!buffer && bytes > 0)) return Status::invalid_argument;
+    const Source current = source();
+    if (!current.composition) return Status::no_composition;
+    const size_t sampleSize = known->getSizeInBytes(1);
+    if (bytes % sampleSize != 0) return Status::invalid_argument;
+    current.sound->fill(*known, static_cast<int64>(position), static_cast<int64>(bytes / sampleSize), buffer);
+    return Status();
 }
 
 Status MediaGraphEngine::setVideoFrameRate(Rational const& rate) {
     if (rate.getNumerator() <= 0 || rate.getDenominator() == 0) return Status::invalid_argument;
     const std::lock_guard lock(m_mutex);
     m_rate = rate;
+    m_planned.clear();
     return Status();
 }
 
@@ -152,26 +204,16 @@ SharedPtr<TokenResolver> MediaGraphEngine::getTokenResolver() const {
 }
 
 Status MediaGraphEngine::clearCache() {
-    if (const Source current = source(); current.decoder) current.decoder->cache().clear();
+    if (const Source current = source(); current.pictures) current.pictures->clear();
     return Status();
 }
 
 Status MediaGraphEngine::getCacheStats(CacheStats::CacheType type, ConstSharedPtr<CacheStats>& stats) const {
     if (type != CacheStats::CacheType::graph_engine) return Status::invalid_query;
     const SharedPtr<CacheStats> collected = CacheStats::create();
-    if (const Source current = source(); current.decoder) {
-        const Rational outputRate = getVideoFrameRate();
-        const Rational sourceRate = current.composition->file()->facts().frameRate;
-        auto& ranges = collected->getFrameRanges();
-        for (const int64 decoded : current.decoder->cache().frames()) {
-            const int64 first = firstOutputFrameOf(decoded, outputRate, sourceRate);
-            const int64 last = firstOutputFrameOf(decoded + 1, outputRate, sourceRate) - 1;
-            if (last < first) continue;  // at this rate the frame is left out
-            if (!ranges.empty() && ranges.back().last == first - 1)
-                ranges.back().last = last;
-            else
-                ranges.push_back({first, last});
-        }
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_source.pictures) m_planned.collect(*m_source.pictures, *collected);
     }
     stats = collected;
     return Status();

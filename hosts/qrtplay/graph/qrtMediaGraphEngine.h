@@ -3,23 +3,27 @@
 #include <memory>
 #include <mutex>
 
-#include "foundation/composition/qrtGraphEngineInterface.h"
-#include "graph/qrtPicturePainter.h"
 #include "base/qrtKit.h"
-#include "media/qrtVideoDecoder.h"
-#include "timeline/qrtMediaComposition.h"
+#include "foundation/composition/qrtGraphEngineInterface.h"
+#include "generators/qrtSegmentRenderer.h"
+#include "graph/qrtFrameComposer.h"
+#include "graph/qrtPlannedFrames.h"
+#include "graph/qrtTimelineComposition.h"
+#include "graph/qrtTimelineSound.h"
+#include "media/qrtPictureStore.h"
 
 namespace qrtplay {
 
-/// Renders a `MediaComposition`: decodes the frame and draws it, with black bars where its shape is not the output's.
+/// Renders a `TimelineComposition`: decodes the pictures that a frame is made of, draws them over each other, and has the
+/// host's segments draw theirs; decodes ahead in the direction of `setStep` on threads of its own; mixes sound.
 ///
-/// Frames outside the clip are black. A frame that cannot be decoded or drawn fails with `Status::general_failure`, and the
-/// composition is told why. At another output rate than the clip's, frames are repeated or left out.
-/// Sound is not supported: `fillAudio` fails.
+/// Frames outside the timeline are black. Media that is missing or cannot be opened shows as a slate with its name, and is
+/// silent; the composition is told. A frame that cannot be decoded or drawn fails with `Status::general_failure`, and the
+/// composition is told why.
 /// OpenGL: made at the first frame and deleted with the engine, the context given by `setGLContext` being current both times.
 class MediaGraphEngine final : public GraphEngineInterface {
 public:
-    /// Preference: the memory, in mebibytes, that decoded frames may take up; at least one frame is always kept.
+    /// Preference: the memory, in mebibytes, that decoded pictures may take up; at least one is always kept.
     /// The environment variable "QRT_PREF_" + its name sets where it starts.
     static const String DECODE_CACHE_MIB;  // "QRTPLAY_DECODE_CACHE_MIB"
 
@@ -33,15 +37,17 @@ public:
     Status getPrefs(Vector<String>& names) const override;
 
     Status setGLContext(QOpenGLContext* context) override;
-    /// `Status::no_composition` for an empty one, `Status::invalid_argument` for one of another kind,
-    /// `Status::general_failure` when its file cannot be opened any more; there is none then.
-    /// `Status::composition_incomplete` when there are segments, which are the host's to draw.
+    /// `Status::no_composition` for an empty one, `Status::invalid_argument` for one of another kind; there is none then.
+    /// `segments`: those that draw the timeline's generators, found by their ids.
     Status setComposition(SharedPtr<Composition> const& composition, List<SharedPtr<ExternalSegment>> const& segments,
                           VideoBufferResolution const& resolution,
                           Rational const& defaultSourceVideoFrameRate) override;
-    /// Takes `composition` for the current one, as `setComposition` does, but keeps the output rate.
+    /// Takes `composition` for the current one, as `setComposition` does, but keeps the output rate and the segments, and
+    /// what has been decoded when its timeline is the same.
     Status updateComposition(SharedPtr<Composition> const& composition, String const& description) override;
     Status renderFrame(VideoBufferResolution const& resolution, int64 frame, uint32 texture) override;
+    /// `format` has to be a `HostAudioFormat`, else `Status::invalid_argument`. Sound that cannot be decoded is silent, and
+    /// the composition is told. `Status::no_composition` without one.
     Status fillAudio(ConstSharedPtr<AudioFormatInterface> const& format, char* buffer, size_t bytes,
                      size_t position) override;
     /// `Status::invalid_argument` for a rate that is not positive.
@@ -49,30 +55,35 @@ public:
     [[nodiscard]] Rational getVideoFrameRate() const override;
     [[nodiscard]] SharedPtr<TokenResolver> getTokenResolver() const override;
     Status clearCache() override;
-    /// `CacheType::graph_engine`: the output frames whose decoded picture is kept. `Status::invalid_query` for others.
+    /// `CacheType::graph_engine`: the output frames whose decoded pictures are kept. `Status::invalid_query` for others.
     Status getCacheStats(CacheStats::CacheType type, ConstSharedPtr<CacheStats>& stats) const override;
     Status setStep(int32 step) override;
     [[nodiscard]] int32 getStep() const override;
 
 private:
+    class Layers;
+
     /// What is being played; replaced as a whole, so that other threads can look at it while a frame renders.
     struct Source {
-        SharedPtr<MediaComposition> composition;
-        std::shared_ptr<VideoDecoder> decoder;
+        SharedPtr<TimelineComposition> composition;
+        std::shared_ptr<PictureStore> pictures;
+        std::shared_ptr<TimelineSound> sound;
     };
 
     MediaGraphEngine();
-    Status adopt(SharedPtr<Composition> const& composition, bool keepRate);
+    Status adopt(SharedPtr<Composition> const& composition, bool isUpdate);
     [[nodiscard]] Source source() const;
-    Outcome draw(Source const& source, int64 sourceFrame, PicturePainter::Target const& target);
+    void prepareAhead(Source const& source, int64 frame);
 
     // Player thread only.
     QOpenGLContext* m_context = nullptr;
-    PicturePainter m_painter;
+    FrameComposer m_composer;
+    SegmentRenderer m_segments;
 
     mutable std::mutex m_mutex;
     // Under m_mutex.
     Source m_source;
+    mutable PlannedFrames m_planned;  // asking for the frames forgets those whose pictures are gone
     Rational m_rate{24, 1};
     int32 m_step = 1;
     int m_cacheInMiB;

@@ -1,51 +1,82 @@
 #pragma once
 
 #include <QOpenGLExtraFunctions>
-#include <QOpenGLShaderProgram>
+#include <list>
 #include <memory>
+#include <string>
 
-#include "graph/qrtColourTransform.h"
-#include "graph/qrtLetterbox.h"
-#include "graph/qrtPictureConverter.h"
-#include "graph/qrtPictureTextures.h"
 #include "base/qrtKit.h"
 #include "base/qrtOutcome.h"
-#include "media/qrtVideoFacts.h"
+#include "graph/qrtCanvasPool.h"
+#include "graph/qrtColourManagement.h"
+#include "graph/qrtColourTables.h"
+#include "graph/qrtDisplayConversion.h"
+#include "graph/qrtLayerProvider.h"
+#include "graph/qrtOrientation.h"
+#include "graph/qrtPictureConverter.h"
+#include "graph/qrtPictureTextures.h"
+#include "graph/qrtRenderTarget.h"
+#include "graph/qrtSampling.h"
+#include "graph/qrtShaderCache.h"
 
 namespace qrtplay {
 
-/// Draws decoded pictures into rectangle textures with OpenGL 3.2: colours by the picture's own matrix and range, bilinear
-/// scaling, black bars where the shapes differ. Texture row 0 becomes the bottom of the picture; alpha is 1 everywhere.
+/// Draws single pictures with OpenGL 3.2 in the colours of the display (see `DisplayConversion`), upright, and scaled where
+/// their size is not that of their place.
 ///
-/// OpenGL: everything is made at the first drawing. All calls need the same context current, `release` included; without
-/// it what was made stays behind. The state of the context is left as it was, and no error.
+/// A picture of two fields that is scaled vertically shows the lines of its first field only: both together would comb,
+/// and lines that have been scaled cannot be told apart any more. Unscaled it shows all.
+/// The alpha of pictures is straight, but of OpenEXR's, whose colours have been multiplied with it.
+/// OpenGL: everything is made when it is needed. All calls need the same context current, `release` included, and a
+/// `GlState` around them; without it what was made stays behind.
 /// Threading: one thread.
 class PicturePainter final {
 public:
-    /// A `GL_TEXTURE_RECTANGLE` texture that can be drawn into, and its size.
-    struct Target {
-        GLuint texture;
-        int width;
-        int height;
+    /// What is drawn into: a framebuffer with a texture of this size.
+    struct Surface {
+        GLuint framebuffer = 0;
+        int width = 0;
+        int height = 0;
+    };
+    struct Manner {
+        Scaling scaling = Scaling::fit;
+        Blend blend = Blend::over;
+        double weight = 1;  ///< of the picture, its alpha included
+        ColourManagement const* colours = nullptr;  ///< in the place of `DisplayConversion`
     };
 
-    /// `facts`: what holds for the clip where the picture itself says nothing.
-    Outcome paint(QOpenGLExtraFunctions& gl, AVFrame const& picture, VideoFacts const& facts, Target const& target);
-    Outcome paintBlack(QOpenGLExtraFunctions& gl, Target const& target);
+    explicit PicturePainter(CanvasPool& canvases) : m_canvases(canvases) {}
+
+    /// Outside of the picture's place nothing changes.
+    Outcome paint(QOpenGLExtraFunctions& gl, LayerPicture const& layer, Surface const& surface, Manner const& manner);
+    /// Draws a rectangle texture of the surface's size as it is, alpha premultiplied.
+    Outcome paintTexture(QOpenGLExtraFunctions& gl, GLuint texture, Surface const& surface, Blend blend, double weight);
     void release(QOpenGLExtraFunctions& gl);
 
 private:
-    Outcome prepare(QOpenGLExtraFunctions& gl);
-    Outcome beginTarget(QOpenGLExtraFunctions& gl, Target const& target);
-    Outcome endTarget(QOpenGLExtraFunctions& gl);
-    void setUniforms(AVFrame const& picture, PixelLayout const& layout, ColourTransform const& transform,
-                     AVChromaLocation location, PixelRect const& rect);
+    struct Upload;
+    struct Pass;
 
+    Outcome prepare(AVFrame const& picture, LayerPicture const& layer, Manner const& manner, Upload& upload);
+    Outcome draw(QOpenGLExtraFunctions& gl, Pass const& pass, Upload const* upload);
+    Outcome drawScaled(QOpenGLExtraFunctions& gl, Upload const& upload, Pass const& last, PixelRect const& visible,
+                       Sampling const& columns, Sampling const& lines);
+    Outcome bindPicture(QOpenGLExtraFunctions& gl, QOpenGLShaderProgram& program, Upload const& upload);
+    PictureTextures& texturesFor(QOpenGLExtraFunctions& gl, AVFrame const& picture);
+
+    struct Textures {
+        int width = 0;
+        int height = 0;
+        int format = AV_PIX_FMT_NONE;
+        PictureTextures textures;
+    };
+
+    CanvasPool& m_canvases;
     PictureConverter m_converter;
-    PictureTextures m_textures;
-    std::unique_ptr<QOpenGLShaderProgram> m_program;
+    std::list<Textures> m_textures;  // the ones used last come first
+    ColourTables m_tables;
+    ShaderCache m_shaders;
     GLuint m_vertexArray = 0;
-    GLuint m_framebuffer = 0;
 };
 
 }  // namespace qrtplay

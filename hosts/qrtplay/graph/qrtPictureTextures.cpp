@@ -10,11 +10,22 @@ struct ChannelFormat {
     GLenum format;
     GLint eightBits;
     GLint sixteenBits;
+    GLint floats;
 };
-constexpr std::array<ChannelFormat, 4> channelFormats{{{GL_RED, GL_R8, GL_R16},
-                                                       {GL_RG, GL_RG8, GL_RG16},
-                                                       {GL_RGB, GL_RGB8, GL_RGB16},
-                                                       {GL_RGBA, GL_RGBA8, GL_RGBA16}}};
+constexpr std::array<ChannelFormat, 4> channelFormats{{{GL_RED, GL_R8, GL_R16, GL_R32F},
+                                                       {GL_RG, GL_RG8, GL_RG16, GL_RG32F},
+                                                       {GL_RGB, GL_RGB8, GL_RGB16, GL_RGB32F},
+                                                       {GL_RGBA, GL_RGBA8, GL_RGBA16, GL_RGBA32F}}};
+
+GLenum sampleType(PixelLayout const& layout) {
+    if (layout.isFloat) return GL_FLOAT;
+    return layout.bytesPerChannel == 2 ? GL_UNSIGNED_SHORT : GL_UNSIGNED_BYTE;
+}
+
+GLint internalFormat(PixelLayout const& layout, ChannelFormat const& channels) {
+    if (layout.isFloat) return channels.floats;
+    return layout.bytesPerChannel == 2 ? channels.sixteenBits : channels.eightBits;
+}
 
 /// Of `pixels` pixels of which each 2^shift share a sample, the number of samples; a started group has one, too.
 GLsizei samples(int pixels, int shift) {
@@ -47,13 +58,12 @@ void PictureTextures::uploadPlane(QOpenGLExtraFunctions& gl, AVFrame const& pict
                                   size_t plane) {
     PixelLayout::Plane const& description = layout.planes[plane];
     ChannelFormat const& channels = channelFormats[static_cast<size_t>(description.channels - 1)];
-    const bool deep = layout.bytesPerChannel == 2;
-    const GLenum type = deep ? GL_UNSIGNED_SHORT : GL_UNSIGNED_BYTE;
+    const GLenum type = sampleType(layout);
 
     Texture wanted;
     wanted.width = samples(picture.width, description.widthShift);
     wanted.height = samples(picture.height, description.heightShift);
-    wanted.internalFormat = deep ? channels.sixteenBits : channels.eightBits;
+    wanted.internalFormat = internalFormat(layout, channels);
     gl.glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(plane));
     allocate(gl, m_textures[plane], wanted, channels.format, type);
 
@@ -75,6 +85,7 @@ void PictureTextures::uploadPlane(QOpenGLExtraFunctions& gl, AVFrame const& pict
 }
 
 void PictureTextures::upload(QOpenGLExtraFunctions& gl, AVFrame const& picture, PixelLayout const& layout) {
+    gl.glPixelStorei(GL_UNPACK_SWAP_BYTES, layout.isSwapped ? GL_TRUE : GL_FALSE);
     for (size_t plane = 0; plane < static_cast<size_t>(layout.planeCount); ++plane)
         uploadPlane(gl, picture, layout, plane);
 }

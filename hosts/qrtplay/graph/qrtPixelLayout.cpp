@@ -1,18 +1,25 @@
 #include "graph/qrtPixelLayout.h"
 
+#include <bit>
+
 namespace qrtplay {
 
 namespace {
 
-constexpr uint64 notUploadable = AV_PIX_FMT_FLAG_PAL | AV_PIX_FMT_FLAG_BITSTREAM | AV_PIX_FMT_FLAG_HWACCEL |
-                                 AV_PIX_FMT_FLAG_BAYER | AV_PIX_FMT_FLAG_FLOAT;
+constexpr uint64 notUploadable =
+    AV_PIX_FMT_FLAG_PAL | AV_PIX_FMT_FLAG_BITSTREAM | AV_PIX_FMT_FLAG_HWACCEL | AV_PIX_FMT_FLAG_BAYER;
 
 bool isXyz(AVPixelFormat format) {
     return format == AV_PIX_FMT_XYZ12LE || format == AV_PIX_FMT_XYZ12BE;
 }
 
-/// Adds component `number` to the layout; false when its samples are not channels of texels.
-bool addComponent(AVPixFmtDescriptor const& descriptor, int number, PixelLayout& layout) {
+bool hasAlpha(AVPixFmtDescriptor const& descriptor) {
+    return (descriptor.flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
+}
+
+/// Adds number `number` of the format's components as number `as` of the layout's; false when its samples are not channels
+/// of texels.
+bool addComponent(AVPixFmtDescriptor const& descriptor, int number, size_t as, PixelLayout& layout) {
     const AVComponentDescriptor& component = descriptor.comp[number];
     if (component.depth != layout.bits || component.shift != layout.shift) return false;
     if (component.step % layout.bytesPerChannel != 0 || component.offset % layout.bytesPerChannel != 0) return false;
@@ -21,7 +28,7 @@ bool addComponent(AVPixFmtDescriptor const& descriptor, int number, PixelLayout&
     constexpr int mostChannels = 4;
     if (channels < 1 || channels > mostChannels || channel >= channels) return false;
 
-    const bool isChroma = !layout.isRgb && number > 0;
+    const bool isChroma = !layout.isRgb && as > 0 && as != PixelLayout::alpha;
     PixelLayout::Plane plane;
     plane.source = component.plane;
     plane.channels = channels;
@@ -38,30 +45,42 @@ bool addComponent(AVPixFmtDescriptor const& descriptor, int number, PixelLayout&
                known.heightShift != plane.heightShift) {
         return false;  // luma and chroma alternate, as in yuyv422
     }
-    layout.components[static_cast<size_t>(number)] = {index, channel};
+    layout.components[as] = {index, channel};
     return true;
+}
+
+/// The kind of number that a sample is; false when no texture holds it.
+bool describeSamples(AVPixFmtDescriptor const& descriptor, PixelLayout& layout) {
+    constexpr int bitsPerByte = 8;
+    constexpr int mostBits = 16;
+    constexpr int floatBits = 32;
+    layout.bits = descriptor.comp[0].depth;
+    layout.shift = descriptor.comp[0].shift;
+    layout.isFloat = (descriptor.flags & AV_PIX_FMT_FLAG_FLOAT) != 0;
+    if (layout.isFloat ? layout.bits != floatBits : layout.bits < bitsPerByte || layout.bits > mostBits) return false;
+    layout.bytesPerChannel = layout.isFloat ? 4 : layout.bits > bitsPerByte ? 2 : 1;
+    const bool isBigEndian = (descriptor.flags & AV_PIX_FMT_FLAG_BE) != 0;
+    layout.isSwapped = layout.bytesPerChannel > 1 && isBigEndian != (std::endian::native == std::endian::big);
+    return layout.shift + layout.bits <= layout.bytesPerChannel * bitsPerByte;
 }
 
 }  // namespace
 
 std::optional<PixelLayout> describeLayout(AVPixelFormat format) {
     const AVPixFmtDescriptor* const descriptor = av_pix_fmt_desc_get(format);
-    if (!descriptor || (descriptor->flags & notUploadable) != 0 || isXyz(format)) return std::nullopt;
-    constexpr int bitsPerByte = 8;
-    constexpr int mostBits = 16;
+    if (!descriptor || (descriptor->flags & notUploadable) != 0) return std::nullopt;
 
     PixelLayout layout;
-    layout.isRgb = (descriptor->flags & AV_PIX_FMT_FLAG_RGB) != 0;
+    layout.isXyz = isXyz(format);
+    layout.isRgb = layout.isXyz || (descriptor->flags & AV_PIX_FMT_FLAG_RGB) != 0;
     layout.componentCount = descriptor->nb_components >= 3 ? 3 : 1;
-    layout.bits = descriptor->comp[0].depth;
-    layout.shift = descriptor->comp[0].shift;
-    if (layout.bits < bitsPerByte || layout.bits > mostBits) return std::nullopt;
-    layout.bytesPerChannel = layout.bits > bitsPerByte ? 2 : 1;
-    if (layout.bytesPerChannel == 2 && (descriptor->flags & AV_PIX_FMT_FLAG_BE) != 0) return std::nullopt;
-    if (layout.shift + layout.bits > layout.bytesPerChannel * bitsPerByte) return std::nullopt;
+    layout.hasAlpha = hasAlpha(*descriptor);
+    if (!describeSamples(*descriptor, layout)) return std::nullopt;
     for (int number = 0; number < layout.componentCount; ++number) {
-        if (!addComponent(*descriptor, number, layout)) return std::nullopt;
+        if (!addComponent(*descriptor, number, static_cast<size_t>(number), layout)) return std::nullopt;
     }
+    if (layout.hasAlpha && !addComponent(*descriptor, layout.componentCount, PixelLayout::alpha, layout))
+        return std::nullopt;
     return layout;
 }
 
@@ -69,15 +88,21 @@ AVPixelFormat uploadableFormat(AVPixelFormat format) {
     const AVPixFmtDescriptor* const descriptor = av_pix_fmt_desc_get(format);
     if (!descriptor) return AV_PIX_FMT_NONE;
     const bool deep = descriptor->comp[0].depth > 8;
-    if (isXyz(format)) return AV_PIX_FMT_RGB48LE;
+    const bool alpha = hasAlpha(*descriptor);
+    const auto choice = [deep, alpha](AVPixelFormat plain, AVPixelFormat plainDeep, AVPixelFormat withAlpha,
+                                      AVPixelFormat withAlphaDeep) {
+        if (alpha) return deep ? withAlphaDeep : withAlpha;
+        return deep ? plainDeep : plain;
+    };
     if ((descriptor->flags & (AV_PIX_FMT_FLAG_RGB | AV_PIX_FMT_FLAG_PAL | AV_PIX_FMT_FLAG_BAYER)) != 0)
-        return deep ? AV_PIX_FMT_RGB48LE : AV_PIX_FMT_RGBA;
-    if (descriptor->nb_components < 3) return deep ? AV_PIX_FMT_GRAY16LE : AV_PIX_FMT_GRAY8;
+        return choice(AV_PIX_FMT_RGB0, AV_PIX_FMT_RGB48, AV_PIX_FMT_RGBA, AV_PIX_FMT_RGBA64);
+    if (descriptor->nb_components < 3)
+        return choice(AV_PIX_FMT_GRAY8, AV_PIX_FMT_GRAY16, AV_PIX_FMT_YA8, AV_PIX_FMT_YA16);
     if (descriptor->log2_chroma_w == 1 && descriptor->log2_chroma_h == 1)
-        return deep ? AV_PIX_FMT_YUV420P16LE : AV_PIX_FMT_YUV420P;
+        return choice(AV_PIX_FMT_YUV420P, AV_PIX_FMT_YUV420P16, AV_PIX_FMT_YUVA420P, AV_PIX_FMT_YUVA420P16);
     if (descriptor->log2_chroma_w == 1 && descriptor->log2_chroma_h == 0)
-        return deep ? AV_PIX_FMT_YUV422P16LE : AV_PIX_FMT_YUV422P;
-    return deep ? AV_PIX_FMT_YUV444P16LE : AV_PIX_FMT_YUV444P;
+        return choice(AV_PIX_FMT_YUV422P, AV_PIX_FMT_YUV422P16, AV_PIX_FMT_YUVA422P, AV_PIX_FMT_YUVA422P16);
+    return choice(AV_PIX_FMT_YUV444P, AV_PIX_FMT_YUV444P16, AV_PIX_FMT_YUVA444P, AV_PIX_FMT_YUVA444P16);
 }
 
 }  // namespace qrtplay

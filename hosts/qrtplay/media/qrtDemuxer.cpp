@@ -1,10 +1,9 @@
 #include "media/qrtDemuxer.h"
 
 #include <cstring>
-#include <filesystem>
-#include <system_error>
 #include <utility>
 
+#include "media/qrtRegularFile.h"
 #include "media/qrtVideoFacts.h"
 
 namespace qrtplay {
@@ -15,18 +14,6 @@ namespace {
 bool isTextArt(AVCodecID codec) {
     return codec == AV_CODEC_ID_ANSI || codec == AV_CODEC_ID_BINTEXT || codec == AV_CODEC_ID_XBIN ||
            codec == AV_CODEC_ID_IDF;
-}
-
-Outcome checkRegularFile(std::string const& path) {
-    std::error_code error;
-    const auto status = std::filesystem::status(path, error);
-    switch (status.type()) {
-        case std::filesystem::file_type::regular: return Outcome();
-        case std::filesystem::file_type::not_found: return Outcome::failure(path + ": no such file");
-        case std::filesystem::file_type::directory: return Outcome::failure(path + ": is a folder, not a media file");
-        case std::filesystem::file_type::none: return Outcome::failure(path + ": " + error.message());
-        default: return Outcome::failure(path + ": is not a regular file");
-    }
 }
 
 }  // namespace

@@ -3,9 +3,9 @@
 #include <memory>
 #include <string>
 
-#include "media/qrtAv.h"
 #include "base/qrtKit.h"
 #include "base/qrtOutcome.h"
+#include "media/qrtAv.h"
 
 namespace qrtplay {
 

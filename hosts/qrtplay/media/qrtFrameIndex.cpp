@@ -35,10 +35,10 @@ void FrameIndex::finishInOrder(std::vector<int64> packetOfFrame) {
     fillFrameOfPacket();
 }
 
-// A file that is cut off may hold a frame but lack those that are shown before it and decoded after it; counting what is
-// there would then show the wrong picture. A packet that is missing would have been decoded after the last one that was
-// read and is never shown before it is decoded, so up to that time the count holds. Beyond it, and only in a clip whose
-// frames are evenly spaced, the time says which number a frame has.
+// A file that is cut off may hold a frame but lack those that are shown before it and decoded after it; counting what
+// is there would then show the wrong picture. A packet that is missing would have been decoded after the last one that
+// was read and is never shown before it is decoded, so up to that time the count holds. Beyond it, and only in a clip
+// whose frames are evenly spaced, the time says which number a frame has.
 std::vector<int64> FrameIndex::numberWithGaps(std::vector<int64> const& shown, double ticksPerFrame) const {
     if (shown.empty()) return {};
     const int64 lastDts = m_packets.back().dts;
@@ -70,8 +70,8 @@ std::vector<int64> FrameIndex::numberWithGaps(std::vector<int64> const& shown, d
     return numbered;
 }
 
-// What follows a damaged packet may refer to it, up to the next key packet; and what is decoded after that one but shown
-// before it still may.
+// What follows a damaged packet may refer to it, up to the next key packet; and what is decoded after that one but
+// shown before it still may.
 void FrameIndex::spreadDamage() {
     bool damaged = false;
     bool damagedBeforeKey = false;
@@ -106,7 +106,8 @@ int64 FrameIndex::leadingFrames() const {
     if (!m_timed || m_keys.empty()) return 0;
     const int64 keyPts = packet(m_keys.front()).pts;
     int64 leading = 0;
-    while (leading < frameCount() && packetOfFrame(leading) >= 0 && packet(packetOfFrame(leading)).pts < keyPts) ++leading;
+    while (leading < frameCount() && packetOfFrame(leading) >= 0 && packet(packetOfFrame(leading)).pts < keyPts)
+        ++leading;
     return leading;
 }
 

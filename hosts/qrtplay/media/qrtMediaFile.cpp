@@ -63,6 +63,7 @@ Outcome MediaFile::open(std::string const& path, std::shared_ptr<MediaFile const
     if (Outcome outcome = opened->readIndex(*demuxer); outcome.failed()) return outcome;
     opened->m_facts.frameCount = opened->m_index.frameCount();
     if (opened->m_facts.frameCount == 0) return Outcome::failure(path + ": its video holds no frame");
+    opened->readStartTime(*demuxer);
     file = std::move(opened);
     return Outcome();
 }
@@ -78,9 +79,25 @@ void MediaFile::readFacts(Demuxer const& demuxer) {
     m_facts.frameRate = Rational(rate.num, static_cast<uint32>(rate.den));
     m_facts.pixelFormat = static_cast<AVPixelFormat>(parameters.format);
     m_facts.chromaLocation = parameters.chroma_location;
-    m_facts.colour = completeColour({parameters.color_space, parameters.color_range, parameters.color_primaries},
-                                    m_facts.pixelFormat, parameters.height);
+    m_facts.colour = completeColour(
+        {parameters.color_space, parameters.color_range, parameters.color_primaries, parameters.color_trc},
+        m_facts.pixelFormat, parameters.height);
+    if (parameters.field_order != AV_FIELD_UNKNOWN) m_facts.fieldOrder = parameters.field_order;
     m_facts.codecName = avcodec_get_name(parameters.codec_id);
+
+    size_t bytes = 0;
+    const uint8_t* const stated = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, &bytes);
+    int32 matrix[9];
+    if (!stated || bytes < sizeof(matrix)) return;
+    std::memcpy(matrix, stated, sizeof(matrix));
+    readDisplayMatrix(matrix, m_facts);
+}
+
+void MediaFile::readStartTime(Demuxer const& demuxer) {
+    const int64 packet = m_index.packetOfFrame(0);
+    if (packet < 0 || packet >= m_index.packetCount() || m_index.packet(packet).pts == FrameIndex::noTime) return;
+    const AVRational tick = demuxer.stream().time_base;
+    m_facts.startTime = ExactTime(m_index.packet(packet).pts, 1) * ExactTime(tick.num, tick.den);
 }
 
 Outcome MediaFile::readIndex(Demuxer& demuxer) {

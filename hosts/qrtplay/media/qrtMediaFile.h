@@ -3,9 +3,9 @@
 #include <memory>
 #include <string>
 
-#include "media/qrtFrameIndex.h"
 #include "base/qrtKit.h"
 #include "base/qrtOutcome.h"
+#include "media/qrtFrameIndex.h"
 #include "media/qrtVideoFacts.h"
 
 namespace qrtplay {
@@ -30,6 +30,7 @@ private:
     explicit MediaFile(std::string path) : m_path(std::move(path)) {}
 
     void readFacts(Demuxer const& demuxer);
+    void readStartTime(Demuxer const& demuxer);
     Outcome readIndex(Demuxer& demuxer);
     Outcome orderByDecoding();
     Outcome dropUndecodableBegin();

@@ -4,10 +4,10 @@
 #include <memory>
 #include <vector>
 
-#include "media/qrtAv.h"
 #include "base/qrtExactTime.h"
 #include "base/qrtKit.h"
 #include "base/qrtOutcome.h"
+#include "media/qrtAv.h"
 #include "media/qrtPictureSource.h"
 #include "media/qrtVideoFacts.h"
 
@@ -16,7 +16,8 @@ namespace qrtplay {
 /// Decoded pictures of many media, made on threads of its own, ahead of when they are needed.
 ///
 /// A media is opened when its first picture is wanted, and the clips of one media share what decodes it.
-/// Pictures that were decoded on the way to another are kept, within a budget of memory that all media share.
+/// Pictures that were decoded on the way to another are kept, within a budget of memory that all media share; those
+/// that are wished for stay longest. Of two requests the newer one goes first, but none is overtaken for ever.
 /// Threading: any thread may call any method.
 class PictureStore final {
 public:
@@ -51,8 +52,8 @@ public:
     PictureStore(PictureStore const&) = delete;
     PictureStore& operator=(PictureStore const&) = delete;
 
-    /// Waits for a picture; goes before everything that is being decoded ahead, and makes it step back where it is in the
-    /// way. Failures name the file and the frame.
+    /// Waits for a picture; goes before everything that is being decoded ahead, and makes it step back where it is in
+    /// the way. Failures name the file and the frame.
     Outcome picture(Wish const& wish, Answer& answer);
     /// What will be needed next, the most urgent first; takes the place of what was said before. Never waits.
     void prepare(std::vector<Wish> wishes);
@@ -60,6 +61,7 @@ public:
     /// Takes effect at once. One picture is kept even when it is larger than the budget.
     void setBudget(size_t bytes);
     [[nodiscard]] size_t sizeInBytes() const;
+    /// Drops all pictures, what is being decoded ahead and what was wished for.
     void clear();
     /// Whether a picture is kept. False for a media that is not open yet; true for a time outside of an open one.
     [[nodiscard]] bool isKept(Wish const& wish) const;

@@ -14,51 +14,95 @@ constexpr int64 farthestReference = 32;
 
 Outcome VideoDecoder::open(std::shared_ptr<MediaFile const> const& file, std::unique_ptr<VideoDecoder>& decoder) {
     std::unique_ptr<VideoDecoder> opened(new VideoDecoder(file));
-    if (Outcome outcome = Demuxer::open(file->path(), opened->m_demuxer); outcome.failed()) return outcome;
-    if (Outcome outcome = opened->m_demuxer->makeDecoder(opened->m_decoder); outcome.failed()) return outcome;
-    opened->m_packet.reset(av_packet_alloc());
-    opened->m_decoded.reset(av_frame_alloc());
-    if (!opened->m_packet || !opened->m_decoded) return Outcome::failure(file->path() + ": out of memory");
+    if (Outcome outcome = opened->wakeUp(); outcome.failed()) return outcome;
     decoder = std::move(opened);
     return Outcome();
 }
 
-Outcome VideoDecoder::fail(int64 frame, std::string const& why) const {
-    return Outcome::failure(m_file->path() + ": frame " + std::to_string(frame) + ": " + why);
+Outcome VideoDecoder::wakeUp() {
+    if (m_decoder) return Outcome();
+    std::unique_ptr<Demuxer> demuxer;
+    AvPtr<AVCodecContext> decoder;
+    if (Outcome outcome = Demuxer::open(path(), demuxer); outcome.failed()) return outcome;
+    if (Outcome outcome = demuxer->makeDecoder(decoder); outcome.failed()) return outcome;
+    m_packet.reset(av_packet_alloc());
+    m_decoded.reset(av_frame_alloc());
+    if (!m_packet || !m_decoded) return Outcome::failure(path() + ": out of memory");
+    m_demuxer = std::move(demuxer);
+    m_decoder = std::move(decoder);
+    return Outcome();
 }
 
-Outcome VideoDecoder::frame(int64 frame, FramePtr& picture) {
-    picture.reset();
-    FrameIndex const& index = m_file->index();
-    if (frame < 0 || frame >= index.frameCount()) return fail(frame, "outside the clip");
-    picture = m_cache.get(frame);
-    if (picture) return Outcome();
+void VideoDecoder::rest() {
+    m_running = false;
+    m_heldBack.clear();
+    m_decoder.reset();
+    m_demuxer.reset();
+    m_packet.reset();
+    m_decoded.reset();
+}
 
+std::unique_ptr<PictureSource> VideoDecoder::twin() const {
+    return std::unique_ptr<PictureSource>(new VideoDecoder(m_file));
+}
+
+int64 VideoDecoder::runBegin(int64 frame) const noexcept {
+    FrameIndex const& index = m_file->index();
+    if (frame < 0 || frame >= index.frameCount() || index.packetOfFrame(frame) < 0) return frame;
+    const int64 first = index.frameOfPacket(index.startFor(index.packetOfFrame(frame)));
+    return first < 0 ? 0 : std::min(first, frame);
+}
+
+/// What makes a frame fail before it is tried; empty when nothing does.
+std::string VideoDecoder::whyLost(int64 frame) const {
+    FrameIndex const& index = m_file->index();
+    if (frame < 0 || frame >= index.frameCount()) return "outside the clip";
     const int64 packet = index.packetOfFrame(frame);
-    if (packet < 0) return fail(frame, "missing, the file is cut off");
-    if (index.packet(packet).damaged) return fail(frame, "damaged, or depends on a damaged one");
-    if (const auto known = m_failures.find(frame); known != m_failures.end()) return fail(frame, known->second);
-
-    Outcome outcome = decode(frame, picture);
-    if (outcome.failed()) m_failures.emplace(frame, "cannot be decoded");
-    return outcome;
+    if (packet < 0) return "missing, the file is cut off";
+    if (index.packet(packet).damaged) return "damaged, or depends on a damaged one";
+    return m_failures.count(frame) != 0 ? "cannot be decoded" : "";
 }
 
-Outcome VideoDecoder::decode(int64 frame, FramePtr& picture) {
-    FrameIndex const& index = m_file->index();
-    if (canRunOnTo(frame) && runOnTo(frame, picture)) return Outcome();
+PictureSource::Result VideoDecoder::frame(int64 frame, Keep const& keep, IsWanted const& isWanted, FramePtr& picture,
+                                          std::string& why) {
+    picture.reset();
+    const std::string frameName = path() + ": frame " + std::to_string(frame) + ": ";
+    if (const std::string lost = whyLost(frame); !lost.empty()) {
+        why = frameName + lost;
+        return Result::failure;
+    }
+    if (const Outcome outcome = wakeUp(); outcome.failed()) {
+        why = outcome.message();
+        return Result::failure;
+    }
+    switch (decode({frame, keep, isWanted, picture})) {
+        case Progress::arrived: return Result::picture;
+        case Progress::given_up: return Result::given_up;
+        case Progress::missed: break;
+    }
+    m_running = false;
+    m_failures.insert(frame);
+    why = frameName + "cannot be decoded";
+    return Result::failure;
+}
 
-    // A packet that is marked as a key may not be enough to start from, for example when its stream refreshes the picture
-    // bit by bit; then an earlier one is, and the first in any case.
+VideoDecoder::Progress VideoDecoder::decode(Errand const& errand) {
+    FrameIndex const& index = m_file->index();
+    if (canRunOnTo(errand.frame)) {
+        if (const Progress progress = runOnTo(errand); progress != Progress::missed) return progress;
+    }
+    // A packet that is marked as a key may not be enough to start from, for example when its stream refreshes the
+    // picture bit by bit; then an earlier one is, and the first in any case.
     constexpr int attempts = 3;
-    int64 start = index.startFor(index.packetOfFrame(frame));
+    int64 start = index.startFor(index.packetOfFrame(errand.frame));
     for (int attempt = 0; attempt < attempts; ++attempt) {
-        if (startAt(start) && runOnTo(frame, picture)) return Outcome();
+        if (startAt(start)) {
+            if (const Progress progress = runOnTo(errand); progress != Progress::missed) return progress;
+        }
         if (start == 0) break;
         start = attempt + 2 < attempts ? index.startBefore(start) : 0;
     }
-    m_running = false;
-    return fail(frame, "cannot be decoded");
+    return Progress::missed;
 }
 
 bool VideoDecoder::canRunOnTo(int64 frame) const {
@@ -89,7 +133,7 @@ bool VideoDecoder::startAt(int64 start) {
 bool VideoDecoder::rewind() {
     m_packetRead = false;
     std::unique_ptr<Demuxer> reopened;
-    if (Demuxer::open(m_file->path(), reopened).failed()) return false;
+    if (Demuxer::open(path(), reopened).failed()) return false;
     m_demuxer = std::move(reopened);
     return true;
 }
@@ -112,13 +156,14 @@ bool VideoDecoder::readNext() {
     return m_packetRead;
 }
 
-// Decodes until `frame` comes out; false when it does not.
-bool VideoDecoder::runOnTo(int64 frame, FramePtr& picture) {
+// Decodes until the wanted frame comes out.
+VideoDecoder::Progress VideoDecoder::runOnTo(Errand const& errand) {
     for (;;) {
-        picture = releaseSound(frame);
-        if (picture) return true;
+        releaseSound(errand);
+        if (errand.picture) return Progress::arrived;
         // Frames come out in order: one that has been passed by and is not held back has been left out.
-        if (!m_running || (m_lastFrame >= frame && !isHeldBack(frame))) return false;
+        if (!m_running || (m_lastFrame >= errand.frame && !isHeldBack(errand.frame))) return Progress::missed;
+        if (!errand.isWanted()) return Progress::given_up;
 
         const int result = avcodec_receive_frame(m_decoder.get(), m_decoded.get());
         if (result >= 0) {
@@ -196,11 +241,11 @@ void VideoDecoder::takeDecoded() {
     if (frame < 0) return;
     m_lastFrame = std::max(m_lastFrame, frame);
     if (decoded->width > 0 && decoded->height > 0)
-        m_heldBack.push_back({frame, packet, FramePtr(decoded.release(), AvDeleter())});
+        m_heldBack.push_back({frame, packet, FramePtr(decoded.release(), AvDeleter()), false});
 }
 
-// A frame that others refer to may come out after them, and only then shows that it is flawed. So a picture is let go when
-// all that were decoded shortly before it are out.
+// A frame that others refer to may come out after them, and only then shows that it is flawed. So a picture is let go
+// when all that were decoded shortly before it are out.
 bool VideoDecoder::isSettled(int64 packet) const {
     for (int64 earlier = std::max(m_startPacket, packet - farthestReference); earlier < packet; ++earlier) {
         if (m_file->index().frameOfPacket(earlier) > m_lastFrame) return false;
@@ -212,17 +257,17 @@ bool VideoDecoder::isHeldBack(int64 frame) const {
     return std::any_of(m_heldBack.begin(), m_heldBack.end(), [&](HeldBack const& held) { return held.frame == frame; });
 }
 
-// Moves all pictures that have proved sound to the cache and gives back the wanted one, if it is among them.
-FramePtr VideoDecoder::releaseSound(int64 wanted) {
-    FramePtr picture;
-    std::erase_if(m_heldBack, [&](HeldBack const& held) {
+// Tells of all pictures that have proved sound. Those that lie ahead stay at hand as well: whoever does not keep them
+// will ask for them next.
+void VideoDecoder::releaseSound(Errand const& errand) {
+    std::erase_if(m_heldBack, [&](HeldBack& held) {
         if (isSuspect(held.packet)) return true;
         if (m_running && !isSettled(held.packet)) return false;
-        if (held.frame == wanted) picture = held.picture;
-        m_cache.put(held.frame, held.picture);
-        return true;
+        const bool isWanted = held.frame == errand.frame;
+        if (isWanted) errand.picture = held.picture;
+        if (!std::exchange(held.isKept, true) || isWanted) errand.keep(held.frame, held.picture);
+        return held.frame <= errand.frame;
     });
-    return picture;
 }
 
 }  // namespace qrtplay

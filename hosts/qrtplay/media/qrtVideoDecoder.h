@@ -2,50 +2,63 @@
 
 #include <memory>
 #include <string>
-#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
-#include "media/qrtDecodedFrameCache.h"
-#include "media/qrtDemuxer.h"
 #include "base/qrtKit.h"
-#include "media/qrtMediaFile.h"
 #include "base/qrtOutcome.h"
+#include "media/qrtDemuxer.h"
+#include "media/qrtMediaFile.h"
+#include "media/qrtPictureSource.h"
 
 namespace qrtplay {
 
 /// Decodes frames of a media file by number, in any order.
 ///
-/// Going forward costs one frame each. Any other frame is reached from the last key packet before it; the pictures that
-/// are decoded on the way are cached, so that going backward decodes each group of pictures once as long as the budget
-/// of the cache holds it.
+/// Going forward costs one frame each. Any other frame is reached from the last key packet before it.
 /// A frame that cannot be decoded without an error fails; it never comes out as another picture.
-/// Threading: one thread at a time, but for the cache.
-class VideoDecoder final {
+class VideoDecoder final : public PictureSource {
 public:
     static Outcome open(std::shared_ptr<MediaFile const> const& file, std::unique_ptr<VideoDecoder>& decoder);
 
-    [[nodiscard]] MediaFile const& file() const noexcept { return *m_file; }
-    [[nodiscard]] DecodedFrameCache& cache() noexcept { return m_cache; }
-
-    /// Sets `picture` to frame number `frame`. Failures name the file and the frame, and leave `picture` empty.
-    Outcome frame(int64 frame, FramePtr& picture);
+    [[nodiscard]] VideoFacts const& facts() const noexcept override { return m_file->facts(); }
+    [[nodiscard]] std::string const& path() const noexcept override { return m_file->path(); }
+    [[nodiscard]] Result frame(int64 frame, Keep const& keep, IsWanted const& isWanted, FramePtr& picture,
+                               std::string& why) override;
+    [[nodiscard]] int64 runBegin(int64 frame) const noexcept override;
+    /// Opens the file again when its first frame is asked for.
+    [[nodiscard]] std::unique_ptr<PictureSource> twin() const override;
+    /// Two places of one file are seen at a time when it dissolves into itself.
+    [[nodiscard]] size_t mostTwins() const noexcept override { return 2; }
+    void rest() override;
 
 private:
+    /// How far a run has come.
+    enum class Progress { arrived, missed, given_up };
+    /// What one call of `frame` is about.
+    struct Errand {
+        int64 frame;
+        Keep const& keep;
+        IsWanted const& isWanted;
+        FramePtr& picture;
+    };
+
     explicit VideoDecoder(std::shared_ptr<MediaFile const> file) : m_file(std::move(file)) {}
 
-    Outcome fail(int64 frame, std::string const& why) const;
-    Outcome decode(int64 frame, FramePtr& picture);
+    [[nodiscard]] Outcome wakeUp();
+    [[nodiscard]] std::string whyLost(int64 frame) const;
+    [[nodiscard]] Progress decode(Errand const& errand);
     [[nodiscard]] bool canRunOnTo(int64 frame) const;
     [[nodiscard]] bool startAt(int64 start);
     [[nodiscard]] bool rewind();
     [[nodiscard]] bool skipTo(int64 start);
     [[nodiscard]] bool readNext();
-    [[nodiscard]] bool runOnTo(int64 frame, FramePtr& picture);
+    [[nodiscard]] Progress runOnTo(Errand const& errand);
     void feedPacket();
     void noteDamage(int64 packet);
     [[nodiscard]] bool isSuspect(int64 packet) const;
     void takeDecoded();
-    [[nodiscard]] FramePtr releaseSound(int64 wanted);
+    void releaseSound(Errand const& errand);
     [[nodiscard]] bool isSettled(int64 packet) const;
     [[nodiscard]] bool isHeldBack(int64 frame) const;
 
@@ -53,24 +66,24 @@ private:
         int64 frame;
         int64 packet;
         FramePtr picture;
+        bool isKept = false;  // has been told of
     };
 
     const std::shared_ptr<MediaFile const> m_file;
-    DecodedFrameCache m_cache;
-    std::unique_ptr<Demuxer> m_demuxer;
+    std::unique_ptr<Demuxer> m_demuxer;  // null at rest, as is the decoder
     AvPtr<AVCodecContext> m_decoder;
     AvPtr<AVPacket> m_packet;
     AvPtr<AVFrame> m_decoded;
-    std::unordered_map<int64, std::string> m_failures;  // so that a broken frame is not tried again and again
+    std::unordered_set<int64> m_failures;  // so that a broken frame is not tried again and again
 
     // The run: decoding from a key packet on, without a jump.
     bool m_running = false;
     bool m_packetRead = false;  // m_packet waits to be fed
     bool m_drained = false;     // the end of the stream has been fed
     int64 m_startPacket = 0;
-    int64 m_nextPacket = 0;  // number of the packet to be fed next
-    int64 m_lastFrame = -1;  // the last one that came out
-    std::vector<HeldBack> m_heldBack;  // came out, but a frame that they may refer to has yet to prove sound
+    int64 m_nextPacket = 0;            // number of the packet to be fed next
+    int64 m_lastFrame = -1;            // the last one that came out
+    std::vector<HeldBack> m_heldBack;  // came out, but lie ahead or have yet to prove sound
     int64 m_damagedFrom = -1;          // packets from here ...
     int64 m_damagedUntil = -1;         // ... up to here, exclusive, may show the traces of an error
 };

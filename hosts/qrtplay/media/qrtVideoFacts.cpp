@@ -1,5 +1,12 @@
 #include "media/qrtVideoFacts.h"
 
+#include <algorithm>
+#include <cmath>
+
+extern "C" {
+#include <libavutil/display.h>
+}
+
 namespace qrtplay {
 
 namespace {
@@ -14,6 +21,11 @@ bool isFullRangeFormat(AVPixelFormat format) {
         case AV_PIX_FMT_YUVJ444P: return true;
         default: return false;
     }
+}
+
+AVColorTransferCharacteristic usualTransfer(AVPixFmtDescriptor const* descriptor, bool isRgb) {
+    if (descriptor && (descriptor->flags & AV_PIX_FMT_FLAG_FLOAT) != 0) return AVCOL_TRC_LINEAR;
+    return isRgb ? AVCOL_TRC_IEC61966_2_1 : AVCOL_TRC_BT709;
 }
 
 }  // namespace
@@ -39,7 +51,25 @@ ColourFacts completeColour(ColourFacts stated, AVPixelFormat pixelFormat, int he
     }
     if (stated.primaries == AVCOL_PRI_UNSPECIFIED || stated.primaries == AVCOL_PRI_RESERVED)
         complete.primaries = height >= firstHighDefinitionHeight ? AVCOL_PRI_BT709 : AVCOL_PRI_SMPTE170M;
+    if (stated.transfer == AVCOL_TRC_UNSPECIFIED || stated.transfer == AVCOL_TRC_RESERVED ||
+        stated.transfer == AVCOL_TRC_RESERVED0)
+        complete.transfer = usualTransfer(descriptor, isRgb);
     return complete;
+}
+
+void readDisplayMatrix(int32 const (&matrix)[9], VideoFacts& facts) {
+    int32 upright[9];
+    std::copy(std::begin(matrix), std::end(matrix), upright);
+    const double determinant = static_cast<double>(matrix[0]) * matrix[4] - static_cast<double>(matrix[1]) * matrix[3];
+    facts.isFlippedHorizontally = determinant < 0;
+    if (facts.isFlippedHorizontally) {  // what remains of the matrix after its picture has been mirrored
+        for (int column = 0; column < 2; ++column)
+            upright[column] = std::max(upright[column], -INT32_MAX) * -1;
+    }
+    constexpr double quarter = 90;
+    const double counterClockwise = av_display_rotation_get(upright);
+    if (!std::isfinite(counterClockwise)) return;
+    facts.clockwiseQuarterTurns = (4 - static_cast<int>(std::lround(counterClockwise / quarter))) % 4;
 }
 
 }  // namespace qrtplay

@@ -5,17 +5,22 @@
 #include <iostream>
 #include <memory>
 
+#include "encode/qrtBlockImage.h"
+#include "encode/qrtOutputFolder.h"
+#include "encode/qrtStillWriter.h"
 #include "render/qrtConsole.h"
 #include "render/qrtContactSheet.h"
 #include "render/qrtFailureReport.h"
-#include "render/qrtImageWriter.h"
 #include "render/qrtInterrupt.h"
+#include "render/qrtOpenInput.h"
 #include "render/qrtProgress.h"
 #include "render/qrtTimecode.h"
 
 namespace qrtplay {
 
 namespace {
+
+constexpr int sheetQuality = 90;  // of a JPEG
 
 /// Frames from all over a clip, one from the middle of each part.
 FrameRange spreadFrames(int64 frameCount, int64 tiles) {
@@ -28,23 +33,23 @@ FrameRange spreadFrames(int64 frameCount, int64 tiles) {
     return range;
 }
 
-QString details(PlaySession const& session) {
-    VideoFacts const& facts = session.facts();
-    const double seconds = static_cast<double>(facts.frameCount) / facts.frameRate.getValue();
+QString details(FrameSource const& source) {
+    const double seconds = static_cast<double>(source.frameCount()) / source.rate().getValue();
     return QString("%1 x %2, %3 frames/s, %4 frames, %5")
-        .arg(QString::number(facts.width), QString::number(facts.height),
-             QString::fromStdString(rateText(facts.frameRate)), QString::number(facts.frameCount),
+        .arg(QString::number(source.resolution().width()), QString::number(source.resolution().height()),
+             QString::fromStdString(rateText(source.rate())), QString::number(source.frameCount()),
              QString::fromStdString(durationText(seconds)));
 }
 
-int failWith(std::string const& message) {
+int failWith(std::string const& message, ExitStatus status = exit_failed) {
     printError(message);
-    return exit_failed;
+    return status;
 }
 
 /// Fetches the frames and draws them; false when some failed or the user has had enough.
-bool drawFrames(PlaySession& session, FrameRange const& range, ContactSheet& sheet) {
+bool drawFrames(FrameSource& source, FrameRange const& range, ContactSheet& sheet) {
     const bool isTerminal = standardErrorIsTerminal();
+    const int64 clock = source.clockStart().nearestFrame(source.rate());
     Progress progress(std::cerr, isTerminal, range.count());
     FailureReport failures([&progress](std::string const& line) {
         progress.clear();
@@ -53,13 +58,13 @@ bool drawFrames(PlaySession& session, FrameRange const& range, ContactSheet& she
     for (int64 position = 0; position < range.count() && !Interrupt::isRequested(); ++position) {
         const int64 frame = range.frame(position);
         const QString number = QString::number(frame);
-        const QString time = QString::fromStdString(timecode(frame, session.facts().frameRate));
-        QImage image;
-        if (Outcome outcome = session.fetch(frame, image); outcome.failed()) {
+        const QString time = QString::fromStdString(timecode(clock + frame, source.rate()));
+        PixelBlock block;
+        if (Outcome outcome = source.fetch(frame, block); outcome.failed()) {
             failures.add(frame, outcome.message());
             sheet.drawMissing(static_cast<int>(position), number, time);
         } else {
-            sheet.drawFrame(static_cast<int>(position), image, number, time);
+            sheet.drawFrame(static_cast<int>(position), imageOf(block), number, time);
         }
         if (isTerminal) progress.update(position + 1);  // too short a job to fill a log with
     }
@@ -72,30 +77,35 @@ bool drawFrames(PlaySession& session, FrameRange const& range, ContactSheet& she
 
 int runContactSheet(ContactSheetOptions const& options) {
     const Interrupt interrupt;
-    std::unique_ptr<PlaySession> session;
-    if (Outcome outcome = PlaySession::open(options.clip, {}, session); outcome.failed()) return failWith(outcome.message());
+    std::string const& path = options.input.files.front();
+    std::unique_ptr<FrameSource> source;
+    ExitStatus status = exit_failed;
+    if (Outcome outcome = openFrameSource(options.input, {}, source, status); outcome.failed())
+        return failWith(outcome.message(), status);
     OutputPattern output;
     if (Outcome outcome = OutputPattern::parse(options.output, output); outcome.failed())
         return failWith(outcome.message());
     if (Outcome outcome = prepareFolder(output.folder()); outcome.failed()) return failWith(outcome.message());
 
-    const int64 frameCount = session->facts().frameCount;
+    const int64 frameCount = source->frameCount();
     const FrameRange range = spreadFrames(frameCount, int64{options.columns} * options.rows);
     const int columns = static_cast<int>(std::min<int64>(options.columns, range.count()));
     const int rows = static_cast<int>((range.count() + columns - 1) / columns);
-    ContactSheet sheet(options.width, columns, rows, session->resolution());
-    sheet.drawTitle(QFileInfo(QString::fromStdString(options.clip)).fileName(), details(*session));
+    ContactSheet sheet(options.width, columns, rows, source->resolution());
+    sheet.drawTitle(QFileInfo(QString::fromStdString(path)).fileName(), details(*source));
 
-    if (Outcome outcome = session->start(range); outcome.failed()) return failWith(outcome.message());
-    const bool complete = drawFrames(*session, range, sheet);
-    session->stop();
+    if (Outcome outcome = source->start(range); outcome.failed()) return failWith(outcome.message());
+    const bool complete = drawFrames(*source, range, sheet);
+    source->stop();
+    for (std::string const& warning : source->takeWarnings()) printError("warning: " + warning);
     if (Interrupt::isRequested()) {
         printError("interrupted");
         return exit_interrupted;
     }
-    if (Outcome outcome = writePng(options.output, sheet.finish()); outcome.failed()) return failWith(outcome.message());
+    Outcome written = writeStill(options.output, blockOf(sheet.finish()), sheetQuality);
+    if (written.failed()) return failWith(written.message());
     std::cout << range.count() << " of " << frameCount << " frames on " << options.output << std::endl;
-    return complete ? exit_done : exit_failed;
+    return complete ? exit_done : exit_frames_failed;
 }
 
 }  // namespace qrtplay

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdlib>
 #include <limits>
 #include <string_view>
 
@@ -29,30 +30,43 @@ Outcome wrong(std::string_view part, std::string const& why) {
     return Outcome::failure("frames '" + std::string(part) + "': " + why);
 }
 
-Outcome parseOne(std::string_view part, FrameRange& range) {
-    static const std::string expected = "not a frame range; write for example 7, 0-99, 10-90x5 or 99-0x-1";
-    std::string_view rest = part;
-    if (!takeNumber(rest, false, range.first)) return wrong(part, expected);
-    range.last = range.first;
-    const bool isRange = takeSign(rest, '-');
-    if (isRange && !takeNumber(rest, false, range.last)) return wrong(part, expected);
-
-    const bool falls = range.last < range.first;
-    range.step = falls ? -1 : 1;
-    if (isRange && takeSign(rest, 'x')) {
-        if (!takeNumber(rest, true, range.step)) return wrong(part, expected);
-        if (range.step == 0) return wrong(part, "the step must not be 0");
-        if (range.first != range.last && falls != (range.step < 0))
-            return wrong(part, "its step leads away from its last frame");
-    }
-    if (!rest.empty()) return wrong(part, expected);
-    range.last = range.first + (range.last - range.first) / range.step * range.step;
-    return Outcome();
+/// The last frame of a range that ends with `end`.
+int64 lastHit(FrameRange const& range, int64 end) {
+    return range.first + (end - range.first) / range.step * range.step;
 }
 
-std::string textOf(FrameRange const& range) {
-    if (range.first == range.last) return std::to_string(range.first);
-    return std::to_string(range.first) + "-" + std::to_string(range.last);
+/// "5", "5-9" or "5-", the last of which goes to the end.
+bool takeEnds(std::string_view& text, FrameRange& range, bool& isRange) {
+    if (!takeNumber(text, false, range.first)) return false;
+    range.last = range.first;
+    isRange = takeSign(text, '-');
+    if (!isRange) return true;
+    if (!text.empty() && text.front() != 'x') return takeNumber(text, false, range.last);
+    range.last = FrameRange::toTheEnd;
+    return true;
+}
+
+Outcome parseOne(std::string_view part, FrameRange& range) {
+    static const std::string expected =
+        "not a frame range; write for example 7, 0-99, 10-90x5, 100- or 99-0, frames being numbered from 0";
+    std::string_view rest = part;
+    bool isRange = false;
+    if (!takeEnds(rest, range, isRange)) return wrong(part, expected);
+
+    const bool isOpen = range.last == FrameRange::toTheEnd;
+    const bool falls = !isOpen && range.last < range.first;
+    range.step = falls ? -1 : 1;
+    if (isRange && takeSign(rest, 'x')) {
+        const bool signAllowed = true;
+        if (!takeNumber(rest, signAllowed, range.step) || range.step == INT32_MIN) return wrong(part, expected);
+        if (range.step == 0) return wrong(part, "the step must not be 0");
+        if (range.step < 0 && !falls && range.first != range.last)
+            return wrong(part, "its step leads away from its last frame");
+        if (falls) range.step = -std::abs(range.step);
+    }
+    if (!rest.empty()) return wrong(part, expected);
+    if (!isOpen) range.last = lastHit(range, range.last);
+    return Outcome();
 }
 
 }  // namespace
@@ -73,11 +87,16 @@ Outcome parseFrameRanges(std::string const& text, std::vector<FrameRange>& range
     return Outcome();
 }
 
-Outcome checkFrameRanges(std::vector<FrameRange> const& ranges, int64 frameCount) {
-    for (FrameRange const& range : ranges) {
+Outcome fitFrameRanges(std::vector<FrameRange>& ranges, int64 frameCount) {
+    std::vector<FrameRange> fitted = ranges;
+    if (fitted.empty()) fitted.push_back({0, FrameRange::toTheEnd, 1});
+    for (FrameRange& range : fitted) {
+        const bool isOpen = range.last == FrameRange::toTheEnd;
         if (std::max(range.first, range.last) >= frameCount)
             return wrong(textOf(range), "outside the clip, whose frames are 0-" + std::to_string(frameCount - 1));
+        if (isOpen) range.last = lastHit(range, frameCount - 1);
     }
+    ranges = std::move(fitted);
     return Outcome();
 }
 
@@ -85,6 +104,15 @@ int64 totalFrames(std::vector<FrameRange> const& ranges) {
     int64 total = 0;
     for (FrameRange const& range : ranges) total += range.count();
     return total;
+}
+
+std::string textOf(FrameRange const& range) {
+    std::string text = std::to_string(range.first);
+    if (range.first == range.last) return text;
+    text += "-";
+    if (range.last != FrameRange::toTheEnd) text += std::to_string(range.last);
+    if (range.step != 1 && range.step != -1) text += "x" + std::to_string(range.step);
+    return text;
 }
 
 }  // namespace qrtplay

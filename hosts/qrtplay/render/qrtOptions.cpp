@@ -1,181 +1,87 @@
 #include "render/qrtOptions.h"
 
-#include <QCommandLineParser>
-#include <QRegularExpression>
+#include "render/qrtCommandLine.h"
+#include "render/qrtRenderOptions.h"
 
 namespace qrtplay {
 
 namespace {
 
-constexpr char version[] = "qrtplay 0.81.0\n";
-
-constexpr char overview[] = R"(Plays media files through the QRT player and keeps what it shows.
+constexpr char overview[] = R"(Plays media files and timelines through the QRT player and keeps what it shows.
 
 Usage:
-  qrtplay render CLIP --output PATTERN [options]       writes frames of a clip as PNG files
-  qrtplay contact-sheet CLIP --output FILE [options]   writes one PNG with frames from all over a clip
+  qrtplay render FILE... --output PATTERN [options]    writes frames as image files or a movie
+  qrtplay contact-sheet FILE --output SHEET [options]  writes one picture with frames from all over a file
+  qrtplay info FILE [--json]                           tells what a file or a timeline holds
+  qrtplay self-test [--json]                           tells whether this machine can play
   qrtplay COMMAND --help                               explains a command
   qrtplay --help | --version
 
+A FILE is a media file, an image sequence such as 'plates/shot.####.exr', or a timeline (.otio, .otioz, .otiod).
+
 Examples:
   qrtplay render clip.mp4 --output 'out/frame.####.png'
-  qrtplay render clip.mp4 --frames 0-99 --output 'out/frame.####.png'
+  qrtplay render cut.otio --frames 0-99 --output cut.mov
   qrtplay contact-sheet clip.mp4 --output sheet.png
+  qrtplay info cut.otio
 
 Without a display (on a server, say) run it under scripts/with-display.sh or xvfb-run.
-Exit status: 0 all was written, 1 something was not, 2 the command line is wrong, 130 ended by Ctrl-C.
-)";
-
-constexpr char renderExamples[] = R"(
-Frames are numbered from 0. --frames takes
-  7           one frame
-  0-99        a hundred frames
-  10-90x5     every fifth frame from 10 to 90
-  99-0x-1     a hundred frames backwards (also 99-0)
-  0-9,50,90-99   a list of these
-
-Examples:
-  qrtplay render clip.mp4 --output 'out/frame.####.png'
-  qrtplay render clip.mp4 --frames 7 --output poster.png
-  qrtplay render clip.mp4 --frames 10-90x5 --output 'out/%04d.png' --resolution 640x360
-  qrtplay render clip.mp4 --frames 99-0x-1 --output 'out/frame.####.png' --ram --head 8 --tail 2
-
-A frame that cannot be decoded is named, the others are still written, and the exit status is 1.
+Exit status: 0 done, 1 failed, 2 the command line is wrong, 3 an input is missing, 4 a media or timeline was refused,
+5 no OpenGL, 6 some frames failed, 130 ended by Ctrl-C.
 )";
 
 constexpr char contactSheetExamples[] = R"(
 Examples:
   qrtplay contact-sheet clip.mp4 --output sheet.png
-  qrtplay contact-sheet clip.mp4 --output sheet.png --columns 6 --rows 5 --width 2400
+  qrtplay contact-sheet cut.otio --output sheet.jpg --columns 6 --rows 5 --width 2400
 )";
 
-/// The parts of a command line that both commands have.
-class CommandLine {
-public:
-    CommandLine(QString const& command, QString const& description) {
-        m_parser.setApplicationDescription(description);
-        m_parser.addPositionalArgument(command, "This command.", command);
-        m_parser.addPositionalArgument("clip", "The media file to play.", "CLIP");
-        m_parser.addOption({{"h", "help"}, "Shows this text."});
-    }
+constexpr char infoExamples[] = R"(
+Needs no display. Exit status: 0 told, 3 the file is missing, 4 it was refused.
 
-    void add(QString const& name, QString const& description, QString const& value = {}, QString const& usual = {}) {
-        m_parser.addOption({name, description, value, usual});
-    }
+Examples:
+  qrtplay info clip.mp4
+  qrtplay info 'plates/shot.####.exr'
+  qrtplay info cut.otio --json
+)";
 
-    Outcome parse(QStringList const& arguments) {
-        if (!m_parser.parse(arguments)) return Outcome::failure(withoutFullStop(m_parser.errorText()));
-        if (isHelp()) return Outcome();
-        const QStringList words = m_parser.positionalArguments();
-        if (words.size() < 2 || words[1].isEmpty()) return Outcome::failure(words.first().toStdString() + ": no clip is named");
-        if (words.size() > 2) return Outcome::failure("'" + words[2].toStdString() + "': one clip at a time");
-        return Outcome();
-    }
+constexpr char selfTestExamples[] = R"(
+Tells the OpenGL in use and the decoders, plays a small movie of its own through both kinds of delivery, and compares
+every pixel and the sound. Exit status: 0 all is well, 1 something is not, 5 no OpenGL.
 
-    [[nodiscard]] bool isHelp() const { return m_parser.isSet("help"); }
-    [[nodiscard]] std::string help(char const* examples) const { return m_parser.helpText().toStdString() + examples; }
-    [[nodiscard]] std::string clip() const { return m_parser.positionalArguments()[1].toStdString(); }
-    [[nodiscard]] bool has(QString const& name) const { return m_parser.isSet(name); }
-    [[nodiscard]] std::string value(QString const& name) const { return m_parser.value(name).toStdString(); }
-
-    Outcome number(QString const& name, int least, int most, int& number) const {
-        bool isNumber = false;
-        const int read = m_parser.value(name).toInt(&isNumber);
-        if (!isNumber || read < least || read > most)
-            return Outcome::failure("--" + name.toStdString() + " '" + value(name) + "': has to be a number from " +
-                                    std::to_string(least) + " to " + std::to_string(most));
-        number = read;
-        return Outcome();
-    }
-
-    Outcome optionalNumber(QString const& name, int least, int most, std::optional<int>& target) const {
-        if (!has(name)) return Outcome();
-        int read = 0;
-        Outcome outcome = number(name, least, most, read);
-        if (outcome.success()) target = read;
-        return outcome;
-    }
-
-private:
-    static std::string withoutFullStop(QString text) {
-        if (text.endsWith('.')) text.chop(1);
-        return text.toStdString();
-    }
-
-    QCommandLineParser m_parser;
-};
-
-Outcome parseResolution(std::string const& text, std::optional<QSize>& resolution) {
-    static const QRegularExpression form("^([0-9]{1,9})x([0-9]{1,9})$");
-    const auto match = form.match(QString::fromStdString(text));
-    if (!match.hasMatch())
-        return Outcome::failure("resolution '" + text + "': has to be WIDTHxHEIGHT in pixels, for example 1280x720");
-    const QSize size(match.captured(1).toInt(), match.captured(2).toInt());
-    if (size.width() < 1 || size.height() < 1 || size.width() > maxPictureSide || size.height() > maxPictureSide)
-        return Outcome::failure("resolution '" + text + "': width and height have to lie between 1 and " +
-                                std::to_string(maxPictureSide));
-    resolution = size;
-    return Outcome();
-}
-
-Outcome parseOutput(CommandLine const& line, OutputPattern& output) {
-    if (!line.has("output")) return Outcome::failure("no output is named; add --output FILE.png");
-    return OutputPattern::parse(line.value("output"), output);
-}
-
-Outcome parseRender(QStringList const& arguments, Options& options) {
-    constexpr int mostCachedFrames = 10000;
-    CommandLine line("render", "Writes frames of a clip as PNG files.");
-    line.add("frames", "Which frames, see below; all without it.", "RANGE");
-    line.add("output", "Where to: '####' or '%04d' in the name is the frame number.", "PATTERN");
-    line.add("vram", "Frames are delivered as textures (the default).");
-    line.add("ram", "Frames are delivered as blocks of memory.");
-    line.add("resolution", "Size of the frames; the clip's own without it. Bars fill up another shape.", "WxH");
-    line.add("head", "How many frames are kept rendered ahead.", "N");
-    line.add("tail", "How many frames are kept rendered behind.", "N");
-    if (Outcome outcome = line.parse(arguments); outcome.failed()) return outcome;
-    if (line.isHelp()) {
-        options.text = line.help(renderExamples);
-        return Outcome();
-    }
-
-    RenderOptions& render = options.render;
-    options.command = Options::Command::render;
-    render.clip = line.clip();
-    if (line.has("ram") && line.has("vram")) return Outcome::failure("--ram and --vram exclude each other");
-    render.play.ramOutputs = line.has("ram");
-    if (Outcome outcome = parseOutput(line, render.output); outcome.failed()) return outcome;
-    if (line.has("frames")) {
-        Outcome outcome = parseFrameRanges(line.value("frames"), render.frames);
-        if (outcome.failed()) return outcome;
-    }
-    if (line.has("resolution")) {
-        Outcome outcome = parseResolution(line.value("resolution"), render.play.resolution);
-        if (outcome.failed()) return outcome;
-    }
-    Outcome outcome = line.optionalNumber("head", 0, mostCachedFrames, render.play.headFrames);
-    if (outcome.success()) outcome = line.optionalNumber("tail", 0, mostCachedFrames, render.play.tailFrames);
-    return outcome;
-}
+Examples:
+  qrtplay self-test
+  qrtplay self-test --json
+)";
 
 Outcome parseContactSheet(QStringList const& arguments, Options& options) {
-    CommandLine line("contact-sheet", "Writes one PNG with frames from all over a clip.");
-    line.add("output", "The file to write.", "FILE");
-    line.add("columns", "Frames beside each other (4).", "N", "4");
-    line.add("rows", "Frames below each other (4).", "N", "4");
-    line.add("width", "Width of the sheet in pixels (1600).", "W", "1600");
+    CommandLine line({"contact-sheet",
+                      "Writes one picture with frames from all over a file.",
+                      "FILE --output SHEET [options]",
+                      1,
+                      1,
+                      {{"Options",
+                        {{"output", "SHEET", "The file to write: .png, .tif or .jpg."},
+                         {"columns", "N", "Frames beside each other (4)."},
+                         {"rows", "N", "Frames below each other (4)."},
+                         {"width", "W", "Width of the sheet in pixels (1600)."},
+                         allowPathOption()}}},
+                      contactSheetExamples});
     if (Outcome outcome = line.parse(arguments); outcome.failed()) return outcome;
     if (line.isHelp()) {
-        options.text = line.help(contactSheetExamples);
+        options.text = line.help();
         return Outcome();
     }
-
     ContactSheetOptions& sheet = options.contactSheet;
     options.command = Options::Command::contact_sheet;
-    sheet.clip = line.clip();
-    OutputPattern output;
-    if (Outcome outcome = parseOutput(line, output); outcome.failed()) return outcome;
-    sheet.output = output.text();
+    sheet.input.files = line.files();
+    sheet.input.allowPaths = line.values("allow-path");
+    if (!line.has("output")) return Outcome::failure("no output is named; add --output FILE.png");
+    sheet.output = line.value("output");
+    OutputFormat format;
+    if (Outcome outcome = chooseOutputFormat(sheet.output, {{}, PixelFormat::rgba8, {}}, format); outcome.failed())
+        return outcome;
+    if (isMovie(format.kind)) return Outcome::failure("output '" + sheet.output + "': a contact sheet is no movie");
     constexpr int mostTiles = 50;
     constexpr int leastWidth = 320;
     constexpr int mostWidth = 16384;
@@ -183,6 +89,44 @@ Outcome parseContactSheet(QStringList const& arguments, Options& options) {
     if (outcome.success()) outcome = line.number("rows", 1, mostTiles, sheet.rows);
     if (outcome.success()) outcome = line.number("width", leastWidth, mostWidth, sheet.width);
     return outcome;
+}
+
+Outcome parseInfo(QStringList const& arguments, Options& options) {
+    CommandLine line({"info",
+                      "Tells what a media file, an image sequence or a timeline holds.",
+                      "FILE [options]",
+                      1,
+                      1,
+                      {{"Options", {{"json", "", "As one JSON object on standard output."}, allowPathOption()}}},
+                      infoExamples});
+    if (Outcome outcome = line.parse(arguments); outcome.failed()) return outcome;
+    if (line.isHelp()) {
+        options.text = line.help();
+        return Outcome();
+    }
+    options.command = Options::Command::info;
+    options.info.input.files = line.files();
+    options.info.input.allowPaths = line.values("allow-path");
+    options.info.isJson = line.has("json");
+    return Outcome();
+}
+
+Outcome parseSelfTest(QStringList const& arguments, Options& options) {
+    CommandLine line({"self-test",
+                      "Tells whether this machine can play.",
+                      "[options]",
+                      0,
+                      0,
+                      {{"Options", {{"json", "", "As one JSON object on standard output."}}}},
+                      selfTestExamples});
+    if (Outcome outcome = line.parse(arguments); outcome.failed()) return outcome;
+    if (line.isHelp()) {
+        options.text = line.help();
+        return Outcome();
+    }
+    options.command = Options::Command::self_test;
+    options.selfTest.isJson = line.has("json");
+    return Outcome();
 }
 
 }  // namespace
@@ -193,12 +137,14 @@ Outcome parseOptions(QStringList const& arguments, Options& options) {
     const QString command = arguments[1];
     if (command == "render") return parseRender(arguments, options);
     if (command == "contact-sheet") return parseContactSheet(arguments, options);
+    if (command == "info") return parseInfo(arguments, options);
+    if (command == "self-test") return parseSelfTest(arguments, options);
     if (command == "--help" || command == "-h" || command == "help") {
         options.text = overview;
         return Outcome();
     }
     if (command == "--version" || command == "-v") {
-        options.text = version;
+        options.text = "qrtplay " + std::string(versionNumber) + "\n";
         return Outcome();
     }
     return Outcome::failure("'" + command.toStdString() + "': not a command; 'qrtplay --help' names them");

@@ -1,42 +1,66 @@
 #pragma once
 
-#include <QSize>
 #include <QStringList>
 #include <string>
 #include <vector>
 
 #include "base/qrtKit.h"
 #include "base/qrtOutcome.h"
+#include "encode/qrtOutputFormat.h"
+#include "input/qrtPlayInput.h"
 #include "render/qrtFrameRange.h"
 #include "render/qrtOutputPattern.h"
-#include "render/qrtPlaySession.h"
+#include "render/qrtPlaySettings.h"
 
 namespace qrtplay {
 
+constexpr char versionNumber[] = "0.81.0";
+
 /// `qrtplay render`.
 struct RenderOptions {
-    std::string clip;
-    std::vector<FrameRange> frames;  ///< empty: all
-    OutputPattern output;
+    PlayInput input;
     PlaySettings play;
+    std::vector<FrameRange> frames;  ///< empty: all
+    bool hasOutput = true;           ///< false: frames are played and thrown away
+    OutputPattern output;
+    OutputFormat format;
+    bool withSound = true;
+    bool skipExisting = false;
+    bool isDryRun = false;
+    bool isJson = false;
+    int loops = 1;
+    std::vector<std::string> words;  ///< the whole command line, the program's name first
 };
 
 /// `qrtplay contact-sheet`.
 struct ContactSheetOptions {
-    std::string clip;
+    PlayInput input;
     std::string output;
     int columns = 4;
     int rows = 4;
     int width = 1600;  ///< of the whole sheet, in pixels
 };
 
+/// `qrtplay info`.
+struct InfoOptions {
+    PlayInput input;
+    bool isJson = false;
+};
+
+/// `qrtplay self-test`.
+struct SelfTestOptions {
+    bool isJson = false;
+};
+
 /// What the user wants.
 struct Options {
-    enum class Command { render, contact_sheet, print };
+    enum class Command { render, contact_sheet, info, self_test, print };
 
     Command command = Command::print;
     RenderOptions render;
     ContactSheetOptions contactSheet;
+    InfoOptions info;
+    SelfTestOptions selfTest;
     std::string text;  ///< for `print`: help or version
 };
 

@@ -2,16 +2,17 @@
 
 #include <QRegularExpression>
 
+#include "encode/qrtOutputFormat.h"
+
 namespace qrtplay {
 
 Outcome OutputPattern::parse(std::string const& path, OutputPattern& pattern) {
     const size_t slash = path.rfind('/');
     const size_t nameBegin = slash == std::string::npos ? 0 : slash + 1;
     const std::string name = path.substr(nameBegin);
-    constexpr char ending[] = ".png";
     const QString qtName = QString::fromStdString(name);
-    if (!qtName.endsWith(ending, Qt::CaseInsensitive) || qtName.size() == QString(ending).size())
-        return Outcome::failure("output '" + path + "': the name has to end with .png");
+    if (!fileKindOf(name))
+        return Outcome::failure("output '" + path + "': the name has to end with one of " + knownEndings());
 
     OutputPattern parsed;
     parsed.m_text = path;

@@ -11,7 +11,7 @@ namespace qrtplay {
 /// least four digits) or "%04d".
 class OutputPattern final {
 public:
-    /// Failures name the path: it has no file name, two places for the number, or another ending than ".png".
+    /// Failures name the path: it has no file name, two places for the number, or an ending that no file kind has.
     static Outcome parse(std::string const& path, OutputPattern& pattern);
 
     [[nodiscard]] bool hasNumber() const noexcept { return m_hasNumber; }

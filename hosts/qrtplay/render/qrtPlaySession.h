@@ -1,72 +1,89 @@
 #pragma once
 
-#include <QImage>
 #include <QSize>
 #include <memory>
-#include <optional>
 #include <string>
+#include <vector>
 
 #include "base/qrtKit.h"
 #include "base/qrtOutcome.h"
+#include "base/qrtPixelBlock.h"
+#include "graph/qrtTimelineComposition.h"
+#include "input/qrtPlayInput.h"
+#include "media/qrtVideoFacts.h"
 #include "player/qrtPlayer.h"
 #include "render/qrtFrameRange.h"
 #include "render/qrtFrameReader.h"
+#include "render/qrtFrameSource.h"
 #include "render/qrtHostContext.h"
-#include "timeline/qrtMediaComposition.h"
+#include "render/qrtPlaySettings.h"
 
 namespace qrtplay {
 
-/// How a clip is to be played.
-struct PlaySettings {
-    std::optional<QSize> resolution;  ///< of the frames; without one the clip's own, in square pixels
-    bool ramOutputs = false;          ///< frames come as memory instead of textures
-    std::optional<int> headFrames;    ///< kept rendered ahead and ...
-    std::optional<int> tailFrames;    ///< ... behind; without a number what the player thinks best
+/// Why nothing can be played, as far as a program's exit status tells.
+enum class OpenFailure {
+    input_missing,  ///< what is to be played is not there
+    refused,        ///< it is there and cannot be played
+    no_opengl,      ///< there is no OpenGL, or not one that a player can work with
+    failed,         ///< something else, such as a setting that cannot be had
 };
 
-/// A clip in a `Player` that delivers its frames by number, the way any host would use one.
+/// A timeline in a `Player` that delivers its frames by number and its sound by position, the way any host would use one.
 ///
 /// Threading: the thread of the application object.
-class PlaySession final {
+class PlaySession final : public FrameSource {
 public:
-    struct Counts {
-        int64 delivered = 0;
-        int64 cacheHits = 0;  ///< were rendered ahead when they were asked for
-        int64 onDemand = 0;   ///< had to be waited for
-    };
+    static constexpr int32 soundRate = 48000;  ///< samples per second
+    static constexpr int soundChannels = 2;
 
-    /// Opens the clip and starts the player. Failures name what is wrong: the clip, the resolution, the display.
-    static Outcome open(std::string const& clip, PlaySettings const& settings, std::unique_ptr<PlaySession>& session);
-    ~PlaySession();
+    /// Opens the input and starts the player. Failures name what is wrong (the file, the resolution, the display) and say
+    /// in `why` of which kind they are.
+    static Outcome open(PlayInput const& input, PlaySettings const& settings, std::unique_ptr<PlaySession>& session,
+                        OpenFailure& why);
+    ~PlaySession() override;
     Q_DISABLE_COPY(PlaySession)
 
-    [[nodiscard]] VideoFacts const& facts() const { return m_composition->file()->facts(); }
-    [[nodiscard]] QSize resolution() const noexcept { return m_resolution; }
-    [[nodiscard]] Counts const& counts() const noexcept { return m_counts; }
+    [[nodiscard]] Timeline const& timeline() const { return *m_composition->timeline(); }
+    /// Samples of every channel, at `soundRate`.
+    [[nodiscard]] int64 sampleCount() const;
 
-    /// Has the frames of `range` rendered ahead, in its order; it has to lie inside the clip.
-    Outcome start(FrameRange const& range);
-    void stop();
-    /// Fetches a frame. Failures name it.
-    Outcome fetch(int64 frame, QImage& image);
+    [[nodiscard]] int64 frameCount() const override { return timeline().duration().frameFrom(m_rate); }
+    [[nodiscard]] Rational rate() const override { return m_rate; }
+    [[nodiscard]] QSize resolution() const override { return m_resolution; }
+    [[nodiscard]] ExactTime clockStart() const override { return timeline().clockStart(); }
+    [[nodiscard]] bool hasSound() const override;
+    [[nodiscard]] Counts counts() const override { return m_counts; }
+    Outcome start(FrameRange const& range) override;
+    void stop() override;
+    Outcome fetch(int64 frame, PixelBlock& block) override;
+    Outcome readSound(int64 firstSample, int64 count, std::vector<float>& samples) override;
+    /// What playing has gone on without: what the timeline's reader left out, media that is missing. New ones only.
+    [[nodiscard]] std::vector<std::string> takeWarnings() override;
 
 private:
-    PlaySession() = default;
-    PlaySession(PlaySession&&) = delete;
+    explicit PlaySession(std::string name) : m_name(std::move(name)) {}
 
-    Outcome chooseResolution(PlaySettings const& settings);
+    Outcome compose(PlayInput const& input, PlaySettings const& settings, OpenFailure& why);
+    Outcome chooseResolution(QSize own, PlaySettings const& settings);
     Outcome checkMemory(PlaySettings const& settings) const;
-    Outcome startPlayer(PlaySettings const& settings);
+    Outcome startPlayer(PlaySettings const& settings, OpenFailure& why);
+    Outcome preparePlayer(PlaySettings const& settings);
+    Outcome setComposition(PlaySettings const& settings);
 
-    SharedPtr<MediaComposition> m_composition;
+    const std::string m_name;  // what messages call the input
+    SharedPtr<TimelineComposition> m_composition;
+    std::vector<std::string> m_warnings;  // not yet taken
+    QSize m_ownResolution;
     QSize m_resolution;
+    Rational m_rate{24, 1};
     HostContext m_context;
     std::unique_ptr<FrameReader> m_reader;
     SharedPtr<Player> m_player;
     Counts m_counts;
 };
 
-/// The size at which a clip of pixels that are not square is as wide and high as it is meant to be, without losing any.
+/// The size at which a clip is as wide and high as it is meant to be when it stands upright in square pixels, without
+/// losing any.
 [[nodiscard]] QSize squarePixelSize(VideoFacts const& facts);
 
 }  // namespace qrtplay

@@ -10,8 +10,11 @@
 #include "render/qrtConsole.h"
 #include "render/qrtContactSheetCommand.h"
 #include "render/qrtDisplay.h"
+#include "render/qrtDryRun.h"
+#include "render/qrtInfoCommand.h"
 #include "render/qrtOptions.h"
 #include "render/qrtRenderCommand.h"
+#include "render/qrtSelfTestCommand.h"
 
 namespace qrtplay {
 
@@ -42,6 +45,29 @@ void silenceLibraries() {
 
 }  // namespace
 
+namespace {
+
+/// Ends a command that cannot begin for want of a display, in the manner of the command.
+int endWithoutOpenGl(Options const& options, std::string const& why) {
+    if (options.command == Options::Command::self_test) return reportNoOpenGl(options.selfTest, why);
+    if (options.command == Options::Command::render) return reportNoOpenGl(options.render, why);
+    printError(why);
+    return exit_no_opengl;
+}
+
+int runWithDisplay(int argc, char** argv, Options const& options) {
+    if (Outcome outcome = checkDisplay(); outcome.failed()) return endWithoutOpenGl(options, outcome.message());
+    const QGuiApplication application(argc, argv);
+    if (Outcome outcome = checkPlatform(); outcome.failed()) return endWithoutOpenGl(options, outcome.message());
+    switch (options.command) {
+        case Options::Command::render: return runRender(options.render);
+        case Options::Command::contact_sheet: return runContactSheet(options.contactSheet);
+        default: return runSelfTest(options.selfTest);
+    }
+}
+
+}  // namespace
+
 int runProgram(int argc, char** argv) {
     Options options;
     if (Outcome outcome = readCommandLine(argc, argv, options); outcome.failed()) {
@@ -52,18 +78,13 @@ int runProgram(int argc, char** argv) {
         std::cout << options.text << std::flush;
         return exit_done;
     }
-    if (Outcome outcome = checkDisplay(); outcome.failed()) {
-        printError(outcome.message());
-        return exit_failed;
-    }
     silenceLibraries();
-    const QGuiApplication application(argc, argv);
-    if (Outcome outcome = checkPlatform(); outcome.failed()) {
-        printError(outcome.message());
-        return exit_failed;
+    const bool isDryRun = options.command == Options::Command::render && options.render.isDryRun;
+    if (isDryRun || options.command == Options::Command::info) {
+        const QCoreApplication application(argc, argv);
+        return isDryRun ? runDryRun(options.render) : runInfo(options.info);
     }
-    return options.command == Options::Command::render ? runRender(options.render)
-                                                       : runContactSheet(options.contactSheet);
+    return runWithDisplay(argc, argv, options);
 }
 
 }  // namespace qrtplay

@@ -1,14 +1,15 @@
 #include "render/qrtRenderCommand.h"
 
-#include <QString>
 #include <iostream>
 #include <memory>
 
-#include "render/qrtConsole.h"
-#include "render/qrtFailureReport.h"
-#include "render/qrtImageWriter.h"
+#include "encode/qrtOutputFolder.h"
 #include "render/qrtInterrupt.h"
-#include "render/qrtProgress.h"
+#include "render/qrtOpenInput.h"
+#include "render/qrtRenderJob.h"
+#include "render/qrtRenderPlan.h"
+#include "render/qrtShellWords.h"
+#include "render/qrtTimecode.h"
 
 namespace qrtplay {
 
@@ -17,101 +18,117 @@ namespace {
 /// One run of the command.
 class Rendering {
 public:
-    Rendering(RenderOptions const& options, PlaySession& session, std::vector<FrameRange> frames)
-        : m_options(options), m_session(session), m_frames(std::move(frames)), m_total(totalFrames(m_frames)),
-          m_progress(std::cerr, standardErrorIsTerminal(), m_total), m_failures([this](std::string const& line) {
-              m_progress.clear();
-              printError(line);
-          }) {}
+    explicit Rendering(RenderOptions const& options)
+        : m_options(options), m_isMovie(options.hasOutput && isMovie(options.format.kind)),
+          m_report({std::cout, std::cerr, standardErrorIsTerminal()}, options.isJson) {}
 
     int run() {
-        for (FrameRange const& range : m_frames) {
-            if (Outcome outcome = play(range); outcome.failed()) {
-                m_progress.clear();
-                printError(outcome.message());
-                m_aborted = true;
-            }
-            if (m_aborted || Interrupt::isRequested()) break;
-        }
-        m_writer.finish();
-        noteWritingFailures();
-        m_failures.flush();
-        m_progress.clear();
-        return report();
+        ExitStatus status = exit_failed;
+        if (Outcome outcome = openFrameSource(m_options.input, m_options.play, m_source, status); outcome.failed())
+            return fail(outcome, status);
+        if (Outcome outcome = planRender(m_options, m_source->frameCount(), m_plan); outcome.failed())
+            return fail(Outcome::failure(m_options.input.files.front() + ": " + outcome.message()), exit_usage);
+        m_report.start(factsOfRun());
+        for (std::string const& warning : m_source->takeWarnings()) m_report.warn(warning);
+        for (RenderPlan::Skipped const& skipped : m_plan.skipped) m_report.skipped(skipped.frame, skipped.path);
+        if (m_plan.isWholeMovieThere) return keepMovie();
+        std::unique_ptr<FrameSink> sink;
+        if (Outcome outcome = openSink(sink); outcome.failed()) return fail(outcome, exit_failed);
+        return play(*sink);
     }
 
 private:
-    Outcome play(FrameRange const& range) {
-        if (Outcome outcome = m_session.start(range); outcome.failed()) return outcome;
-        for (int64 position = 0; position < range.count() && !Interrupt::isRequested(); ++position) {
-            const int64 frame = range.frame(position);
-            QImage image;
-            if (Outcome outcome = m_session.fetch(frame, image); outcome.failed())
-                m_failures.add(frame, outcome.message());
-            else
-                m_writer.write(frame, m_options.output.pathOf(frame), std::move(image));
-            noteWritingFailures();
-            m_progress.update(++m_done);
-        }
-        m_session.stop();
-        return Outcome();
+    int fail(Outcome const& outcome, ExitStatus status) {
+        m_report.error(outcome.message());
+        return m_report.finish(status, {}, {});
     }
 
-    void noteWritingFailures() {
-        for (ImageWriter::Failure const& failure : m_writer.takeFailures()) m_failures.add(failure.frame, failure.message);
+    /// The movie is one file, and so counts as all of its frames.
+    int keepMovie() {
+        for (FrameRange const& range : m_plan.asked)
+            for (int64 position = 0; position < range.count(); ++position)
+                m_report.skipped(range.frame(position), m_options.output.text());
+        return m_report.finish(exit_done, {}, {});
     }
 
-    int report() const {
-        PlaySession::Counts const& counts = m_session.counts();
-        const double seconds = m_progress.elapsedSeconds();
-        const double perSecond = seconds > 0 ? static_cast<double>(counts.delivered) / seconds : 0;
-        const int64 written = m_done - m_failures.count();
-        const QString line = QString("%1 of %2 frames written to %3: %4 frames/s, %5 produced on demand, %6 cache hits")
-                                 .arg(QString::number(written), QString::number(m_total),
-                                      QString::fromStdString(m_options.output.text()),
-                                      QString::number(perSecond, 'f', 1), QString::number(counts.onDemand),
-                                      QString::number(counts.cacheHits));
-        std::cout << line.toStdString() << std::endl;
-        if (Interrupt::isRequested()) {
-            printError("interrupted");
-            return exit_interrupted;
+    [[nodiscard]] bool hasSound() const {
+        return m_isMovie && m_options.withSound && m_source->hasSound() && SoundCutter::canFollow(m_plan.asked);
+    }
+
+    [[nodiscard]] RunFacts factsOfRun() const {
+        RunFacts facts;
+        facts.inputs = m_options.input.files;
+        if (m_options.hasOutput) facts.output = m_options.output.text();
+        if (m_isMovie) facts.codec = nameOf(m_options.format.codec);
+        facts.depth = nameOf(m_options.format.depth);
+        facts.size = m_source->resolution();
+        facts.rate = m_source->rate();
+        facts.frames = totalFrames(m_plan.frames) * m_options.loops;
+        facts.hasSound = hasSound();
+        return facts;
+    }
+
+    [[nodiscard]] MovieSettings settingsOfMovie() const {
+        MovieSettings settings;
+        settings.format = m_options.format;
+        settings.width = m_source->resolution().width();
+        settings.height = m_source->resolution().height();
+        settings.rate = m_source->rate();
+        settings.hasSound = hasSound();
+        const int64 clock = m_source->clockStart().nearestFrame(settings.rate);
+        settings.timecode = timecode(clock + m_plan.frames.front().first, settings.rate);
+        return settings;
+    }
+
+    Outcome openSink(std::unique_ptr<FrameSink>& sink) {
+        if (!m_options.hasOutput) {
+            sink = makeNullSink();
+            return Outcome();
         }
-        return written == m_total ? exit_done : exit_failed;
+        if (Outcome outcome = prepareFolder(m_options.output.folder()); outcome.failed()) return outcome;
+        if (!m_isMovie) {
+            sink = makeImageSink(m_options.output, m_options.format.quality);
+            return Outcome();
+        }
+        if (m_options.withSound && m_source->hasSound() && !hasSound())
+            m_report.warn("the movie has no sound: its frames do not follow each other");
+        return makeMovieSink(m_options.output.text(), settingsOfMovie(), sink);
+    }
+
+    int play(FrameSink& sink) {
+        RenderJob job(*m_source, sink, m_report, &Interrupt::isRequested);
+        const ExitStatus status = job.run(m_plan.frames, hasSound(), m_options.loops);
+        if (status == exit_interrupted) m_report.interrupted(resumeCommand());
+        return m_report.finish(status, m_source->counts(), job.memory());
+    }
+
+    /// A movie begins anew, images go on where they are missing.
+    [[nodiscard]] std::string resumeCommand() const {
+        std::vector<std::string> words = m_options.words;
+        const bool isImages = m_options.hasOutput && !m_isMovie;
+        // Before "--", which ends the options.
+        if (isImages && !m_options.skipExisting) words.insert(words.begin() + 2, "--skip-existing");
+        return shellCommand(words);
     }
 
     RenderOptions const& m_options;
-    PlaySession& m_session;
-    const std::vector<FrameRange> m_frames;
-    const int64 m_total;
-    Progress m_progress;
-    FailureReport m_failures;
-    ImageWriter m_writer;
-    int64 m_done = 0;
-    bool m_aborted = false;
+    const bool m_isMovie;
+    RenderReport m_report;
+    std::unique_ptr<FrameSource> m_source;
+    RenderPlan m_plan;
 };
-
-int failWith(Outcome const& outcome) {
-    printError(outcome.message());
-    return exit_failed;
-}
 
 }  // namespace
 
 int runRender(RenderOptions const& options) {
     const Interrupt interrupt;
-    std::unique_ptr<PlaySession> session;
-    if (Outcome outcome = PlaySession::open(options.clip, options.play, session); outcome.failed())
-        return failWith(outcome);
+    return Rendering(options).run();
+}
 
-    std::vector<FrameRange> frames = options.frames;
-    if (frames.empty()) frames.push_back({0, session->facts().frameCount - 1, 1});
-    if (Outcome outcome = checkFrameRanges(frames, session->facts().frameCount); outcome.failed())
-        return failWith(Outcome::failure(options.clip + ": " + outcome.message()));
-    if (!options.output.hasNumber() && totalFrames(frames) > 1)
-        return failWith(Outcome::failure("output '" + options.output.text() +
-                                         "': has no place for the number of more than one frame; add '####'"));
-    if (Outcome outcome = prepareFolder(options.output.folder()); outcome.failed()) return failWith(outcome);
-    return Rendering(options, *session, std::move(frames)).run();
+int reportNoOpenGl(RenderOptions const& options, std::string const& why) {
+    RenderReport report({std::cout, std::cerr, standardErrorIsTerminal()}, options.isJson);
+    report.error(why);
+    return report.finish(exit_no_opengl, {}, {});
 }
 
 }  // namespace qrtplay

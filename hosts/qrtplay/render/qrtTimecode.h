@@ -4,6 +4,7 @@
 
 #include "foundation/core/qrtRational.h"
 #include "base/qrtKit.h"
+#include "base/qrtOutcome.h"
 
 namespace qrtplay {
 
@@ -15,5 +16,12 @@ namespace qrtplay {
 
 /// A frame rate for people: "24", "29.97", "23.976".
 [[nodiscard]] std::string rateText(Rational const& rate);
+
+/// "24/1", "24000/1001"
+[[nodiscard]] std::string fractionText(Rational const& rate);
+
+/// Reads frames per second: "25", "12.5", "24000/1001"; the usual short forms such as 23.976, 23.98 and 29.97 mean the
+/// fractions with 1001. Failures name the text.
+Outcome parseRate(std::string const& text, Rational& rate);
 
 }  // namespace qrtplay

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "foundation/core/qrtRational.h"
 #include "base/qrtExactTime.h"
 #include "base/qrtKit.h"
+#include "foundation/core/qrtRational.h"
 #include "timeline/qrtFramePlan.h"
 #include "timeline/qrtMediaReference.h"
 
@@ -19,12 +19,12 @@ struct Generator {
     enum class Kind { solid_colour, smpte_bars, counting_leader, title };
 
     Kind kind = Kind::solid_colour;
-    std::string id;    ///< differs from that of every other generator of the timeline, and never changes
+    std::string id;  ///< differs from that of every other generator of the timeline, and never changes
     std::string name;
-    std::string text;                                 ///< of a title
-    std::vector<double> colour{0, 0, 0, 1};           ///< red, green, blue, alpha: 0 to 1, not premultiplied
-    Rational rate{24, 1};                             ///< in which its frames are counted
-    int64 frameCount = 0;                             ///< a leader counts down to its end
+    std::string text;                        ///< of a title
+    std::vector<double> colour{0, 0, 0, 1};  ///< red, green, blue, alpha: 0 to 1, not premultiplied
+    Rational rate{24, 1};                    ///< in which its frames are counted
+    int64 frameCount = 0;                    ///< a leader counts down to its end
 
     [[nodiscard]] bool operator==(Generator const&) const noexcept = default;
 };
@@ -73,9 +73,11 @@ public:
         std::vector<MediaReference> media;
         std::vector<Generator> generators;
         std::vector<Marker> markers;
-        std::vector<TrackView> tracks;  ///< the outermost ones, video from the bottom up, then audio
+        std::vector<TrackView> tracks;      ///< the outermost ones, video from the bottom up, then audio
         std::vector<std::string> warnings;  ///< one line each: what was left out, and where
         std::shared_ptr<TimelineNode const> root;
+        /// What has to last as long as the timeline, such as the folder that its media were unpacked into; may be null.
+        std::shared_ptr<void const> companion;
     };
 
     explicit Timeline(Content content);

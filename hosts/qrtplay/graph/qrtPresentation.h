@@ -1,0 +1,17 @@
+#pragma once
+
+#include <memory>
+
+#include "graph/qrtPlacement.h"
+
+namespace qrtplay {
+
+class ColourManagement;
+
+/// How the pictures of a composition are to be shown.
+struct Presentation {
+    Scaling scaling = Scaling::fit;
+    std::shared_ptr<ColourManagement const> colours;  ///< null: by the facts of each stream, for a BT.709 display
+};
+
+}  // namespace qrtplay

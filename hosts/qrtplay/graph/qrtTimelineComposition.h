@@ -1,0 +1,63 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "base/qrtKit.h"
+#include "foundation/composition/qrtComposition.h"
+#include "foundation/core/qrtSharedPtr.h"
+#include "graph/qrtPresentation.h"
+#include "timeline/qrtTimeline.h"
+
+namespace qrtplay {
+
+class MediaFile;
+
+/// A timeline as the player takes it, with how it is to be shown: it begins at time 0 and counts in frames of the timeline's
+/// own rate. To show the same timeline in another way, update the player with a new composition of it.
+///
+/// A `Status` carries no text, so the graph engine leaves here what went wrong, for the host to show.
+/// Threading: any thread may call any method.
+class TimelineComposition final : public Composition {
+public:
+    /// The timeline's media that have been opened already, by the same index; the rest may be null.
+    using Files = std::vector<std::shared_ptr<MediaFile const>>;
+
+    [[nodiscard]] static SharedPtr<TimelineComposition> create(std::shared_ptr<Timeline const> timeline, Files files = {},
+                                                               Presentation presentation = {});
+
+    Status getStartTime(Time& start) const override;
+    Status getDuration(Time& duration) const override;
+
+    [[nodiscard]] std::shared_ptr<Timeline const> const& timeline() const noexcept { return m_timeline; }
+    [[nodiscard]] Presentation const& presentation() const noexcept { return m_presentation; }
+    /// Null when it has not been opened beforehand.
+    [[nodiscard]] std::shared_ptr<MediaFile const> file(size_t media) const;
+
+    /// Why an output frame failed. Only the last few hundred are kept.
+    void noteFailure(int64 frame, std::string const& why);
+    /// What was noted last for the frame; empty when nothing was.
+    [[nodiscard]] std::string failureOf(int64 frame) const;
+
+    /// Something that playing goes on without, such as missing media. The same line is noted once.
+    void noteWarning(std::string const& line);
+    /// Those noted since the last call.
+    [[nodiscard]] std::vector<std::string> takeWarnings();
+
+private:
+    TimelineComposition(std::shared_ptr<Timeline const> timeline, Files files, Presentation presentation);
+
+    const std::shared_ptr<Timeline const> m_timeline;
+    const Files m_files;
+    const Presentation m_presentation;
+    mutable std::mutex m_mutex;
+    // Under m_mutex.
+    std::map<int64, std::string> m_failures;
+    std::vector<std::string> m_warnings;
+    size_t m_takenWarnings = 0;  // of m_warnings
+};
+
+}  // namespace qrtplay

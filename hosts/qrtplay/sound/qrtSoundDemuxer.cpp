@@ -1,0 +1,118 @@
+#include "sound/qrtSoundDemuxer.h"
+
+#include <cstring>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+namespace qrtplay {
+
+namespace {
+
+// What a header claims beyond these is damage, and resampling from it would take memory without bound.
+constexpr int lowestSampleRate = 1000;
+constexpr int highestSampleRate = 1'536'000;
+constexpr int mostChannels = 64;
+
+Outcome checkRegularFile(std::string const& path) {
+    std::error_code error;
+    const auto status = std::filesystem::status(path, error);
+    switch (status.type()) {
+        case std::filesystem::file_type::regular: return Outcome();
+        case std::filesystem::file_type::not_found: return Outcome::failure(path + ": no such file");
+        case std::filesystem::file_type::directory: return Outcome::failure(path + ": is a folder, not a media file");
+        case std::filesystem::file_type::none: return Outcome::failure(path + ": " + error.message());
+        default: return Outcome::failure(path + ": is not a regular file");
+    }
+}
+
+}  // namespace
+
+Outcome SoundDemuxer::open(std::string const& path, std::unique_ptr<SoundDemuxer>& demuxer) {
+    demuxer.reset();
+    std::unique_ptr<SoundDemuxer> opened(new SoundDemuxer(path));
+    if (Outcome outcome = checkRegularFile(path); outcome.failed()) return outcome;
+    if (Outcome outcome = opened->openFile(); outcome.failed()) return outcome;
+    if (!opened->m_stream) return Outcome();
+    if (Outcome outcome = opened->checkStream(); outcome.failed()) return outcome;
+    demuxer = std::move(opened);
+    return Outcome();
+}
+
+Outcome SoundDemuxer::openFile() {
+    AVFormatContext* format = nullptr;
+    AVDictionary* options = nullptr;
+    av_dict_set(&options, "protocol_whitelist", "file", 0);
+    // The prefix makes a name that looks like an address, "http://..." or "concat:...", the name of a file.
+    const int opened = avformat_open_input(&format, ("file:" + m_path).c_str(), nullptr, &options);
+    av_dict_free(&options);
+    if (opened == AVERROR_INVALIDDATA)
+        return Outcome::failure(m_path + ": is no media file, or has lost the part that describes it");
+    if (opened < 0) return Outcome::failure(m_path + ": cannot be opened: " + avErrorText(opened));
+    m_format.reset(format);
+
+    const int found = avformat_find_stream_info(format, nullptr);
+    if (found < 0) return Outcome::failure(m_path + ": its streams cannot be read: " + avErrorText(found));
+
+    const int number = av_find_best_stream(format, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
+    if (number >= 0) m_stream = format->streams[number];
+    for (unsigned i = 0; i < format->nb_streams; ++i) {
+        if (static_cast<int>(i) != number) format->streams[i]->discard = AVDISCARD_ALL;
+    }
+    return Outcome();
+}
+
+Outcome SoundDemuxer::checkStream() const {
+    const AVCodecParameters& parameters = *m_stream->codecpar;
+    const int channels = parameters.ch_layout.nb_channels;
+    if (parameters.sample_rate < lowestSampleRate || parameters.sample_rate > highestSampleRate)
+        return Outcome::failure(m_path + ": its sound states a sample rate of " +
+                                std::to_string(parameters.sample_rate) + " Hz, which cannot be played");
+    if (channels < 1 || channels > mostChannels)
+        return Outcome::failure(m_path + ": its sound states " + std::to_string(channels) +
+                                " channels, which cannot be played");
+    return Outcome();
+}
+
+SoundDemuxer::ReadResult SoundDemuxer::read(AVPacket& packet) {
+    for (;;) {
+        av_packet_unref(&packet);
+        const int result = av_read_frame(m_format.get(), &packet);
+        if (result == AVERROR_EOF) return ReadResult::end;
+        if (result < 0) return ReadResult::failure;
+        if (packet.stream_index == m_stream->index) return ReadResult::packet;
+    }
+}
+
+bool SoundDemuxer::seek(int64 time) {
+    return av_seek_frame(m_format.get(), m_stream->index, time, AVSEEK_FLAG_BACKWARD) >= 0;
+}
+
+bool SoundDemuxer::needsLead() const {
+    return std::strcmp(m_format->iformat->name, "ogg") == 0;
+}
+
+Outcome SoundDemuxer::makeDecoder(AvPtr<AVCodecContext>& decoder) const {
+    const char* const name = avcodec_get_name(m_stream->codecpar->codec_id);
+    const AVCodec* const codec = avcodec_find_decoder(m_stream->codecpar->codec_id);
+    if (!codec) return Outcome::failure(m_path + ": there is no decoder for its sound (" + name + ")");
+
+    AvPtr<AVCodecContext> opened(avcodec_alloc_context3(codec));
+    int result = opened ? avcodec_parameters_to_context(opened.get(), m_stream->codecpar) : AVERROR(ENOMEM);
+    if (result >= 0) {
+        opened->flags2 |= AV_CODEC_FLAG2_SKIP_MANUAL;
+        opened->thread_count = 1;
+        // A lossless format carries checksums; what fails them would be noise at full level.
+        const AVCodecDescriptor* const descriptor = avcodec_descriptor_get(codec->id);
+        constexpr int lossless = AV_CODEC_PROP_LOSSLESS;
+        if (descriptor && (descriptor->props & (AV_CODEC_PROP_LOSSY | lossless)) == lossless)
+            opened->err_recognition |= AV_EF_CRCCHECK | AV_EF_EXPLODE;
+        result = avcodec_open2(opened.get(), codec, nullptr);
+    }
+    if (result < 0)
+        return Outcome::failure(m_path + ": its sound (" + name + ") cannot be decoded: " + avErrorText(result));
+    decoder = std::move(opened);
+    return Outcome();
+}
+
+}  // namespace qrtplay

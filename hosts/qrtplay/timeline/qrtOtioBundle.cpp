@@ -1,0 +1,109 @@
+#include "timeline/qrtOtioBundle.h"
+
+#include <archive.h>
+#include <archive_entry.h>
+
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <system_error>
+#include <vector>
+
+#include "timeline/qrtOtioObject.h"
+
+namespace qrtplay {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct ArchiveCloser {
+    void operator()(archive* opened) const noexcept { archive_read_free(opened); }
+};
+
+class Unpacker final {
+public:
+    Unpacker(std::string const& path, std::string const& folder)
+        : m_path(path), m_folder(folder), m_archive(archive_read_new()), m_buffer(64 * 1024) {}
+
+    Outcome run() {
+        std::error_code error;
+        const std::uintmax_t size = fs::file_size(m_path, error);
+        if (error) return failure("cannot be read: " + error.message());
+        m_room = 256 * 1024 * 1024 + 20 * static_cast<int64>(size);
+        archive_read_support_format_zip(m_archive.get());
+        if (archive_read_open_filename(m_archive.get(), m_path.c_str(), m_buffer.size()) != ARCHIVE_OK)
+            return archiveFailure();
+        archive_entry* entry = nullptr;
+        for (size_t count = 0;; ++count) {
+            const int result = archive_read_next_header(m_archive.get(), &entry);
+            if (result == ARCHIVE_EOF) return count > 0 ? Outcome() : failure("is no zip archive, or an empty one");
+            if (result != ARCHIVE_OK && result != ARCHIVE_WARN) return archiveFailure();
+            constexpr size_t mostEntries = 100'000;
+            if (count == mostEntries) return failure("has more than " + std::to_string(mostEntries) + " entries");
+            if (Outcome outcome = unpack(entry); outcome.failed()) return outcome;
+        }
+    }
+
+private:
+    Outcome failure(std::string const& what) const { return Outcome::failure(oneLine(m_path) + ": " + what); }
+
+    Outcome archiveFailure() const {
+        char const* const text = archive_error_string(m_archive.get());
+        return failure(std::string("cannot be unpacked: ") + (text ? oneLine(text) : "it is damaged"));
+    }
+
+    Outcome unpack(archive_entry* entry) {
+        char const* const utf8 = archive_entry_pathname_utf8(entry);
+        char const* const name = utf8 ? utf8 : archive_entry_pathname(entry);
+        if (!name || !*name) return failure("has an entry without a name");
+        const std::string about = "entry '" + oneLine(name) + "' ";
+        const fs::path path(name);
+        for (fs::path const& part : path) {
+            if (path.is_absolute() || part == "..") return failure(about + "leads out of the bundle");
+        }
+        const fs::path target = fs::path(m_folder) / path;
+        std::error_code error;
+        const auto type = archive_entry_filetype(entry);
+        if (type == AE_IFDIR) {
+            fs::create_directories(target, error);
+            return error ? failure(about + "cannot be unpacked: " + error.message()) : Outcome();
+        }
+        if (type != AE_IFREG) return failure(about + "is neither a file nor a folder");
+        if (archive_entry_is_encrypted(entry)) return failure(about + "is encrypted");
+        if (fs::exists(target, error)) return failure(about + "is there twice");
+        fs::create_directories(target.parent_path(), error);
+        if (error) return failure(about + "cannot be unpacked: " + error.message());
+        return writeData(target.string(), about);
+    }
+
+    Outcome writeData(std::string const& path, std::string const& about) {
+        std::ofstream file(path, std::ios::binary);
+        for (;;) {
+            const auto count = archive_read_data(m_archive.get(), m_buffer.data(), m_buffer.size());
+            if (count < 0) return archiveFailure();
+            if (count == 0) break;
+            // What is written counts, not what the archive says about itself.
+            m_room -= count;
+            if (m_room < 0) return failure(about + "is too large: no bundle unpacks to so much more than its size");
+            file.write(m_buffer.data(), count);
+            if (!file) break;
+        }
+        file.close();
+        return file ? Outcome() : failure(about + "cannot be written to '" + path + "'");
+    }
+
+    std::string const& m_path;
+    std::string const& m_folder;
+    const std::unique_ptr<archive, ArchiveCloser> m_archive;
+    std::vector<char> m_buffer;
+    int64 m_room = 0;
+};
+
+}  // namespace
+
+Outcome unpackOtioBundle(std::string const& archive, std::string const& folder) {
+    return Unpacker(archive, folder).run();
+}
+
+}  // namespace qrtplay
