@@ -25,6 +25,6 @@ for number in {0..47}; do
 done
 
 # An impulse at the first sample of each frame, as high as the frame's number plus one is a part of 256.
-make -f lavfi -i "aevalsrc='eq(mod(n,2000),0)*(floor(n/2000)+1)/256':sample_rate=48000:duration=10" \
+make -f lavfi -i "aevalsrc='eq(mod(n,2000),0)*(floor(n/2000)+1)/256|eq(mod(n,2000),0)*(floor(n/2000)+1)/256':sample_rate=48000:duration=10" \
     -c:a pcm_f32le "$folder/impulses.wav"
 touch "$folder/done"

@@ -37,22 +37,24 @@ ff "${picture[@]}" -c:v libx264 -preset veryfast -pix_fmt yuv420p10le -bf 3 -g 1
 ff -f lavfi -i testsrc2=size=160x96:rate=30000/1001:duration=1 "${h264[@]}" ntsc.mov
 # The test picture itself comes in even sizes only.
 ff -f lavfi -i "testsrc2=size=64x48:rate=25:duration=0.4,format=yuv444p,crop=33:17:exact=1" -c:v ffv1 -pix_fmt yuv420p odd.mkv
-ff -f lavfi -i testsrc2=size=160x96:rate=25:duration=10.4 "${h264[@]}" -g 250 -keyint_min 250 -sc_threshold 0 longgroup.mp4
+ff -f lavfi -i testsrc2=size=160x96:rate=25:duration=10.4 "${h264[@]}" -g 250 -keyint_min 250 -sc_threshold 0 \
+    longgroup.mp4
 ff -f lavfi -i testsrc2=size=160x96:rate=25:duration=5.2 "${h264[@]}" -g 100 -keyint_min 100 -sc_threshold 0 \
     -x264-params open-gop=1 longopen.mp4
-ff "${picture[@]}" -c:v libx265 -preset ultrafast -x265-params log-level=none:keyint=12:bframes=3:open-gop=0 -tag:v hvc1 hevc.mp4
-ff "${picture[@]}" -c:v libx265 -preset ultrafast -x265-params log-level=none:keyint=12:min-keyint=12:bframes=3:open-gop=1 \
-    hevcopen.mkv
+hevc=(-c:v libx265 -preset ultrafast -x265-params)
+ff "${picture[@]}" "${hevc[@]}" log-level=none:keyint=12:bframes=3:open-gop=0 -tag:v hvc1 hevc.mp4
+ff "${picture[@]}" "${hevc[@]}" log-level=none:keyint=12:min-keyint=12:bframes=3:open-gop=1 hevcopen.mkv
 ff "${picture[@]}" -frames:v 12 -c:v prores_ks -profile:v 3 prores.mov
 ff "${picture[@]}" -frames:v 24 -c:v mjpeg -q:v 3 motionjpeg.avi
-ff "${picture[@]}" -c:v libvpx-vp9 -deadline good -cpu-used 8 -auto-alt-ref 1 -lag-in-frames 16 -b:v 200k -g 12 vp9.webm
+ff "${picture[@]}" -c:v libvpx-vp9 -deadline good -cpu-used 8 -auto-alt-ref 1 -lag-in-frames 16 -b:v 200k -g 12 \
+    vp9.webm
 ff -f lavfi -i testsrc2=size=1280x720:rate=24:duration=0.25 -c:v dnxhd -b:v 60M -pix_fmt yuv422p dnxhd.mxf
 # every third frame is left out, and the others keep their times
 ff "${picture[@]}" -vf "select='mod(n,3)'" -vsync vfr "${h264[@]}" varying.mkv
 ff -i bframes.mp4 -c copy -an -metadata:s:v rotate=270 turned.mov
 ff -f lavfi -i testsrc2=size=160x96:rate=24:duration=1 "${h264[@]}" -flags +ildct+ilme -x264-params bff=1 fields.mov
-numbered=(longgroup.mp4 longopen.mp4 hevc.mp4 hevcopen.mkv prores.mov motionjpeg.avi vp9.webm dnxhd.mxf varying.mkv turned.mov
-    fields.mov bframes.mp4 opengop.mp4 refresh.mkv offset.mkv transport.ts interlaced.ts elementary.h264 packed.avi programme.mpg
+numbered=(longgroup.mp4 longopen.mp4 hevc.mp4 hevcopen.mkv prores.mov motionjpeg.avi vp9.webm dnxhd.mxf varying.mkv
+    turned.mov fields.mov bframes.mp4 opengop.mp4 refresh.mkv offset.mkv transport.ts interlaced.ts elementary.h264 packed.avi programme.mpg
     edited.mp4 joined.ts tenbit.mkv ntsc.mov odd.mkv)
 
 # Colour: the same picture, told apart only by what the stream states

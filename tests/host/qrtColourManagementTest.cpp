@@ -64,7 +64,8 @@ public:
         std::ofstream(path()) << configText;
         std::ofstream curve(folder() + "/curve.spi1d");
         curve << "Version 1\nFrom 0.0 1.0\nLength 1024\nComponents 1\n{\n";
-        for (int i = 0; i < 1024; ++i) curve << std::pow(i / 1023.0, 1.7) << "\n";
+        for (int i = 0; i < 1024; ++i)
+            curve << std::pow(i / 1023.0, 1.7) << "\n";
         curve << "}\n";
         std::ofstream cube(folder() + "/cube.spi3d");
         constexpr int edge = 9;
@@ -108,7 +109,8 @@ Image managed(Config const& config, std::string const& space, std::string const&
     for (Colour& colour : image.colours) {
         float rgb[3] = {static_cast<float>(colour[0]), static_cast<float>(colour[1]), static_cast<float>(colour[2])};
         processor->applyRGB(rgb);
-        for (size_t i = 0; i < 3; ++i) colour[i] = std::clamp(double{rgb[i]}, 0.0, 1.0);
+        for (size_t i = 0; i < 3; ++i)
+            colour[i] = std::clamp(double{rgb[i]}, 0.0, 1.0);
     }
     return image;
 }
@@ -138,8 +140,9 @@ TEST_P(ManagedColours, areThoseOfTheConfiguration) {
     picture->color_trc = AVCOL_TRC_LINEAR;
     const FrameNode node = drawing.provider.add(picture, plainFacts(*picture), GetParam().file);
     // Tables are looked up with the precision of a texture unit.
-    EXPECT_LE(largestDifference(drawing.compose(node, 16, 8), managed(config, GetParam().space, GetParam().view, image)),
-              1.5);
+    EXPECT_LE(
+        largestDifference(drawing.compose(node, 16, 8), managed(config, GetParam().space, GetParam().view, image)),
+        1.5);
 }
 
 INSTANTIATE_TEST_SUITE_P(Views, ManagedColours,
@@ -169,7 +172,8 @@ TEST(ColourManagement, takesColoursBeforeTheyAreMultipliedWithAlpha) {
     Composing drawing;
     drawing.composer.setColourManagement(config.open("screen", "video"));
     const Colour colour{0.4, 0.6, 0.2, 0.6};
-    const FrameNode node = drawing.provider.add(makeRgba(Image(2, 2, colour)), plainFacts(*makeRgba(Image(2, 2))), "a.exr");
+    const FrameNode node =
+        drawing.provider.add(makeRgba(Image(2, 2, colour)), plainFacts(*makeRgba(Image(2, 2))), "a.exr");
     const Image expected = managed(config, "light", "video", Image(2, 2, colour));
     const Image drawn = drawing.compose(node, 2, 2);
     for (size_t channel = 0; channel < 3; ++channel)
@@ -196,7 +200,8 @@ TEST(ColourManagement, deletesItsTables) {
     QOpenGLExtraFunctions& gl = drawing.context.gl();
     const auto living = [&gl] {
         int count = 0;
-        for (GLuint name = 1; name < 128; ++name) count += gl.glIsTexture(name) == GL_TRUE;
+        for (GLuint name = 1; name < 128; ++name)
+            count += gl.glIsTexture(name) == GL_TRUE;
         return count;
     };
     const int before = living();
@@ -221,7 +226,8 @@ TEST(ColourManagement, tellsDisplaysAndViewsToChooseFrom) {
 
 TEST(ColourManagement, namesWhatThereIsInsteadOfWhatIsNot) {
     const Config config;
-    EXPECT_EQ(config.failureOf("wall", ""), config.path() + ": no display is called 'wall'; there are: screen, projector");
+    EXPECT_EQ(config.failureOf("wall", ""),
+              config.path() + ": no display is called 'wall'; there are: screen, projector");
     EXPECT_EQ(config.failureOf("screen", "cinema"),
               config.path() + ": no view of the display 'screen' is called 'cinema'; there are: video, film");
 }

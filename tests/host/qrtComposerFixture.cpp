@@ -15,7 +15,8 @@ Image::Image(int imageWidth, int imageHeight, Colour const& colour)
 Image::Image(int imageWidth, int imageHeight, std::function<Colour(int x, int y)> const& colourAt)
     : Image(imageWidth, imageHeight) {
     for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) at(x, y) = colourAt(x, y);
+        for (int x = 0; x < width; ++x)
+            at(x, y) = colourAt(x, y);
     }
 }
 
@@ -46,7 +47,8 @@ std::shared_ptr<AVFrame> makePicture(AVPixelFormat format, int width, int height
                 const double value = code(number, x, y);
                 if (isFloat) {
                     const auto number32 = static_cast<float>(value);
-                    uint8_t* const row = picture->data[component.plane] + std::ptrdiff_t{y} * picture->linesize[component.plane];
+                    uint8_t* const row =
+                        picture->data[component.plane] + std::ptrdiff_t{y} * picture->linesize[component.plane];
                     std::memcpy(row + x * component.step + component.offset, &number32, sizeof(number32));
                 } else {
                     line[static_cast<size_t>(x)] = static_cast<uint16_t>(std::lround(value));
@@ -145,7 +147,8 @@ Image Composing::compose(FrameNode const& root, int width, int height) {
     return Image(width, height, [&](int x, int y) {
         Colour colour;
         const size_t pixel = static_cast<size_t>(height - 1 - y) * static_cast<size_t>(width) + static_cast<size_t>(x);
-        for (size_t channel = 0; channel < 4; ++channel) colour[channel] = bytes[pixel * 4 + channel] / 255.0;
+        for (size_t channel = 0; channel < 4; ++channel)
+            colour[channel] = bytes[pixel * 4 + channel] / 255.0;
         return colour;
     });
 }

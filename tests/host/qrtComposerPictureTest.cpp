@@ -16,12 +16,15 @@ Image black(int width, int height) {
 
 /// No two pixels alike, opaque.
 Image numbered(int width, int height) {
-    return Image(width, height, [](int x, int y) { return Colour{x * 20 / 255.0, y * 30 / 255.0, (x * 7 + y) / 255.0, 1}; });
+    return Image(width, height, [](int x, int y) {
+        return Colour{x * 20 / 255.0, y * 30 / 255.0, (x * 7 + y) / 255.0, 1};
+    });
 }
 
 Image overBlack(Image image) {
     for (Colour& colour : image.colours) {
-        for (size_t channel = 0; channel < 3; ++channel) colour[channel] *= colour[3];
+        for (size_t channel = 0; channel < 3; ++channel)
+            colour[channel] *= colour[3];
         colour[3] = 1;
     }
     return image;
@@ -65,7 +68,8 @@ TEST(Pictures, ofDeepSamplesKeepTheirValuesInEitherByteOrder) {
     for (const AVPixelFormat format : {AV_PIX_FMT_GRAY16LE, AV_PIX_FMT_GRAY16BE}) {
         const auto picture = makePicture(format, 4, 2, [](int, int x, int y) { return (x * 60 + y * 5) * 257.0; });
         const Image drawn = drawing.compose(drawing.provider.add(picture), 4, 2);
-        for (int x = 0; x < 4; ++x) EXPECT_NEAR(drawn.at(x, 1)[0] * 255, x * 60 + 5, rounding) << x;
+        for (int x = 0; x < 4; ++x)
+            EXPECT_NEAR(drawn.at(x, 1)[0] * 255, x * 60 + 5, rounding) << x;
     }
 }
 
@@ -80,17 +84,21 @@ TEST(Pictures, ofFloatsAreLightThatIsCodedForTheDisplay) {
         return v <= 0.0031308 ? 12.92 * v : 1.055 * std::pow(v, 1 / 2.4) - 0.055;
     };
     Image expected = light;
-    for (Colour& colour : expected.colours) colour = {srgb(colour[0]), srgb(colour[1]), srgb(colour[2]), 1};
+    for (Colour& colour : expected.colours)
+        colour = {srgb(colour[0]), srgb(colour[1]), srgb(colour[2]), 1};
     for (const AVPixelFormat format : {AV_PIX_FMT_GBRPF32, AV_PIX_FMT_GBRAPF32})
         EXPECT_LE(largestDifference(drawing.compose(drawing.provider.add(makeFloats(light, format)), 6, 2), expected),
                   rounding);
     const Image grey = drawing.compose(drawing.provider.add(makeFloats(light, AV_PIX_FMT_GRAYF32)), 6, 2);
-    for (int x = 0; x < 6; ++x) EXPECT_NEAR(grey.at(x, 0)[1], srgb(light.at(x, 0)[0]), rounding / 255) << x;
+    for (int x = 0; x < 6; ++x)
+        EXPECT_NEAR(grey.at(x, 0)[1], srgb(light.at(x, 0)[0]), rounding / 255) << x;
 }
 
 TEST(Pictures, ofFloatsThatAreNoNumbersAreBlack) {
     Composing drawing;
-    const Image light(2, 1, [](int x, int) { return x == 0 ? Colour{NAN, NAN, NAN, 1} : Colour{INFINITY, 0, -INFINITY, 1}; });
+    const Image light(2, 1, [](int x, int) {
+        return x == 0 ? Colour{NAN, NAN, NAN, 1} : Colour{INFINITY, 0, -INFINITY, 1};
+    });
     const Image drawn = drawing.compose(drawing.provider.add(makeFloats(light)), 2, 1);
     EXPECT_EQ(drawn.at(0, 0), (Colour{0, 0, 0, 1}));
     EXPECT_EQ(drawn.at(1, 0), (Colour{1, 0, 0, 1}));
@@ -122,10 +130,12 @@ protected:
     static Image upright(Image const& stored) {
         Image image = stored;
         if (GetParam().isFlipped)
-            image = Image(stored.width, stored.height, [&](int x, int y) { return stored.at(stored.width - 1 - x, y); });
+            image =
+                Image(stored.width, stored.height, [&](int x, int y) { return stored.at(stored.width - 1 - x, y); });
         for (int i = 0; i < GetParam().turns; ++i) {
             const Image before = image;
-            image = Image(before.height, before.width, [&](int x, int y) { return before.at(y, before.height - 1 - x); });
+            image =
+                Image(before.height, before.width, [&](int x, int y) { return before.at(y, before.height - 1 - x); });
         }
         return image;
     }
@@ -210,7 +220,8 @@ TEST(PictureScaling, showsAPixelForAPixel) {
     EXPECT_EQ(drawing.compose(node, 2, 4).colours, cut.colours);
     Image framed = black(10, 8);
     for (int y = 0; y < 6; ++y) {
-        for (int x = 0; x < 6; ++x) framed.at(x + 2, y + 1) = image.at(x, y);
+        for (int x = 0; x < 6; ++x)
+            framed.at(x + 2, y + 1) = image.at(x, y);
     }
     EXPECT_EQ(drawing.compose(node, 10, 8).colours, framed.colours);
 }
@@ -218,7 +229,8 @@ TEST(PictureScaling, showsAPixelForAPixel) {
 /// The mean of what a pixel covers, parts of pixels by their share.
 double meanOf(std::function<double(int)> const& line, int size, double low, double high) {
     double sum = 0;
-    for (int i = 0; i < size; ++i) sum += line(i) * std::max(0.0, std::min(high, i + 1.0) - std::max(low, double(i)));
+    for (int i = 0; i < size; ++i)
+        sum += line(i) * std::max(0.0, std::min(high, i + 1.0) - std::max(low, double(i)));
     return sum / (high - low);
 }
 
@@ -243,7 +255,8 @@ double curveAt(std::function<double(int)> const& line, int size, double position
     const double weights[] = {((2 - t) * t - 1) * t / 2, ((3 * t - 5) * t * t + 2) / 2, ((4 - 3 * t) * t + 1) * t / 2,
                               (t - 1) * t * t / 2};
     double sum = 0;
-    for (int k = 0; k < 4; ++k) sum += weights[k] * at(i - 1 + k);
+    for (int k = 0; k < 4; ++k)
+        sum += weights[k] * at(i - 1 + k);
     return std::clamp(sum, 0.0, 1.0);
 }
 
@@ -294,14 +307,16 @@ TEST(InterlacedPictures, showTheLinesOfBothFieldsAsTheyAre) {
     Composing drawing;
     const auto picture = makeFields(true, [](int c, int, int y) { return c > 0 ? 128.0 : y % 2 == 0 ? 200.0 : 40.0; });
     const Image drawn = drawing.compose(drawing.provider.add(picture), 16, 16);
-    for (int y = 0; y < 16; ++y) EXPECT_NEAR(drawn.at(3, y)[1] * 255, y % 2 == 0 ? 200 : 40, 1.25) << y;
+    for (int y = 0; y < 16; ++y)
+        EXPECT_NEAR(drawn.at(3, y)[1] * 255, y % 2 == 0 ? 200 : 40, 1.25) << y;
 }
 
 TEST(InterlacedPictures, showTheirFirstFieldWhenTheyAreScaled) {
     Composing drawing;
     for (const bool topFirst : {true, false}) {
-        const auto picture =
-            makeFields(topFirst, [](int c, int, int y) { return c > 0 ? 128.0 : y % 2 == 0 ? 200.0 : 40.0; });
+        const auto picture = makeFields(topFirst, [](int c, int, int y) {
+            return c > 0 ? 128.0 : y % 2 == 0 ? 200.0 : 40.0;
+        });
         const FrameNode node = drawing.provider.add(picture);
         for (const int side : {5, 8, 12, 31}) {
             for (Colour const& colour : drawing.compose(node, side, side).colours)
@@ -336,13 +351,13 @@ TEST(InterlacedPictures, placeTheirChromaAQuarterOfALineOff) {
     // A ramp of Cr down each field; a line of chroma lies a quarter of a line of its field below the first of the two
     // lines that share it in the first field, and three quarters in the second.
     Composing drawing;
-    const auto chroma = [](int row) { return 100.0 + 4 * row; };
+    const auto chroma = [](int row) { return 60.0 + 16 * row; };
     const auto picture = makeFields(true, [&](int c, int, int y) { return c == 2 ? chroma(y) : 128.0; });
     const Image drawn = drawing.compose(drawing.provider.add(picture), 16, 16);
     for (int y = 4; y < 12; ++y) {
         const int field = y % 2;
         const double row = (y / 2 - (field == 0 ? 0.25 : 0.75)) / 2;  // of the field's chroma
-        const double expected = 128 + 1.402 * (chroma(0) + 4 * (2 * row + field) - 128);
+        const double expected = 128 + 1.402 * (chroma(0) + 16 * (2 * row + field) - 128);
         EXPECT_NEAR(drawn.at(7, y)[0] * 255, expected, 2) << y;
     }
 }
@@ -352,7 +367,8 @@ TEST(Pictures, ofAnotherShapeLeaveTheBarsBlack) {
     const Image image = numbered(6, 4);
     Image expected = black(6, 10);
     for (int y = 0; y < 4; ++y) {
-        for (int x = 0; x < 6; ++x) expected.at(x, y + 3) = image.at(x, y);
+        for (int x = 0; x < 6; ++x)
+            expected.at(x, y + 3) = image.at(x, y);
     }
     EXPECT_EQ(drawing.compose(drawing.provider.add(image), 6, 10).colours, expected.colours);
 }

@@ -27,7 +27,8 @@ Image patterned(int width, int height, double phase) {
 /// The definition of "over" and of a mix, on premultiplied colours.
 Image premultiplied(Image image) {
     for (Colour& colour : image.colours) {
-        for (size_t channel = 0; channel < 3; ++channel) colour[channel] *= colour[3];
+        for (size_t channel = 0; channel < 3; ++channel)
+            colour[channel] *= colour[3];
     }
     return image;
 }
@@ -62,7 +63,8 @@ TEST(FrameComposer, drawsNothingAsBlack) {
 TEST(FrameComposer, drawsAPictureOfTheSameSizeBitForBit) {
     Composing drawing;
     Image image = patterned(33, 21, 0);
-    for (Colour& colour : image.colours) colour[3] = 1;
+    for (Colour& colour : image.colours)
+        colour[3] = 1;
     EXPECT_EQ(drawing.compose(drawing.provider.add(image), 33, 21).colours, image.colours);
 }
 
@@ -76,7 +78,8 @@ TEST(FrameComposer, laysThePicturesOfAStackOverEachOther) {
     Image expected = over(premultiplied(bottom), black(16, 9));
     expected = over(premultiplied(middle), expected);
     expected = over(premultiplied(top), expected);
-    EXPECT_LE(largestDifference(drawing.compose(root, 16, 9), expected), 2 * blending);  // the first one lies over black
+    EXPECT_LE(largestDifference(drawing.compose(root, 16, 9), expected),
+              2 * blending);  // the first one lies over black
 }
 
 TEST(FrameComposer, hidesWhatLiesBelowAnOpaquePicture) {
@@ -107,8 +110,8 @@ TEST_P(Dissolving, mixesTheShares) {
 
 TEST_P(Dissolving, keepsTheBrightnessOfTwoOpaquePictures) {
     Composing drawing;
-    const FrameNode root = dissolveOf(GetParam(), drawing.provider.add(Image(4, 4, red)),
-                                      drawing.provider.add(Image(4, 4, red)));
+    const FrameNode root =
+        dissolveOf(GetParam(), drawing.provider.add(Image(4, 4, red)), drawing.provider.add(Image(4, 4, red)));
     EXPECT_EQ(drawing.compose(root, 4, 4).colours, Image(4, 4, red).colours);
 }
 
@@ -238,19 +241,38 @@ void disorder(QOpenGLExtraFunctions& gl) {
 /// All of it that OpenGL tells.
 std::vector<GLint> order(QOpenGLExtraFunctions& gl) {
     std::vector<GLint> values;
-    for (const int name :
-         {GL_VIEWPORT, GL_SCISSOR_BOX, GL_COLOR_WRITEMASK, GL_VERTEX_ARRAY_BINDING, GL_ARRAY_BUFFER_BINDING,
-          GL_PIXEL_UNPACK_BUFFER_BINDING, GL_PIXEL_PACK_BUFFER_BINDING, GL_ACTIVE_TEXTURE, GL_CULL_FACE_MODE,
-          GL_DEPTH_FUNC, GL_STENCIL_FUNC, GL_STENCIL_REF, GL_STENCIL_BACK_VALUE_MASK, GL_BLEND_SRC_RGB,
-          GL_BLEND_DST_ALPHA, GL_BLEND_EQUATION_RGB, GL_BLEND_EQUATION_ALPHA, GL_UNPACK_ALIGNMENT, GL_UNPACK_SKIP_PIXELS,
-          GL_PACK_ROW_LENGTH, GL_CURRENT_PROGRAM, GL_DRAW_FRAMEBUFFER_BINDING, GL_READ_FRAMEBUFFER_BINDING,
-          GL_COLOR_CLEAR_VALUE, GL_POLYGON_MODE, GL_LOGIC_OP_MODE}) {
+    for (const int name : {GL_VIEWPORT,
+                           GL_SCISSOR_BOX,
+                           GL_COLOR_WRITEMASK,
+                           GL_VERTEX_ARRAY_BINDING,
+                           GL_ARRAY_BUFFER_BINDING,
+                           GL_PIXEL_UNPACK_BUFFER_BINDING,
+                           GL_PIXEL_PACK_BUFFER_BINDING,
+                           GL_ACTIVE_TEXTURE,
+                           GL_CULL_FACE_MODE,
+                           GL_DEPTH_FUNC,
+                           GL_STENCIL_FUNC,
+                           GL_STENCIL_REF,
+                           GL_STENCIL_BACK_VALUE_MASK,
+                           GL_BLEND_SRC_RGB,
+                           GL_BLEND_DST_ALPHA,
+                           GL_BLEND_EQUATION_RGB,
+                           GL_BLEND_EQUATION_ALPHA,
+                           GL_UNPACK_ALIGNMENT,
+                           GL_UNPACK_SKIP_PIXELS,
+                           GL_PACK_ROW_LENGTH,
+                           GL_CURRENT_PROGRAM,
+                           GL_DRAW_FRAMEBUFFER_BINDING,
+                           GL_READ_FRAMEBUFFER_BINDING,
+                           GL_COLOR_CLEAR_VALUE,
+                           GL_POLYGON_MODE,
+                           GL_LOGIC_OP_MODE}) {
         std::array<GLint, 4> some{};
         gl.glGetIntegerv(static_cast<GLenum>(name), some.data());
         values.insert(values.end(), some.begin(), some.end());
     }
-    for (const int name : {GL_SCISSOR_TEST, GL_CULL_FACE, GL_DEPTH_TEST, GL_STENCIL_TEST, GL_BLEND,
-                           GL_RASTERIZER_DISCARD, GL_DITHER})
+    for (const int name :
+         {GL_SCISSOR_TEST, GL_CULL_FACE, GL_DEPTH_TEST, GL_STENCIL_TEST, GL_BLEND, GL_RASTERIZER_DISCARD, GL_DITHER})
         values.push_back(gl.glIsEnabled(static_cast<GLenum>(name)));
     GLint active = 0;
     gl.glGetIntegerv(GL_ACTIVE_TEXTURE, &active);
@@ -322,8 +344,7 @@ TEST(FrameComposer, namesTheFileThatItCannotDraw) {
 
 TEST(FrameComposer, refusesATextureThatCannotBeDrawnInto) {
     Composing drawing;
-    const Outcome outcome =
-        drawing.composer.compose(drawing.context.gl(), FrameNode(), drawing.provider, {4711, 8, 8});
+    const Outcome outcome = drawing.composer.compose(drawing.context.gl(), FrameNode(), drawing.provider, {4711, 8, 8});
     EXPECT_EQ(outcome.message().find("the output texture cannot be drawn into"), 0u) << outcome.message();
     EXPECT_EQ(drawing.context.gl().glGetError(), static_cast<GLenum>(GL_NO_ERROR));
 }
@@ -360,9 +381,11 @@ TEST(FrameComposer, keepsNoMoreIntermediatePicturesThanItUses) {
     const FrameNode root = dissolveOf(0.5, stackOf({picture, picture}), picture);
     (void)drawing.compose(root, 9, 7);
     const int used = living(gl);
-    for (int side = 10; side < 60; ++side) (void)drawing.compose(root, side, side);
+    for (int side = 10; side < 60; ++side)
+        (void)drawing.compose(root, side, side);
     EXPECT_LE(living(gl), used + 16);
-    for (int round = 0; round < 60; ++round) (void)drawing.compose(picture, 6, 4);
+    for (int round = 0; round < 60; ++round)
+        (void)drawing.compose(picture, 6, 4);
     EXPECT_LE(living(gl), used);
 }
 

@@ -13,8 +13,8 @@ namespace {
 
 /// The value of a channel from 0 to 1 (floats: as it is) in the block's own format.
 void setChannel(PixelBlock& block, int x, int y, int channel, double value) {
-    std::uint8_t* const at = block.row(y) + (static_cast<size_t>(x) * 4 + static_cast<size_t>(channel)) *
-                                                bytesPerPixel(block.format) / 4;
+    std::uint8_t* const at =
+        block.row(y) + (static_cast<size_t>(x) * 4 + static_cast<size_t>(channel)) * bytesPerPixel(block.format) / 4;
     const auto store = [at](auto number) { std::memcpy(at, &number, sizeof(number)); };
     switch (block.format) {
         case PixelFormat::rgba8: return store(static_cast<std::uint8_t>(std::lround(value * 255)));
@@ -25,8 +25,8 @@ void setChannel(PixelBlock& block, int x, int y, int channel, double value) {
 }
 
 double channelOf(PixelBlock const& block, int x, int y, int channel) {
-    std::uint8_t const* const at = block.row(y) + (static_cast<size_t>(x) * 4 + static_cast<size_t>(channel)) *
-                                                      bytesPerPixel(block.format) / 4;
+    std::uint8_t const* const at =
+        block.row(y) + (static_cast<size_t>(x) * 4 + static_cast<size_t>(channel)) * bytesPerPixel(block.format) / 4;
     if (block.format == PixelFormat::rgba8) return *at;
     std::uint16_t deep = 0;
     std::memcpy(&deep, at, sizeof(deep));
@@ -78,7 +78,8 @@ void DecodedFile::decode(unsigned index) {
         }
         ASSERT_EQ(avcodec_send_packet(decoder.get(), more ? packet.get() : nullptr), 0);
         av_packet_unref(packet.get());
-        while (avcodec_receive_frame(decoder.get(), frame.get()) == 0) take(*frame);
+        while (avcodec_receive_frame(decoder.get(), frame.get()) == 0)
+            take(*frame);
     }
 }
 
@@ -111,17 +112,18 @@ PixelBlock blockOf(AVFrame const& picture, PixelFormat format) {
         return block;
     }
     const AVPixelFormat target = format == PixelFormat::rgba8 ? AV_PIX_FMT_RGBA : AV_PIX_FMT_RGBA64;
-    const AvPtr<SwsContext> scaler(sws_getContext(picture.width, picture.height, static_cast<AVPixelFormat>(picture.format),
-                                                  picture.width, picture.height, target,
-                                                  SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT | SWS_BITEXACT,
-                                                  nullptr, nullptr, nullptr));
+    const AvPtr<SwsContext> scaler(sws_getContext(
+        picture.width, picture.height, static_cast<AVPixelFormat>(picture.format), picture.width, picture.height,
+        target, SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT | SWS_BITEXACT, nullptr, nullptr, nullptr));
     const AVColorSpace matrix = picture.colorspace == AVCOL_SPC_UNSPECIFIED ? AVCOL_SPC_BT470BG : picture.colorspace;
     const int fullRange = picture.color_range == AVCOL_RANGE_JPEG ? 1 : 0;
     int const* const table = sws_getCoefficients(matrix);
-    if (matrix != AVCOL_SPC_RGB) sws_setColorspaceDetails(scaler.get(), table, fullRange, table, 1, 0, 1 << 16, 1 << 16);
+    if (matrix != AVCOL_SPC_RGB)
+        sws_setColorspaceDetails(scaler.get(), table, fullRange, table, 1, 0, 1 << 16, 1 << 16);
     std::uint8_t* const rows[4] = {block.row(0)};
     const int strides[4] = {static_cast<int>(block.strideInBytes())};
-    EXPECT_EQ(sws_scale(scaler.get(), picture.data, picture.linesize, 0, picture.height, rows, strides), picture.height);
+    EXPECT_EQ(sws_scale(scaler.get(), picture.data, picture.linesize, 0, picture.height, rows, strides),
+              picture.height);
     return block;
 }
 
@@ -156,7 +158,8 @@ PixelBlock gradientBlock(int width, int height, PixelFormat format, int phase) {
 
 double largestDifference(PixelBlock const& a, PixelBlock const& b) {
     constexpr double incomparable = 1000;
-    if (a.width != b.width || a.height != b.height || a.format != b.format || a.empty() || b.empty()) return incomparable;
+    if (a.width != b.width || a.height != b.height || a.format != b.format || a.empty() || b.empty())
+        return incomparable;
     double largest = 0;
     for (int y = 0; y < a.height; ++y)
         for (int x = 0; x < a.width; ++x)

@@ -33,7 +33,8 @@ PixelBlock blockOf(AVFrame const& picture, PixelFormat format);
 PixelBlock noiseBlock(int width, int height, PixelFormat format, unsigned seed);
 /// Colours that run smoothly, which lossy codecs keep well.
 PixelBlock gradientBlock(int width, int height, PixelFormat format, int phase);
-/// The largest difference between two channels of integer blocks of one kind, on the scale of 8 bits; 1000 for other sizes.
+/// The largest difference between two channels of integer blocks of one kind, on the scale of 8 bits; 1000 for other
+/// sizes.
 double largestDifference(PixelBlock const& a, PixelBlock const& b);
 
 }  // namespace qrtplay

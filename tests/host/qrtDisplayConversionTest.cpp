@@ -19,10 +19,10 @@ Rgb times(std::array<double, 9> const& m, Rgb const& v) {
     return {m[0] * v[0] + m[1] * v[1] + m[2] * v[2], m[3] * v[0] + m[4] * v[1] + m[5] * v[2],
             m[6] * v[0] + m[7] * v[1] + m[8] * v[2]};
 }
-constexpr std::array<double, 9> bt2020ToBt709{1.6605, -0.5876, -0.0728, -0.1246, 1.1329,
+constexpr std::array<double, 9> bt2020ToBt709{1.6605,  -0.5876, -0.0728, -0.1246, 1.1329,
                                               -0.0083, -0.0182, -0.1006, 1.1187};  // ITU-R BT.2407, 2.2
 constexpr std::array<double, 9> xyzToBt709{3.2406, -1.5372, -0.4986, -0.9689, 1.8758,
-                                           0.0415, 0.0557, -0.2040, 1.0570};  // IEC 61966-2-1, 5.3
+                                           0.0415, 0.0557,  -0.2040, 1.0570};  // IEC 61966-2-1, 5.3
 
 double pqLight(double v) {  // SMPTE ST 2084, reference white at 203 cd/m2
     const double p = std::pow(v, 1 / 78.84375);
@@ -56,8 +56,10 @@ Rgb each(Function function, Rgb const& v) {
 /// Greys, saturated colours and some in between, as 16-bit code values.
 std::vector<Rgb> samples() {
     std::vector<Rgb> colours;
-    for (int i = 0; i < 64; ++i) colours.push_back({(i % 4) / 3.0, (i / 4 % 4) / 3.0, (i / 16) / 3.0});
-    for (int i = 0; i <= 32; ++i) colours.push_back({i / 32.0, i / 32.0, i / 32.0});
+    for (int i = 0; i < 64; ++i)
+        colours.push_back({(i % 4) / 3.0, (i / 4 % 4) / 3.0, (i / 16) / 3.0});
+    for (int i = 0; i <= 32; ++i)
+        colours.push_back({i / 32.0, i / 32.0, i / 32.0});
     return colours;
 }
 
@@ -89,9 +91,9 @@ ColourFacts facts(AVColorPrimaries primaries, AVColorTransferCharacteristic tran
 }
 
 TEST(DisplayConversion, leavesStandardDynamicRangeOfTheDisplaysPrimariesAlone) {
-    for (const AVColorTransferCharacteristic transfer : {AVCOL_TRC_BT709, AVCOL_TRC_SMPTE170M, AVCOL_TRC_BT2020_10,
-                                                         AVCOL_TRC_BT2020_12, AVCOL_TRC_IEC61966_2_1,
-                                                         AVCOL_TRC_UNSPECIFIED}) {
+    for (const AVColorTransferCharacteristic transfer :
+         {AVCOL_TRC_BT709, AVCOL_TRC_SMPTE170M, AVCOL_TRC_BT2020_10, AVCOL_TRC_BT2020_12, AVCOL_TRC_IEC61966_2_1,
+          AVCOL_TRC_UNSPECIFIED}) {
         DisplayConversion conversion;
         ASSERT_TRUE(displayConversion(facts(AVCOL_PRI_BT709, transfer), conversion).success());
         EXPECT_TRUE(conversion.isUnchanged) << transfer;
@@ -157,13 +159,13 @@ TEST(DisplayConversion, knowsCameraGammasAndLogarithms) {
 TEST(DisplayConversion, showsTheXyzOfCinemas) {
     Composing drawing;
     const std::vector<Rgb> colours = samples();
-    const auto picture =
-        makePicture(AV_PIX_FMT_XYZ12, static_cast<int>(colours.size()), 1, [&](int c, int x, int) {
-            return std::round(colours[static_cast<size_t>(x)][static_cast<size_t>(c)] * 4095);
-        });
+    const auto picture = makePicture(AV_PIX_FMT_XYZ12, static_cast<int>(colours.size()), 1, [&](int c, int x, int) {
+        return std::round(colours[static_cast<size_t>(x)][static_cast<size_t>(c)] * 4095);
+    });
     const Image image = drawing.compose(drawing.provider.add(picture), picture->width, 1);
     for (size_t i = 0; i < colours.size(); ++i) {
-        const Rgb xyz = each([](double x) { return 52.37 / 48 * std::pow(std::round(x * 4095) / 4095, 2.6); }, colours[i]);
+        const Rgb xyz =
+            each([](double x) { return 52.37 / 48 * std::pow(std::round(x * 4095) / 4095, 2.6); }, colours[i]);
         const Rgb expected = each(toVideo, times(xyzToBt709, xyz));
         for (size_t channel = 0; channel < 3; ++channel)
             EXPECT_NEAR(image.colours[i][channel], expected[channel], 3 * tolerance) << i;
@@ -172,11 +174,12 @@ TEST(DisplayConversion, showsTheXyzOfCinemas) {
 
 TEST(DisplayConversion, keepsWhiteWhite) {
     for (const AVColorPrimaries primaries :
-         {AVCOL_PRI_BT709, AVCOL_PRI_BT470M, AVCOL_PRI_BT470BG, AVCOL_PRI_SMPTE170M, AVCOL_PRI_SMPTE240M, AVCOL_PRI_FILM,
-          AVCOL_PRI_BT2020, AVCOL_PRI_SMPTE431, AVCOL_PRI_SMPTE432, AVCOL_PRI_EBU3213}) {
+         {AVCOL_PRI_BT709, AVCOL_PRI_BT470M, AVCOL_PRI_BT470BG, AVCOL_PRI_SMPTE170M, AVCOL_PRI_SMPTE240M,
+          AVCOL_PRI_FILM, AVCOL_PRI_BT2020, AVCOL_PRI_SMPTE431, AVCOL_PRI_SMPTE432, AVCOL_PRI_EBU3213}) {
         const auto matrix = toBt709(primaries);
         ASSERT_TRUE(matrix.has_value());
-        for (const double light : times(*matrix, {1, 1, 1})) EXPECT_NEAR(light, 1, 1e-9) << primaries;
+        for (const double light : times(*matrix, {1, 1, 1}))
+            EXPECT_NEAR(light, 1, 1e-9) << primaries;
         const auto luminance = luminanceWeights(primaries);
         EXPECT_NEAR((*luminance)[0] + (*luminance)[1] + (*luminance)[2], 1, 1e-9) << primaries;
     }
@@ -186,7 +189,8 @@ TEST(DisplayConversion, derivesThePublishedMatrices) {
     const auto expectMatrix = [](AVColorPrimaries primaries, std::array<double, 9> const& published, double precision) {
         const auto matrix = toBt709(primaries);
         ASSERT_TRUE(matrix.has_value());
-        for (size_t i = 0; i < 9; ++i) EXPECT_NEAR((*matrix)[i], published[i], precision) << primaries << " " << i;
+        for (size_t i = 0; i < 9; ++i)
+            EXPECT_NEAR((*matrix)[i], published[i], precision) << primaries << " " << i;
     };
     expectMatrix(AVCOL_PRI_BT2020, bt2020ToBt709, 1e-4);
     expectMatrix(AVCOL_PRI_SMPTE428, xyzToBt709, 1e-3);

@@ -30,15 +30,18 @@ TEST_F(FailureLines, nameAFrame) {
 }
 
 TEST_F(FailureLines, nameFramesThatFollowEachOtherTogether) {
-    for (const int64 frame : {3, 4, 5, 9, 10}) add(frame, "lost");
+    for (const int64 frame : {3, 4, 5, 9, 10})
+        add(frame, "lost");
     report.flush();
     EXPECT_THAT(lines, ElementsAre("clip.mp4: frames 3-5: lost", "clip.mp4: frames 9-10: lost"));
     EXPECT_EQ(report.count(), 5);
 }
 
 TEST_F(FailureLines, followTheStepOfPlaying) {
-    for (const int64 frame : {20, 15, 10, 5}) add(frame, "lost");
-    for (const int64 frame : {3, 2, 1}) add(frame, "lost");
+    for (const int64 frame : {20, 15, 10, 5})
+        add(frame, "lost");
+    for (const int64 frame : {3, 2, 1})
+        add(frame, "lost");
     report.flush();
     EXPECT_THAT(lines, ElementsAre("clip.mp4: frames 20-5x-5: lost", "clip.mp4: frames 3-1: lost"));
 }

@@ -18,7 +18,8 @@ std::vector<FrameRange> parsed(std::string const& text) {
 
 std::vector<int64> framesOf(FrameRange const& range) {
     std::vector<int64> frames;
-    for (int64 position = 0; position < range.count(); ++position) frames.push_back(range.frame(position));
+    for (int64 position = 0; position < range.count(); ++position)
+        frames.push_back(range.frame(position));
     return frames;
 }
 
@@ -47,6 +48,31 @@ TEST(FrameRange, playsAFallingRangeBackwards) {
     EXPECT_THAT(framesOf(parsed("3-0")[0]), ElementsAre(3, 2, 1, 0));
 }
 
+TEST(FrameRange, takesAStepOfAFallingRangeWithOrWithoutItsSign) {
+    EXPECT_THAT(framesOf(parsed("9-0x3")[0]), ElementsAre(9, 6, 3, 0));
+    EXPECT_EQ(parsed("9-0x3"), parsed("9-0x-3"));
+}
+
+TEST(FrameRange, goesToTheEndWithoutALastFrame) {
+    std::vector<FrameRange> ranges = parsed("95-,90-x4,3");
+    ASSERT_TRUE(fitFrameRanges(ranges, 100).success());
+    EXPECT_THAT(ranges, ElementsAre(FrameRange{95, 99, 1}, FrameRange{90, 98, 4}, FrameRange{3, 3, 1}));
+    EXPECT_EQ(fitFrameRanges(ranges = parsed("100-"), 100).message(),
+              "frames '100-': outside the clip, whose frames are 0-99");
+}
+
+TEST(FrameRange, meansAllFramesWhenThereIsNone) {
+    std::vector<FrameRange> ranges;
+    ASSERT_TRUE(fitFrameRanges(ranges, 100).success());
+    EXPECT_THAT(ranges, ElementsAre(FrameRange{0, 99, 1}));
+}
+
+TEST(FrameRange, isWrittenAsItIsRead) {
+    for (const char* const text : {"7", "0-99", "10-90x5", "100-", "100-x2", "9-0"})
+        EXPECT_EQ(textOf(parsed(text)[0]), text);
+    EXPECT_EQ(textOf(parsed("9-0x3")[0]), "9-0x-3");
+}
+
 TEST(FrameRange, readsAListInItsOrder) {
     const auto ranges = parsed("5-6,1,9-7");
     EXPECT_THAT(ranges, ElementsAre(FrameRange{5, 6, 1}, FrameRange{1, 1, 1}, FrameRange{9, 7, -1}));
@@ -54,9 +80,30 @@ TEST(FrameRange, readsAListInItsOrder) {
 }
 
 TEST(FrameRange, refusesWhatIsNoRangeAndNamesIt) {
-    for (const char* const text :
-         {"", ",", "1,", "a", "-1", "1-", "-", "1--2", "1-2x", "1-2x0", "1-2xa", "1-2x1x1", "2-1x1", "1-2x-1", "1 - 2", " 1",
-          "0x10", "99999999999999999999", "1-2x99999999999", "1.5", "+1", "0-9;11"}) {
+    for (const char* const text : {"",
+                                   ",",
+                                   "1,",
+                                   "a",
+                                   "-1",
+                                   "-5--1",
+                                   "-",
+                                   "1--2",
+                                   "1-x-1",
+                                   "1-x0",
+                                   "1-2x",
+                                   "1-2x0",
+                                   "1-2xa",
+                                   "1-2x1x1",
+                                   "1-2x-1",
+                                   "1-2x-2147483648",
+                                   "1 - 2",
+                                   " 1",
+                                   "0x10",
+                                   "99999999999999999999",
+                                   "1-2x99999999999",
+                                   "1.5",
+                                   "+1",
+                                   "0-9;11"}) {
         std::vector<FrameRange> ranges{{1, 2, 1}};
         const Outcome outcome = parseFrameRanges(text, ranges);
         EXPECT_TRUE(outcome.failed()) << text;
@@ -68,12 +115,16 @@ TEST(FrameRange, refusesWhatIsNoRangeAndNamesIt) {
 }
 
 TEST(FrameRange, refusesFramesOutsideTheClip) {
-    EXPECT_TRUE(checkFrameRanges(parsed("0-99"), 100).success());
-    EXPECT_TRUE(checkFrameRanges(parsed("99-0"), 100).success());
-    EXPECT_EQ(checkFrameRanges(parsed("0-9,90-100"), 100).message(),
-              "frames '90-100': outside the clip, whose frames are 0-99");
-    EXPECT_TRUE(checkFrameRanges(parsed("100-0"), 100).failed());
-    EXPECT_TRUE(checkFrameRanges(parsed("0-9223372036854775807"), 100).failed());
+    const auto failure = [](std::string const& text) {
+        std::vector<FrameRange> ranges = parsed(text);
+        return fitFrameRanges(ranges, 100).message();
+    };
+    EXPECT_EQ(failure("0-99"), "");
+    EXPECT_EQ(failure("99-0"), "");
+    EXPECT_EQ(failure("0-9,90-100"), "frames '90-100': outside the clip, whose frames are 0-99");
+    EXPECT_NE(failure("100-0"), "");
+    EXPECT_NE(failure("0-9223372036854775807"), "");
+    EXPECT_NE(failure("9223372036854775807-0"), "");
 }
 
 }  // namespace

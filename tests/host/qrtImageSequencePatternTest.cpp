@@ -46,7 +46,7 @@ TEST(ImageSequencePattern, refusesNamesWithoutAPlaceOrWithTwo) {
 
 TEST(ImageSequencePattern, findsTheNumbersOfTheFilesThatAreThere) {
     const TestFolder folder;
-    for (const char* const name : {"a.0003.png", "a.0007.png", "a.10000.png", "a.12.png", "a.00009.png", "b.0001.png",
+    for (const char* const name : {"a.0003.png", "a.0007.png", "a.10000.png", "a.12.png", "a.00001.png", "b.0001.png",
                                    "a.0001.jpg", "a.000x.png", "a..png"})
         folder.write(name, "");
     ImageSequenceName images;

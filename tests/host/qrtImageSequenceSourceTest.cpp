@@ -240,7 +240,7 @@ std::string claimedPicture(int width, int height) {
 }
 
 TEST(ImageFile, refusesAHeaderThatClaimsMoreThanCanBePlayed) {
-    for (const auto& [width, height] : {std::pair(20000, 16), std::pair(16, 20000), std::pair(16384, 16384)}) {
+    for (const auto& [width, height] : {std::pair(20000, 16), std::pair(16, 20000), std::pair(16384, 8193)}) {
         const std::string path = claimedPicture(width, height);
         FramePtr picture;
         EXPECT_EQ(readImageFile(path, picture).message(), path + ": its picture of " + std::to_string(width) + "x" +

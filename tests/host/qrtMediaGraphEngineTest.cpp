@@ -94,7 +94,8 @@ INSTANTIATE_TEST_SUITE_P(Flags, DrawnColours, ::testing::Values("bt709", "bt601"
 TEST(MediaGraphEngine, drawsEachFrameInWhateverOrder) {
     Drawing drawing("bframes.mp4", 160, 96);
     for (const int64 frame : {40, 3, 4, 5, 47, 46, 45, 0, 23, 12, 11}) {
-        EXPECT_LE(largestDifference(drawing.draw(frame), expectedColours("bframes.mp4", frame), 160, 96), colourRounding)
+        EXPECT_LE(largestDifference(drawing.draw(frame), expectedColours("bframes.mp4", frame), 160, 96),
+                  colourRounding)
             << frame;
     }
 }
@@ -105,7 +106,8 @@ TEST(MediaGraphEngine, putsBlackBarsAroundAPictureOfAnotherShape) {
     const std::vector<unsigned char> pixels = drawing.draw(0);
     std::vector<unsigned char> expected = expectedColours("format-rgb24.nut", 0);
     std::vector<unsigned char> bar;
-    for (int i = 0; i < 37 * 10; ++i) bar.insert(bar.end(), {0, 0, 0, 255});
+    for (int i = 0; i < 37 * 10; ++i)
+        bar.insert(bar.end(), {0, 0, 0, 255});
     expected.insert(expected.begin(), bar.begin(), bar.end());
     expected.insert(expected.end(), bar.begin(), bar.end());
     EXPECT_LE(largestDifference(pixels, expected, 37, 42), 1);
@@ -138,7 +140,8 @@ TEST(MediaGraphEngine, drawsBlackOutsideTheClip) {
     Drawing drawing("bt709.mp4", 4, 4);
     for (const int64 frame : {int64{6}, int64{-1}, INT64_MAX, INT64_MIN}) {
         const std::vector<unsigned char> pixels = drawing.draw(frame);
-        for (size_t i = 0; i < pixels.size(); ++i) EXPECT_EQ(pixels[i], i % 4 == 3 ? 255 : 0);
+        for (size_t i = 0; i < pixels.size(); ++i)
+            EXPECT_EQ(pixels[i], i % 4 == 3 ? 255 : 0);
     }
 }
 
@@ -219,7 +222,8 @@ TEST(MediaGraphEngine, deletesItsTexturesWithItself) {
     QOpenGLExtraFunctions& gl = context.gl();
     const auto livingTextures = [&gl] {
         int living = 0;
-        for (GLuint name = 1; name < 64; ++name) living += gl.glIsTexture(name) ? 1 : 0;
+        for (GLuint name = 1; name < 64; ++name)
+            living += gl.glIsTexture(name) ? 1 : 0;
         return living;
     };
     TestTexture texture(gl, 8, 8);

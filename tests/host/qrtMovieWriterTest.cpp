@@ -53,7 +53,8 @@ protected:
         return sound;
     }
 
-    void write(std::string const& name, MovieSettings const& settings, PixelBlock (*picture)(int, int, PixelFormat, int)) {
+    void write(std::string const& name, MovieSettings const& settings,
+               PixelBlock (*picture)(int, int, PixelFormat, int)) {
         std::unique_ptr<MovieWriter> writer;
         const Outcome opened = MovieWriter::open(path(name), settings, writer);
         ASSERT_TRUE(opened.success()) << opened.message();
@@ -101,7 +102,8 @@ class LossyMovies : public Movies, public ::testing::WithParamInterface<LossyCas
 
 TEST_P(LossyMovies, keepTheColoursAndSayWhatTheyMean) {
     LossyCase const& lossy = GetParam();
-    ASSERT_NO_FATAL_FAILURE(write(lossy.file, settingsOf(lossy.file, {lossy.codec, lossy.depth, lossy.quality}), gradientBlock));
+    ASSERT_NO_FATAL_FAILURE(
+        write(lossy.file, settingsOf(lossy.file, {lossy.codec, lossy.depth, lossy.quality}), gradientBlock));
     const DecodedFile file(path(lossy.file));
     ASSERT_EQ(file.pictures.size(), size_t{frames});
     AVCodecParameters const& stored = *file.stream(AVMEDIA_TYPE_VIDEO)->codecpar;
@@ -121,11 +123,11 @@ TEST_P(LossyMovies, keepTheColoursAndSayWhatTheyMean) {
 
 INSTANTIATE_TEST_SUITE_P(
     Codecs, LossyMovies,
-    ::testing::Values(LossyCase{"h264", "a.mp4", VideoCodec::h264, PixelFormat::rgba8, 90, 6, AV_PIX_FMT_YUV420P},
-                      LossyCase{"h264Deep", "a.mkv", VideoCodec::h264, PixelFormat::rgba16, 90, 6, AV_PIX_FMT_YUV420P},
-                      LossyCase{"prores", "a.mov", VideoCodec::prores, PixelFormat::rgba16, {}, 4, AV_PIX_FMT_YUV422P10},
-                      LossyCase{"proresOf8Bits", "a.mov", VideoCodec::prores, PixelFormat::rgba8, {}, 4,
-                                AV_PIX_FMT_YUV422P10}),
+    ::testing::Values(
+        LossyCase{"h264", "a.mp4", VideoCodec::h264, PixelFormat::rgba8, 90, 6, AV_PIX_FMT_YUV420P},
+        LossyCase{"h264Deep", "a.mkv", VideoCodec::h264, PixelFormat::rgba16, 90, 6, AV_PIX_FMT_YUV420P},
+        LossyCase{"prores", "a.mov", VideoCodec::prores, PixelFormat::rgba16, {}, 4, AV_PIX_FMT_YUV422P10},
+        LossyCase{"proresOf8Bits", "a.mov", VideoCodec::prores, PixelFormat::rgba8, {}, 4, AV_PIX_FMT_YUV422P10}),
     [](const auto& caseInfo) { return std::string(caseInfo.param.name); });
 
 class Containers : public Movies, public ::testing::WithParamInterface<const char*> {};
@@ -134,8 +136,8 @@ TEST_P(Containers, haveTheExactRateLengthAndTimecode) {
     ASSERT_NO_FATAL_FAILURE(write(GetParam(), settingsOf(GetParam()), gradientBlock));
     const DecodedFile file(path(GetParam()));
     EXPECT_EQ(file.pictures.size(), size_t{frames});
-    const AVRational rate = av_guess_frame_rate(
-        file.format.get(), const_cast<AVStream*>(file.stream(AVMEDIA_TYPE_VIDEO)), nullptr);
+    const AVRational rate =
+        av_guess_frame_rate(file.format.get(), const_cast<AVStream*>(file.stream(AVMEDIA_TYPE_VIDEO)), nullptr);
     EXPECT_EQ(rate.num, 24000);
     EXPECT_EQ(rate.den, 1001);
     EXPECT_EQ(file.tag("timecode"), "01:02:03:04");
@@ -181,7 +183,8 @@ TEST_F(Movies, leaveNothingBehindUntilTheyAreWhole) {
     {
         std::unique_ptr<MovieWriter> writer;
         ASSERT_TRUE(MovieWriter::open(path("a.mp4"), settingsOf("a.mp4"), writer).success());
-        for (int i = 0; i < frames; ++i) writer->write(i, gradientBlock(width, height, PixelFormat::rgba8, i), {});
+        for (int i = 0; i < frames; ++i)
+            writer->write(i, gradientBlock(width, height, PixelFormat::rgba8, i), {});
     }
     EXPECT_EQ(names(), QStringList{"a.mp4"});
     EXPECT_EQ(QFileInfo(folder.filePath("a.mp4")).size(), 3);
@@ -227,7 +230,8 @@ TEST_F(Movies, nameTheFileThatTheDiskHasNoRoomFor) {
     const SmallDisk disk(20000);
     std::unique_ptr<MovieWriter> writer;
     ASSERT_TRUE(MovieWriter::open(path("a.mkv"), settingsOf("a.mkv"), writer).success());
-    for (int i = 0; i < 100; ++i) writer->write(i, noise(width, height, PixelFormat::rgba8, i), {});
+    for (int i = 0; i < 100; ++i)
+        writer->write(i, noise(width, height, PixelFormat::rgba8, i), {});
     const Outcome outcome = writer->finish();
     EXPECT_THAT(outcome.message(), HasSubstr(path("a.mkv") + ": cannot be written: File too large"));
     writer.reset();

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "host/qrtTestClips.h"
+#include "media/qrtPictureStore.h"
 
 namespace qrtplay {
 namespace {
@@ -53,6 +54,41 @@ TEST(OpenPictures, namesWhatItCannotOpen) {
     EXPECT_THAT(openPictures(file("audio.m4a"), source).message(), HasSubstr("has no video"));
     EXPECT_EQ(source, nullptr);
 }
+
+class PicturesDecodedAhead : public ::testing::TestWithParam<const char*> {};
+
+TEST_P(PicturesDecodedAhead, areThoseOfTheirNumbersInBothDirections) {
+    const auto open = [](size_t, std::unique_ptr<PictureSource>& source) {
+        return openPictures(file(GetParam()), source);
+    };
+    constexpr size_t roomForAFewPictures = 600'000;
+    PictureStore store(1, open, roomForAFewPictures);
+    const ReferenceFrames reference(GetParam(), AV_PIX_FMT_YUV420P, 160, 96);
+    PictureStore::Answer answer;
+    ASSERT_TRUE(store.picture({}, answer).success());
+    const Rational rate = answer.facts.frameRate;
+    for (const int64 direction : {1, -1}) {
+        for (int64 step = 0; step < 48; ++step) {
+            const int64 frame = direction > 0 ? step : 47 - step;
+            std::vector<PictureStore::Wish> ahead;
+            for (int64 next = 0; next < 8; ++next)
+                ahead.push_back({0, ExactTime::ofFrame(frame + direction * next, rate)});
+            store.prepare(ahead);
+            const Outcome outcome = store.picture(ahead.front(), answer);
+            ASSERT_TRUE(outcome.success()) << outcome.message();
+            EXPECT_EQ(answer.key.frame, frame);
+            ASSERT_TRUE(bytesOf(*answer.picture) == reference.frame(frame)) << frame;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Clips, PicturesDecodedAhead,
+                         ::testing::Values("bframes.mp4", "opengop.mp4", "longgroup.mp4", "hevc.mp4", "vp9.webm",
+                                           "transport.ts", "elementary.h264"),
+                         [](const auto& caseInfo) {
+                             const std::string name = caseInfo.param;
+                             return name.substr(0, name.find('.'));
+                         });
 
 }  // namespace
 }  // namespace qrtplay

@@ -28,11 +28,11 @@ protected:
 };
 
 TEST_F(CommandLines, readEverythingOfRender) {
-    const Outcome outcome = parse({"render", "my clip.mp4", "--frames", "99-0x-1", "--output", "out/f.####.png", "--ram",
-                                   "--resolution", "1280x720", "--head", "8", "--tail=2"});
+    const Outcome outcome = parse({"render", "my clip.mp4", "--frames", "99-0x-1", "--output", "out/f.####.png",
+                                   "--ram", "--resolution", "1280x720", "--head", "8", "--tail=2"});
     ASSERT_TRUE(outcome.success()) << outcome.message();
     EXPECT_EQ(options.command, Options::Command::render);
-    EXPECT_EQ(options.render.clip, "my clip.mp4");
+    EXPECT_EQ(options.render.input.files, std::vector<std::string>{"my clip.mp4"});
     EXPECT_THAT(options.render.frames, ::testing::ElementsAre(FrameRange{99, 0, -1}));
     EXPECT_EQ(options.render.output.pathOf(3), "out/f.0003.png");
     EXPECT_TRUE(options.render.play.ramOutputs);
@@ -49,11 +49,55 @@ TEST_F(CommandLines, renderAllFramesAsTexturesAtTheClipsSizeByDefault) {
     EXPECT_FALSE(options.render.play.headFrames.has_value());
 }
 
+TEST_F(CommandLines, readWhatIsWritten) {
+    ASSERT_TRUE(parse({"render", "a.otio", "b.mp4", "--output", "x.####.exr", "--depth", "32f", "--skip-existing",
+                       "--dry-run", "--json", "--no-sound", "--allow-path", "/a", "--allow-path", "/b"})
+                    .success());
+    RenderOptions const& render = options.render;
+    EXPECT_THAT(render.input.files, ::testing::ElementsAre("a.otio", "b.mp4"));
+    EXPECT_THAT(render.input.allowPaths, ::testing::ElementsAre("/a", "/b"));
+    EXPECT_EQ(render.format, (OutputFormat{FileKind::exr, VideoCodec::h264, PixelFormat::rgba32f, 0}));
+    EXPECT_EQ(render.play.depth, PixelFormat::rgba32f);
+    EXPECT_TRUE(render.skipExisting && render.isDryRun && render.isJson && render.hasOutput);
+    EXPECT_FALSE(render.withSound);
+    EXPECT_EQ(render.words.front(), "qrtplay");
+}
+
+TEST_F(CommandLines, readHowItIsPlayed) {
+    ASSERT_TRUE(parse({"render", "a.otio", "--no-output", "--loop", "7", "--scaling", "1:1", "--fps", "23.976",
+                       "--cache", "64", "--ocio", "c.ocio", "--display", "D", "--view", "V", "--depth", "16"})
+                    .success());
+    RenderOptions const& render = options.render;
+    EXPECT_FALSE(render.hasOutput);
+    EXPECT_EQ(render.loops, 7);
+    EXPECT_EQ(render.play.scaling, Scaling::one_to_one);
+    EXPECT_EQ(render.play.outputRate, Rational(24000, 1001));
+    EXPECT_EQ(render.play.decodeCacheInMiB, 64);
+    EXPECT_EQ(render.play.ocio.config + render.play.ocio.display + render.play.ocio.view, "c.ocioDV");
+    EXPECT_EQ(render.play.depth, PixelFormat::rgba16);
+}
+
+TEST_F(CommandLines, refuseWhatDoesNotGoTogether) {
+    const auto refusal = [this](QStringList const& words) { return failure(QStringList{"render", "a.mp4"} + words); };
+    EXPECT_THAT(refusal({"--output", "x.#.png", "--no-output"}), HasSubstr("--output and --no-output"));
+    EXPECT_THAT(refusal({"--no-output", "--dry-run"}), HasSubstr("--dry-run and --no-output"));
+    EXPECT_THAT(refusal({"--output", "x.#.png", "--loop", "2"}), HasSubstr("--loop needs --no-output"));
+    EXPECT_THAT(refusal({"--output", "x.#.mp4"}), HasSubstr("a movie has no place"));
+    EXPECT_THAT(refusal({"--output", "x.mp4", "--codec", "av1"}), HasSubstr("--codec 'av1'"));
+    EXPECT_THAT(refusal({"--output", "x.png", "--depth", "10"}), HasSubstr("--depth '10'"));
+    EXPECT_THAT(refusal({"--output", "x.jpg", "--quality", "101"}), HasSubstr("--quality '101'"));
+    EXPECT_THAT(refusal({"--output", "x.png", "--scaling", "big"}), HasSubstr("--scaling 'big'"));
+    EXPECT_THAT(refusal({"--output", "x.png", "--fps", "fast"}), HasSubstr("rate 'fast'"));
+    EXPECT_THAT(refusal({"--output", "x.png", "--cache", "0"}), HasSubstr("--cache '0'"));
+    EXPECT_THAT(failure({"contact-sheet", "a.mp4", "--output", "x.mov"}), HasSubstr("no movie"));
+}
+
 TEST_F(CommandLines, readEverythingOfContactSheet) {
-    ASSERT_TRUE(parse({"contact-sheet", "clip.mp4", "--output", "s.png", "--columns", "6", "--rows", "5", "--width",
-                       "2400"}).success());
+    ASSERT_TRUE(
+        parse({"contact-sheet", "clip.mp4", "--output", "s.png", "--columns", "6", "--rows", "5", "--width", "2400"})
+            .success());
     EXPECT_EQ(options.command, Options::Command::contact_sheet);
-    EXPECT_EQ(options.contactSheet.clip, "clip.mp4");
+    EXPECT_EQ(options.contactSheet.input.files, std::vector<std::string>{"clip.mp4"});
     EXPECT_EQ(options.contactSheet.output, "s.png");
     EXPECT_EQ(options.contactSheet.columns, 6);
     EXPECT_EQ(options.contactSheet.rows, 5);
@@ -62,18 +106,20 @@ TEST_F(CommandLines, readEverythingOfContactSheet) {
 
 TEST_F(CommandLines, takeAClipWhoseNameBeginsWithADashAfterTwoDashes) {
     ASSERT_TRUE(parse({"render", "--output", "f.#.png", "--", "-odd.mp4"}).success());
-    EXPECT_EQ(options.render.clip, "-odd.mp4");
+    EXPECT_EQ(options.render.input.files, std::vector<std::string>{"-odd.mp4"});
 }
 
 TEST_F(CommandLines, failWithALineThatNamesTheWord) {
     EXPECT_THAT(failure({}), HasSubstr("no command"));
     EXPECT_THAT(failure({"play"}), HasSubstr("'play'"));
-    EXPECT_THAT(failure({"render"}), HasSubstr("no clip"));
-    EXPECT_THAT(failure({"render", "a", "b", "--output", "f.#.png"}), HasSubstr("'b'"));
+    EXPECT_THAT(failure({"render"}), HasSubstr("no file is named"));
+    EXPECT_THAT(failure({"contact-sheet", "a", "b", "--output", "f.png"}), HasSubstr("'b'"));
+    EXPECT_THAT(failure({"self-test", "a"}), HasSubstr("'a'"));
+    EXPECT_THAT(failure({"info"}), HasSubstr("no file is named"));
     EXPECT_THAT(failure({"render", "a"}), HasSubstr("--output"));
     EXPECT_THAT(failure({"render", "a", "--output"}), HasSubstr("output"));
     EXPECT_THAT(failure({"render", "a", "--outptu", "x.png"}), HasSubstr("outptu"));
-    EXPECT_THAT(failure({"render", "a", "--output", "x.jpg"}), HasSubstr("'x.jpg'"));
+    EXPECT_THAT(failure({"render", "a", "--output", "x.gif"}), HasSubstr("'x.gif'"));
     EXPECT_THAT(failure({"render", "a", "--output", "x.png", "--frames", "1..2"}), HasSubstr("'1..2'"));
     EXPECT_THAT(failure({"render", "a", "--output", "x.png", "--ram", "--vram"}), HasSubstr("exclude"));
     EXPECT_THAT(failure({"contact-sheet", "a", "--output", "x.png", "--columns", "0"}), HasSubstr("--columns '0'"));
@@ -81,25 +127,32 @@ TEST_F(CommandLines, failWithALineThatNamesTheWord) {
 }
 
 TEST_F(CommandLines, refuseAbsurdNumbers) {
-    for (const char* const size : {"0x0", "640", "x", "640x", "-1x5", "640x360x2", "16385x1", "1x999999999", "99999999999x1"}) {
+    for (const char* const size :
+         {"0x0", "640", "x", "640x", "-1x5", "640x360x2", "16385x1", "1x999999999", "99999999999x1"}) {
         EXPECT_THAT(failure({"render", "a", "--output", "x.png", "--resolution", size}),
                     HasSubstr("resolution '" + std::string(size) + "'"));
     }
     for (const char* const number : {"-1", "10001", "x", "", "99999999999"}) {
-        EXPECT_THAT(failure({"render", "a", "--output", "x.png", QString("--head=%1").arg(number)}), HasSubstr("--head"));
-        EXPECT_THAT(failure({"render", "a", "--output", "x.png", QString("--tail=%1").arg(number)}), HasSubstr("--tail"));
+        EXPECT_THAT(failure({"render", "a", "--output", "x.png", QString("--head=%1").arg(number)}),
+                    HasSubstr("--head"));
+        EXPECT_THAT(failure({"render", "a", "--output", "x.png", QString("--tail=%1").arg(number)}),
+                    HasSubstr("--tail"));
     }
 }
 
 TEST_F(CommandLines, explainEveryCommandAndOption) {
     ASSERT_TRUE(parse({"--help"}).success());
     EXPECT_EQ(options.command, Options::Command::print);
-    for (const char* const word : {"render", "contact-sheet", "--version", "with-display.sh", "Exit status"})
+    for (const char* const word :
+         {"render", "contact-sheet", "info", "self-test", "--version", "with-display.sh", "Exit status"})
         EXPECT_THAT(options.text, HasSubstr(word));
     ASSERT_TRUE(parse({"render", "--help"}).success());
     EXPECT_EQ(options.command, Options::Command::print);
     for (const char* const word :
-         {"--frames", "--output", "--vram", "--ram", "--resolution", "--head", "--tail", "10-90x5", "Examples"})
+         {"--frames",  "--output", "--vram",     "--ram",           "--resolution", "--head",      "--tail",
+          "10-90x5",   "Examples", "--fps",      "--loop",          "--allow-path", "--no-output", "--depth",
+          "--quality", "--codec",  "--no-sound", "--skip-existing", "--dry-run",    "--scaling",   "--ocio",
+          "--display", "--view",   "--cache",    "--json",          "Exit status"})
         EXPECT_THAT(options.text, HasSubstr(word));
     ASSERT_TRUE(parse({"contact-sheet", "--help"}).success());
     for (const char* const word : {"--output", "--columns", "--rows", "--width", "Examples"})

@@ -340,12 +340,13 @@ TEST(OtioReader, readsFoldersWithTheirMedia) {
 
 TEST(OtioReader, unpacksBundlesForAsLongAsTheTimelineLives) {
     const TestFolder files;
-    const std::string content = otio::timeline({otio::track({otio::clip("media/a", otio::range(0, 5, 24))})});
-    const std::string bundle =
-        files.writeZip("cut.otioz", {{"content.otio", content}, {"version.txt", "1.0"}, {"media/a.mov", "moving"}});
+    const std::string content = otio::timeline({otio::track({otio::clip("media/\u00fc", otio::range(0, 5, 24))})});
+    const std::string bundle = files.writeZip(
+        "cut.otioz", {{"content.otio", content}, {"version.txt", "1.0"}, {"media/\u00fc.mov", "moving"}});
     OtioOptions options;
     options.allowPaths = {"/nowhere"};
     auto read = readFile(bundle, options);
+    ASSERT_EQ(read->media().size(), 1U);
     const std::string path = read->media()[0].path;
     EXPECT_EQ(read->media()[0].kind, MediaReference::Kind::file) << "what is in the bundle is always allowed";
     EXPECT_EQ(std::filesystem::file_size(path), 6U);

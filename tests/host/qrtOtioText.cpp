@@ -18,7 +18,8 @@ std::string object(std::string const& schema, std::string const& members) {
 
 std::string list(std::vector<std::string> const& values) {
     std::string text = "[";
-    for (std::string const& value : values) text += (text.size() > 1 ? ", " : "") + value;
+    for (std::string const& value : values)
+        text += (text.size() > 1 ? ", " : "") + value;
     return text + "]";
 }
 
@@ -43,12 +44,12 @@ std::string file(std::string const& path) {
 
 std::string images(std::string const& folder, std::string const& prefix, std::string const& suffix, int firstNumber,
                    int step, double rate, int frames) {
-    return object("ImageSequenceReference.1",
-                  R"("target_url_base": ")" + folder + R"(", "name_prefix": ")" + prefix + R"(", "name_suffix": ")" + suffix +
-                      R"(", "start_frame": )" + std::to_string(firstNumber) + R"(, "frame_step": )" +
-                      std::to_string(step) + R"(, "rate": )" + std::to_string(rate) +
-                      R"(, "frame_zero_padding": 4, "available_range": )" +
-                      range({0, static_cast<double>(frames), rate}));
+    return object("ImageSequenceReference.1", R"("target_url_base": ")" + folder + R"(", "name_prefix": ")" + prefix +
+                                                  R"(", "name_suffix": ")" + suffix + R"(", "start_frame": )" +
+                                                  std::to_string(firstNumber) + R"(, "frame_step": )" +
+                                                  std::to_string(step) + R"(, "rate": )" + std::to_string(rate) +
+                                                  R"(, "frame_zero_padding": 4, "available_range": )" +
+                                                  range({0, static_cast<double>(frames), rate}));
 }
 
 std::string generator(std::string const& kind, std::string const& parameters) {

@@ -3,6 +3,7 @@
 #include <archive.h>
 #include <archive_entry.h>
 #include <gtest/gtest.h>
+#include <locale.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -157,6 +158,9 @@ std::string TestFolder::write(std::string const& name, std::string const& bytes)
 std::string TestFolder::writeZip(std::string const& name,
                                  std::vector<std::pair<std::string, std::string>> const& entries) const {
     const std::string path = m_path + "/" + name;
+    // Names are flagged as UTF-8, as other programs do; libarchive does that only in such a locale.
+    const locale_t utf8 = newlocale(LC_CTYPE_MASK, "C.UTF-8", locale_t());
+    const locale_t before = uselocale(utf8);
     archive* const zip = archive_write_new();
     archive_write_set_format_zip(zip);
     EXPECT_EQ(archive_write_open_filename(zip, path.c_str()), ARCHIVE_OK);
@@ -171,6 +175,8 @@ std::string TestFolder::writeZip(std::string const& name,
         archive_entry_free(entry);
     }
     archive_write_free(zip);
+    uselocale(before);
+    freelocale(utf8);
     return path;
 }
 

@@ -27,7 +27,8 @@ TEST(OutputFormat, isToldByTheEnding) {
     EXPECT_EQ(chosen("a.jpeg").kind, FileKind::jpeg);
     EXPECT_EQ(chosen("b.mkv/a.exr").kind, FileKind::exr);
     for (const char* const path : {"", "a", "a.gif", ".png", "out/.mov", "png"})
-        EXPECT_THAT(refusal(path), HasSubstr("output '" + std::string(path) + "': the name has to end with one of .png"));
+        EXPECT_THAT(refusal(path),
+                    HasSubstr("output '" + std::string(path) + "': the name has to end with one of .png"));
 }
 
 TEST(OutputFormat, choosesTheCodecThatSuitsTheContainer) {
@@ -59,8 +60,10 @@ TEST(OutputFormat, hasAQualityWhereThereIsOneToChoose) {
 }
 
 TEST(OutputFormat, knowsNamesBothWays) {
-    for (const char* const name : {"8", "16", "16f", "32f"}) EXPECT_EQ(nameOf(depthOf(name).value()), name);
-    for (const char* const name : {"h264", "prores", "ffv1"}) EXPECT_EQ(nameOf(videoCodecOf(name).value()), name);
+    for (const char* const name : {"8", "16", "16f", "32f"})
+        EXPECT_EQ(nameOf(depthOf(name).value()), name);
+    for (const char* const name : {"h264", "prores", "ffv1"})
+        EXPECT_EQ(nameOf(videoCodecOf(name).value()), name);
     EXPECT_FALSE(depthOf("10").has_value());
     EXPECT_FALSE(videoCodecOf("av1").has_value());
 }

@@ -44,7 +44,8 @@ TEST(OutputPattern, knowsItsFolder) {
 }
 
 TEST(OutputPattern, refusesOtherEndingsAndTwoPlaces) {
-    for (const char* const text : {"", "out/", "frame.####", "frame.####.jpg", ".png", "out/.png", "#.#.png", "#%04d.png"}) {
+    for (const char* const text :
+         {"", "out/", "frame.####", "frame.####.gif", ".png", "out/.png", "#.#.png", "#%04d.png"}) {
         OutputPattern pattern = parsed("before.png");
         const Outcome outcome = OutputPattern::parse(text, pattern);
         EXPECT_TRUE(outcome.failed()) << text;

@@ -38,7 +38,7 @@ TEST(Placement, keepsAtLeastAPixel) {
 }
 
 TEST(Placement, exceedsAnOutputThatItFills) {
-    EXPECT_EQ(placement(Scaling::fill, 1920, 1080, square, 640, 480), (PixelRect{-107, 0, 853, 480}));
+    EXPECT_EQ(placement(Scaling::fill, 1920, 1080, square, 640, 480), (PixelRect{-106, 0, 853, 480}));
     EXPECT_EQ(placement(Scaling::fill, 640, 480, square, 1920, 1080), (PixelRect{0, -180, 1920, 1440}));
     const PixelRect extreme = placement(Scaling::fill, 16384, 1, Rational(1000000, 1), 100, 100);
     EXPECT_EQ(extreme.width, maxPlacedSide);

@@ -59,7 +59,8 @@ TEST_P(PlayedFrames, areThoseOfTheirNumberForwards) {
     const auto session = openSession("bframes.mp4", settings());
     OpenClip clip("bframes.mp4");
     ASSERT_TRUE(session->start({0, 47, 1}).success());
-    for (int64 frame = 0; frame < 48; ++frame) EXPECT_LE(differenceOf(*session, clip, frame), colourRounding) << frame;
+    for (int64 frame = 0; frame < 48; ++frame)
+        EXPECT_LE(differenceOf(*session, clip, frame), colourRounding) << frame;
     EXPECT_EQ(session->counts().delivered, 48);
     EXPECT_EQ(session->counts().cacheHits + session->counts().onDemand, 48);
 }
@@ -68,7 +69,8 @@ TEST_P(PlayedFrames, areThoseOfTheirNumberBackwards) {
     const auto session = openSession("opengop.mp4", settings());
     OpenClip clip("opengop.mp4");
     ASSERT_TRUE(session->start({47, 0, -1}).success());
-    for (int64 frame = 47; frame >= 0; --frame) EXPECT_LE(differenceOf(*session, clip, frame), colourRounding) << frame;
+    for (int64 frame = 47; frame >= 0; --frame)
+        EXPECT_LE(differenceOf(*session, clip, frame), colourRounding) << frame;
 }
 
 TEST_P(PlayedFrames, areThoseOfTheirNumberInRandomOrder) {
@@ -80,7 +82,8 @@ TEST_P(PlayedFrames, areThoseOfTheirNumberInRandomOrder) {
     std::mt19937 random(seed);
     std::shuffle(frames.begin(), frames.end(), random);
     ASSERT_TRUE(session->start({0, 47, 1}).success());
-    for (const int64 frame : frames) EXPECT_LE(differenceOf(*session, clip, frame), colourRounding) << frame;
+    for (const int64 frame : frames)
+        EXPECT_LE(differenceOf(*session, clip, frame), colourRounding) << frame;
 }
 
 TEST_P(PlayedFrames, comeInOddSizes) {

@@ -49,11 +49,13 @@ TEST_P(ResampledSourceRates, keepsATone) {
     const auto tone = [](int64 n, int rate) {
         return static_cast<float>(0.5 * std::sin(2 * std::numbers::pi * 997 * static_cast<double>(n) / rate));
     };
-    const auto source = resampled(inputRate, outputRate, 1, [&, rate = inputRate](int64 n, int) { return tone(n, rate); });
+    const auto source =
+        resampled(inputRate, outputRate, 1, [&, rate = inputRate](int64 n, int) { return tone(n, rate); });
     const std::vector<float> samples = readSound(*source, -20000, 60000, 1);
     double worst = 0;
     for (int64 n = -20000; n < 40000; ++n)
-        worst = std::max(worst, std::abs(double{samples[static_cast<size_t>(n + 20000)]} - double{tone(n, outputRate)}));
+        worst =
+            std::max(worst, std::abs(double{samples[static_cast<size_t>(n + 20000)]} - double{tone(n, outputRate)}));
     EXPECT_LT(worst, 2e-4);
 }
 
@@ -77,7 +79,8 @@ INSTANTIATE_TEST_SUITE_P(Rates, ResampledSourceRates,
 TEST(ResampledSource, keepsChannelsApart) {
     const auto source = resampled(44100, 48000, 2, [](int64, int c) { return c == 0 ? 0.25f : -0.5f; });
     const std::vector<float> samples = readSound(*source, 1000, 1000, 2);
-    for (size_t i = 0; i < samples.size(); ++i) ASSERT_NEAR(samples[i], i % 2 == 0 ? 0.25f : -0.5f, 1e-4) << i;
+    for (size_t i = 0; i < samples.size(); ++i)
+        ASSERT_NEAR(samples[i], i % 2 == 0 ? 0.25f : -0.5f, 1e-4) << i;
 }
 
 TEST(OpenSound, resamplesAFileToTheOutputsRate) {

@@ -37,7 +37,8 @@ std::unique_ptr<SoundSource> soundOf(std::string const& name, std::optional<Exac
     const auto file = openSoundFile(name);
     if (!file) return nullptr;
     std::unique_ptr<SoundFileSource> source;
-    const Outcome outcome = SoundFileSource::open(file, zero, channels == 0 ? file->facts().channels : channels, source);
+    const Outcome outcome =
+        SoundFileSource::open(file, zero, channels == 0 ? file->facts().channels : channels, source);
     EXPECT_TRUE(outcome.success()) << outcome.message();
     return source;
 }
@@ -71,8 +72,8 @@ std::vector<std::pair<int64, int64>> portions(int64 first, int64 count) {
 }
 
 size_t peakOf(std::vector<float> const& samples) {
-    const auto peak = std::max_element(samples.begin(), samples.end(),
-                                       [](float a, float b) { return std::abs(a) < std::abs(b); });
+    const auto peak =
+        std::max_element(samples.begin(), samples.end(), [](float a, float b) { return std::abs(a) < std::abs(b); });
     return static_cast<size_t>(peak - samples.begin());
 }
 
@@ -88,7 +89,8 @@ double differenceOf(std::vector<float> const& a, std::vector<float> const& b) {
 
 Outcome ComputedSound::read(int64 first, int64 count, float* samples) {
     for (int64 i = 0; i < count; ++i) {
-        for (int c = 0; c < m_channels; ++c) *samples++ = m_value(first + i, c);
+        for (int c = 0; c < m_channels; ++c)
+            *samples++ = m_value(first + i, c);
     }
     return Outcome();
 }

@@ -51,7 +51,7 @@ TEST_P(SoundFileSourceDecode, isSilentOutside) {
     ASSERT_TRUE(source);
     const int channels = file->facts().channels;
     EXPECT_THAT(readSound(*source, -3000, 3000, channels), Each(0.0f));
-    EXPECT_THAT(readSound(*source, file->facts().sampleCount, 200000, channels), Each(0.0f));
+    EXPECT_THAT(readSound(*source, file->facts().sampleCount, 70000, channels), Each(0.0f));
     EXPECT_THAT(readSound(*source, int64{1} << 61, 10, channels), Each(0.0f));
 }
 
@@ -61,9 +61,10 @@ INSTANTIATE_TEST_SUITE_P(
                       DecodeCase{"coarse.mkv", 0}, DecodeCase{"coarse.flv", 0}, DecodeCase{"plain.mp3", 0},
                       DecodeCase{"plain.opus", 1e-6}, DecodeCase{"opus.webm", 1e-6}, DecodeCase{"opus.mp4", 1e-6},
                       DecodeCase{"plain.ogg", 0}, DecodeCase{"vorbis.mkv", 0}, DecodeCase{"plain.ac3", 4e-3},
-                      DecodeCase{"plain.aac", 0}, DecodeCase{"transport.ts", 1e-4}, DecodeCase{"plain.mov", 0}, DecodeCase{"unstated.mka", 0},
-                      DecodeCase{"movie.mp4", 0}, DecodeCase{"edited.mp4", 0}, DecodeCase{"late.mkv", 0},
-                      DecodeCase{"mono.wav", 0}, DecodeCase{"surround.wav", 0}, DecodeCase{"surround.ac3", 4e-3}),
+                      DecodeCase{"plain.aac", 0}, DecodeCase{"transport.ts", 1e-4}, DecodeCase{"plain.mov", 0},
+                      DecodeCase{"unstated.mka", 0}, DecodeCase{"movie.mp4", 0}, DecodeCase{"edited.mp4", 0},
+                      DecodeCase{"late.mkv", 0}, DecodeCase{"mono.wav", 0}, DecodeCase{"surround.wav", 0},
+                      DecodeCase{"surround.ac3", 4e-3}),
     [](auto const& caseInfo) {
         std::string name = caseInfo.param.name;
         name.replace(name.find('.'), 1, "_");

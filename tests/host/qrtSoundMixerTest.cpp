@@ -22,9 +22,8 @@ constexpr int32 rate = 48000;
 
 /// Media `m` is heard at the level `m` + 1 on the left and at its negative on the right, for ever.
 Outcome openLevel(size_t media, std::unique_ptr<SoundSource>& source) {
-    source = std::make_unique<ComputedSound>(2, [media](int64, int c) {
-        return static_cast<float>(media + 1) * (c == 0 ? 1.0f : -1.0f);
-    });
+    source = std::make_unique<ComputedSound>(
+        2, [media](int64, int c) { return static_cast<float>(media + 1) * (c == 0 ? 1.0f : -1.0f); });
     return Outcome();
 }
 
@@ -212,7 +211,8 @@ TEST(SoundMixer, closesTheMediaNotHeardForTheLongestTime) {
             source = std::make_unique<CountedSound>(alive);
             return Outcome();
         });
-    for (int64 media = 0; media < 16; ++media) filled(mixer, media, 1);
+    for (int64 media = 0; media < 16; ++media)
+        filled(mixer, media, 1);
     EXPECT_EQ(alive, 16);
     filled(mixer, 0, 1);  // number 1 is now the one not heard for the longest time
     filled(mixer, 16, 1);
@@ -235,8 +235,10 @@ TEST(SoundMixer, servesSeveralThreads) {
             answer = filled(mixer, 0, 60000);
         });
     }
-    for (std::thread& thread : threads) thread.join();
-    for (auto const& answer : answers) EXPECT_EQ(differenceOf(answer, expected), 0);
+    for (std::thread& thread : threads)
+        thread.join();
+    for (auto const& answer : answers)
+        EXPECT_EQ(differenceOf(answer, expected), 0);
 }
 
 }  // namespace

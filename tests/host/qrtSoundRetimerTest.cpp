@@ -100,14 +100,14 @@ TEST_P(SoundRetimerSpeed, answersTheSameHoweverItIsCut) {
 INSTANTIATE_TEST_SUITE_P(Speeds, SoundRetimerSpeed,
                          ::testing::Values(SpeedCase{"normal", {1, 1}}, SpeedCase{"twice", {2, 1}},
                                            SpeedCase{"half", {1, 2}}, SpeedCase{"slightlyFaster", {25, 24}},
-                                           SpeedCase{"slightlySlower", {24000, 25025}},
-                                           SpeedCase{"backwards", {-1, 1}}, SpeedCase{"twiceBackwards", {-2, 1}},
-                                           SpeedCase{"aThirdBackwards", {-1, 3}}),
+                                           SpeedCase{"slightlySlower", {24000, 25025}}, SpeedCase{"backwards", {-1, 1}},
+                                           SpeedCase{"twiceBackwards", {-2, 1}}, SpeedCase{"aThirdBackwards", {-1, 3}}),
                          [](auto const& caseInfo) { return caseInfo.param.name; });
 
 TEST(SoundRetimer, filtersOutWhatTheOutputCannotHold) {
     ComputedSound source = tone(18000);  // 36 kHz at twice the speed
-    for (const float sample : retimed(source, spanOf({10, 1}, {2, 1}), 1000, 5000)) ASSERT_NEAR(sample, 0, 1e-3);
+    for (const float sample : retimed(source, spanOf({10, 1}, {2, 1}), 1000, 5000))
+        ASSERT_NEAR(sample, 0, 1e-3);
 }
 
 TEST(SoundRetimer, isSilentForAFrozenPicture) {

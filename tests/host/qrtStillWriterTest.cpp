@@ -27,7 +27,8 @@ protected:
     }
 
     /// Writes a block and reads it back in a depth.
-    PixelBlock written(std::string const& name, PixelBlock const& block, PixelFormat readAs, int quality = usualQuality) {
+    PixelBlock written(std::string const& name, PixelBlock const& block, PixelFormat readAs,
+                       int quality = usualQuality) {
         const Outcome outcome = writeStill(path(name), block, quality);
         EXPECT_TRUE(outcome.success()) << outcome.message();
         const DecodedFile file(path(name));

@@ -38,5 +38,27 @@ TEST(Timecode, writesRatesForPeople) {
     EXPECT_EQ(rateText(Rational(10, 1)), "10");
 }
 
+TEST(Rates, areReadAsPeopleWriteThem) {
+    const auto read = [](std::string const& text) {
+        Rational rate(1, 1);
+        EXPECT_TRUE(parseRate(text, rate).success()) << text;
+        return fractionText(rate);
+    };
+    EXPECT_EQ(read("25"), "25/1");
+    EXPECT_EQ(read("24.0"), "24/1");
+    EXPECT_EQ(read("12.5"), "25/2");
+    EXPECT_EQ(read("23.976"), "24000/1001");
+    EXPECT_EQ(read("23.98"), "24000/1001");
+    EXPECT_EQ(read("29.97"), "30000/1001");
+    EXPECT_EQ(read("59.94"), "60000/1001");
+    EXPECT_EQ(read("60000/2002"), "30000/1001");
+    EXPECT_EQ(read("5.0"), "5/1");
+    for (const char* const text : {"", "0", "-25", "25/0", "0/1", "1001", "25fps", "1e3", "24/1/1", ".5"}) {
+        Rational rate(7, 1);
+        EXPECT_EQ(parseRate(text, rate).message().find("rate '" + std::string(text) + "'"), 0u) << text;
+        EXPECT_EQ(rate, Rational(7, 1));
+    }
+}
+
 }  // namespace
 }  // namespace qrtplay

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <optional>
+#include <set>
 
 #include "host/qrtOtioText.h"
 #include "render/qrtPlaySession.h"
@@ -22,10 +23,18 @@ struct Colour {
     double blue = 0;
 };
 
-Colour film(int64 frame) { return {static_cast<double>(frame), 20, 0}; }
-Colour pal(int64 frame) { return {static_cast<double>(frame), 120, 0}; }
-Colour ntsc(int64 frame) { return {static_cast<double>(frame), 220, 0}; }
-Colour blue(int64 frame) { return {0, static_cast<double>(frame), 255}; }
+Colour film(int64 frame) {
+    return {static_cast<double>(frame), 20, 0};
+}
+Colour pal(int64 frame) {
+    return {static_cast<double>(frame), 120, 0};
+}
+Colour ntsc(int64 frame) {
+    return {static_cast<double>(frame), 220, 0};
+}
+Colour blue(int64 frame) {
+    return {0, static_cast<double>(frame), 255};
+}
 
 Colour mixed(Colour const& from, Colour const& to, double share) {
     return {from.red + (to.red - from.red) * share, from.green + (to.green - from.green) * share,
@@ -54,7 +63,8 @@ public:
         if (block.empty()) return {-1, -1, -1};
         std::uint8_t const* const middle = block.row(block.height / 2) + 4 * (block.width / 2);
         std::uint8_t const* const corner = block.row(0);
-        for (int channel = 0; channel < 3; ++channel) EXPECT_NEAR(middle[channel], corner[channel], 1) << frame;
+        for (int channel = 0; channel < 3; ++channel)
+            EXPECT_NEAR(middle[channel], corner[channel], 1) << frame;
         EXPECT_EQ(middle[3], 255) << frame;
         return {static_cast<double>(middle[0]), static_cast<double>(middle[1]), static_cast<double>(middle[2])};
     }
@@ -79,14 +89,13 @@ private:
 ///   144-155  film 7, frozen                156-167 a gap
 ///   168-191  ntsc from frame 30            192-215 film from 60 at half speed
 std::string mixedTrack() {
-    return otio::track("Video",
-                       {otio::clip(otio::file(media + "/film.mkv"), {10, 48, 24}), otio::dissolve(12, 12, 24),
-                        otio::clip(otio::file(media + "/pal.mkv"), {25, 50, 25}),
-                        otio::clip(otio::file(media + "/film.mkv"), {100, 24, 24}, otio::speed(2)),
-                        otio::clip(otio::file(media + "/film.mkv"), {0, 24, 24}, otio::speed(-1)),
-                        otio::clip(otio::file(media + "/film.mkv"), {7, 12, 24}, otio::freeze()), otio::gap({0, 12, 24}),
-                        otio::clip(otio::file(media + "/ntsc.mkv"), {24, 24, 24}),
-                        otio::clip(otio::file(media + "/film.mkv"), {60, 24, 24}, otio::speed(0.5))});
+    return otio::track("Video", {otio::clip(otio::file(media + "/film.mkv"), {10, 48, 24}), otio::dissolve(12, 12, 24),
+                                 otio::clip(otio::file(media + "/pal.mkv"), {25, 50, 25}),
+                                 otio::clip(otio::file(media + "/film.mkv"), {100, 24, 24}, otio::speed(2)),
+                                 otio::clip(otio::file(media + "/film.mkv"), {0, 24, 24}, otio::speed(-1)),
+                                 otio::clip(otio::file(media + "/film.mkv"), {7, 12, 24}, otio::freeze()),
+                                 otio::gap({0, 12, 24}), otio::clip(otio::file(media + "/ntsc.mkv"), {24, 24, 24}),
+                                 otio::clip(otio::file(media + "/film.mkv"), {60, 24, 24}, otio::speed(0.5))});
 }
 constexpr int64 mixedFrames = 216;
 
@@ -113,13 +122,15 @@ TEST(TimelinePlayback, showsEachFrameOfCutsDissolvesRetimesAndMixedRates) {
     PlayedTimeline played(otio::timeline({mixedTrack()}));
     ASSERT_EQ(played.session().frameCount(), mixedFrames);
     ASSERT_TRUE(played.session().start({0, mixedFrames - 1, 1}).success());
-    for (int64 frame = 0; frame < mixedFrames; ++frame) played.expectColour(frame, mixedColour(frame));
+    for (int64 frame = 0; frame < mixedFrames; ++frame)
+        played.expectColour(frame, mixedColour(frame));
 }
 
 TEST(TimelinePlayback, showsTheSameBackwards) {
     PlayedTimeline played(otio::timeline({mixedTrack()}));
     ASSERT_TRUE(played.session().start({mixedFrames - 1, 0, -1}).success());
-    for (int64 frame = mixedFrames - 1; frame >= 0; --frame) played.expectColour(frame, mixedColour(frame));
+    for (int64 frame = mixedFrames - 1; frame >= 0; --frame)
+        played.expectColour(frame, mixedColour(frame));
 }
 
 TEST(TimelinePlayback, showsTheSameWhereverOneLooks) {
@@ -136,7 +147,8 @@ TEST(TimelinePlayback, showsTheSameAsFramesInMemory) {
     settings.ramOutputs = true;
     PlayedTimeline played(otio::timeline({mixedTrack()}), settings);
     ASSERT_TRUE(played.session().start({0, mixedFrames - 1, 1}).success());
-    for (int64 frame = 0; frame < mixedFrames; frame += 5) played.expectColour(frame, mixedColour(frame));
+    for (int64 frame = 0; frame < mixedFrames; frame += 5)
+        played.expectColour(frame, mixedColour(frame));
 }
 
 TEST(TimelinePlayback, repeatsAndLeavesOutFramesAtAnotherOutputRate) {
@@ -146,19 +158,21 @@ TEST(TimelinePlayback, repeatsAndLeavesOutFramesAtAnotherOutputRate) {
         otio::timeline({otio::track("Video", {otio::clip(otio::file(media + "/film.mkv"), {10, 48, 24})})}), settings);
     ASSERT_EQ(played.session().frameCount(), 120);
     ASSERT_TRUE(played.session().start({0, 119, 1}).success());
-    for (int64 frame = 0; frame < 120; ++frame) played.expectColour(frame, film(10 + frame * 24 / 60));
+    for (int64 frame = 0; frame < 120; ++frame)
+        played.expectColour(frame, film(10 + frame * 24 / 60));
 }
 
 TEST(TimelinePlayback, laysTracksOverEachOtherByTheirAlpha) {
-    const std::string overlay =
-        otio::track("Video", {otio::gap({0, 24, 24}),
-                              otio::clip(otio::images(media + "/overlay/", "blue.", ".png", 1001, 2, 24, 48), {4, 24, 24})});
+    // Every second image number at 24 frames per second: each stays for two frames.
+    const std::string overlay = otio::track(
+        "Video", {otio::gap({0, 24, 24}),
+                  otio::clip(otio::images(media + "/overlay/", "blue.", ".png", 1001, 2, 24, 48), {4, 24, 24})});
     PlayedTimeline played(otio::timeline({mixedTrack(), overlay}));
     ASSERT_TRUE(played.session().start({0, 95, 1}).success());
     for (int64 frame = 0; frame < 96; ++frame) {
         const Colour below = mixedColour(frame);
         const bool isCovered = frame >= 24 && frame < 48;
-        played.expectColour(frame, isCovered ? mixed(below, blue(frame - 24 + 4), 128.0 / 255) : below);
+        played.expectColour(frame, isCovered ? mixed(below, blue((frame - 24 + 4) / 2), 128.0 / 255) : below);
     }
 }
 
@@ -227,7 +241,8 @@ TEST(TimelinePlayback, showsASlateForMissingMediaAndGoesOn) {
     // Letters: pixels of more than one colour.
     std::set<int> shades;
     for (int x = 0; x < 640; ++x) {
-        for (int y = 0; y < 360; ++y) shades.insert(slate.row(y)[4 * x]);
+        for (int y = 0; y < 360; ++y)
+            shades.insert(slate.row(y)[4 * x]);
     }
     EXPECT_GT(shades.size(), 8u);
 }

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "host/qrtOtioTools.h"
 #include "timeline/qrtMediaTimeline.h"
 
@@ -160,6 +162,14 @@ TEST(TimelineStack, putsTracksOverEachOtherWithoutThoseThatShowNothing) {
     EXPECT_EQ(layered->pictureAt(5, film), stackOf({picture(0, ExactTime(5, 24)), picture(1, ExactTime())}));
     EXPECT_EQ(layered->pictureAt(10, film), picture(0, ExactTime(10, 24)));
     EXPECT_EQ(layered->pictureAt(25, film), FrameNode());
+}
+
+TEST(TimelineStack, takesClipsThatAreOnNoTrack) {
+    const auto loose = readText(timeline({clip("short", range(0, 5, 24)), clip("long", range(9, 10, 24))}));
+    EXPECT_EQ(loose->frameCount(), 10);
+    EXPECT_EQ(loose->pictureAt(4, film), stackOf({picture(0, ExactTime(4, 24)), picture(1, ExactTime(13, 24))}));
+    EXPECT_EQ(loose->pictureAt(5, film), picture(1, ExactTime(14, 24)));
+    EXPECT_TRUE(loose->soundAt(0, 48000, 48000).empty());
 }
 
 TEST(TimelineStack, trimsAndRetimesWhatIsNestedInIt) {

@@ -37,7 +37,8 @@ protected:
     std::vector<int64> someFrames() const { return everyFrame(1 + clip.facts().frameCount / 50); }
     std::vector<int64> everyFrame(int64 step) const {
         std::vector<int64> numbers;
-        for (int64 number = 0; number < clip.facts().frameCount; number += step) numbers.push_back(number);
+        for (int64 number = 0; number < clip.facts().frameCount; number += step)
+            numbers.push_back(number);
         return numbers;
     }
 
@@ -77,24 +78,21 @@ TEST_P(FrameNumbers, areExactAtEveryFirstCall) {
 
 INSTANTIATE_TEST_SUITE_P(
     Clips, FrameNumbers,
-    ::testing::Values(NumberedClip{"withBFrames", "bframes.mp4", 48}, NumberedClip{"withOpenGroups", "opengop.mp4", 48},
-                      NumberedClip{"refreshedBitByBit", "refresh.mkv", 48},
-                      NumberedClip{"beginningAtFiveSeconds", "offset.mkv", 48},
-                      NumberedClip{"ofATransportStream", "transport.ts", 48},
-                      NumberedClip{"ofAnInterlacedTransportStream", "interlaced.ts", 48},
-                      NumberedClip{"withoutTimestamps", "elementary.h264", 48},
-                      NumberedClip{"withFewTimestamps", "packed.avi", 48},
-                      NumberedClip{"ofAProgrammeStream", "programme.mpg", 48},
-                      NumberedClip{"behindAnEditList", "edited.mp4", 31},
-                      NumberedClip{"recordedFromTheMiddleOn", "joined.ts", 24},
-                      NumberedClip{"withTenBits", "tenbit.mkv", 48}, NumberedClip{"atNtscRate", "ntsc.mov", 30},
-                      NumberedClip{"ofOddSize", "odd.mkv", 10}, NumberedClip{"inOneLongGroup", "longgroup.mp4", 260},
-                      NumberedClip{"withLongOpenGroups", "longopen.mp4", 130},
-                      NumberedClip{"ofHevc", "hevc.mp4", 48}, NumberedClip{"ofHevcWithOpenGroups", "hevcopen.mkv", 48},
-                      NumberedClip{"ofProRes", "prores.mov", 12}, NumberedClip{"ofMotionJpeg", "motionjpeg.avi", 24},
-                      NumberedClip{"ofVp9WithHiddenFrames", "vp9.webm", 48}, NumberedClip{"ofDnxhd", "dnxhd.mxf", 6},
-                      NumberedClip{"atVaryingRate", "varying.mkv", 32}, NumberedClip{"turned", "turned.mov", 48},
-                      NumberedClip{"interlacedInTwoFieldsAFrame", "fields.mov", 24}),
+    ::testing::Values(
+        NumberedClip{"withBFrames", "bframes.mp4", 48}, NumberedClip{"withOpenGroups", "opengop.mp4", 48},
+        NumberedClip{"refreshedBitByBit", "refresh.mkv", 48}, NumberedClip{"beginningAtFiveSeconds", "offset.mkv", 48},
+        NumberedClip{"ofATransportStream", "transport.ts", 48},
+        NumberedClip{"ofAnInterlacedTransportStream", "interlaced.ts", 48},
+        NumberedClip{"withoutTimestamps", "elementary.h264", 48}, NumberedClip{"withFewTimestamps", "packed.avi", 48},
+        NumberedClip{"ofAProgrammeStream", "programme.mpg", 48}, NumberedClip{"behindAnEditList", "edited.mp4", 31},
+        NumberedClip{"recordedFromTheMiddleOn", "joined.ts", 24}, NumberedClip{"withTenBits", "tenbit.mkv", 48},
+        NumberedClip{"atNtscRate", "ntsc.mov", 30}, NumberedClip{"ofOddSize", "odd.mkv", 10},
+        NumberedClip{"inOneLongGroup", "longgroup.mp4", 260}, NumberedClip{"withLongOpenGroups", "longopen.mp4", 130},
+        NumberedClip{"ofHevc", "hevc.mp4", 48}, NumberedClip{"ofHevcWithOpenGroups", "hevcopen.mkv", 48},
+        NumberedClip{"ofProRes", "prores.mov", 12}, NumberedClip{"ofMotionJpeg", "motionjpeg.avi", 24},
+        NumberedClip{"ofVp9WithHiddenFrames", "vp9.webm", 48}, NumberedClip{"ofDnxhd", "dnxhd.mxf", 6},
+        NumberedClip{"atVaryingRate", "varying.mkv", 32}, NumberedClip{"turned", "turned.mov", 48},
+        NumberedClip{"interlacedInTwoFieldsAFrame", "fields.mov", 24}),
     [](const auto& caseInfo) { return caseInfo.param.name; });
 
 TEST(VideoDecoder, refusesFramesOutsideTheClip) {
@@ -138,7 +136,8 @@ int64 decodeInSteps(VideoDecoder& decoder, int64 frame, FramePtr& picture) {
             ++passed;
             isWanted = false;
         };
-        const auto result = decoder.frame(frame, keep, [&] { return isWanted; }, picture, why);
+        const auto result = decoder.frame(
+            frame, keep, [&] { return isWanted; }, picture, why);
         if (result == PictureSource::Result::picture) return passed;
         EXPECT_EQ(result, PictureSource::Result::given_up) << why;
         EXPECT_EQ(picture, nullptr);
@@ -163,7 +162,9 @@ TEST(VideoDecoder, doesNotTakeGivingUpForAFailure) {
     FramePtr picture;
     std::string why;
     const auto keep = [](int64, FramePtr const&) {};
-    EXPECT_EQ(clip.decoder->frame(20, keep, [] { return false; }, picture, why), PictureSource::Result::given_up);
+    EXPECT_EQ(clip.decoder->frame(
+                  20, keep, [] { return false; }, picture, why),
+              PictureSource::Result::given_up);
     EXPECT_EQ(picture, nullptr);
     EXPECT_FALSE(clip.bytes(20).empty());
 }
@@ -179,7 +180,10 @@ TEST(VideoDecoder, worksBesideItsTwinAndAfterARest) {
         FramePtr picture;
         std::string why;
         const auto keep = [](int64, FramePtr const&) {};
-        EXPECT_EQ(twin->frame(30 + step, keep, [] { return true; }, picture, why), PictureSource::Result::picture) << why;
+        EXPECT_EQ(twin->frame(
+                      30 + step, keep, [] { return true; }, picture, why),
+                  PictureSource::Result::picture)
+            << why;
         ASSERT_NE(picture, nullptr);
         EXPECT_TRUE(bytesOf(*picture) == reference.frame(30 + step));
         EXPECT_TRUE(clip.bytes(5 + step) == reference.frame(5 + step));
@@ -230,7 +234,8 @@ TEST_P(DamagedClips, deliverWhatCanBeDecodedAndNameTheRest) {
 
 INSTANTIATE_TEST_SUITE_P(Files, DamagedClips,
                          ::testing::Values(DamagedClip{"cutOff", "truncated.mp4", "bframes.mp4", 48, 24, 24},
-                                           DamagedClip{"cutOffTransportStream", "truncated.ts", "transport.ts", 29, 25, 27},
+                                           DamagedClip{"cutOffTransportStream", "truncated.ts", "transport.ts", 29, 25,
+                                                       27},
                                            DamagedClip{"damagedInTheMiddle", "damaged.mp4", "bframes.mp4", 48, 36, 47}),
                          [](const auto& caseInfo) { return caseInfo.param.name; });
 
@@ -241,7 +246,8 @@ TEST(VideoDecoder, neverShowsADamagedKeyPictureOrWhatFollowsFromIt) {
     std::unique_ptr<Demuxer> demuxer;
     ASSERT_TRUE(Demuxer::open(clipPath("bframes.mp4"), demuxer).success());
     AvPtr<AVPacket> packet(av_packet_alloc());
-    for (int number = 0; number <= 12; ++number) ASSERT_EQ(demuxer->read(*packet), Demuxer::ReadResult::packet);
+    for (int number = 0; number <= 12; ++number)
+        ASSERT_EQ(demuxer->read(*packet), Demuxer::ReadResult::packet);
     ASSERT_NE(packet->flags & AV_PKT_FLAG_KEY, 0);
 
     std::ifstream source(clipPath("bframes.mp4"), std::ios::binary);

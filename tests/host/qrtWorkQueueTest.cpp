@@ -12,7 +12,8 @@ namespace {
 TEST(WorkQueue, doesAllJobsBeforeItFinishes) {
     std::atomic<int> done = 0;
     WorkQueue queue(3, 2);
-    for (int i = 0; i < 100; ++i) queue.push([&done] { ++done; });
+    for (int i = 0; i < 100; ++i)
+        queue.push([&done] { ++done; });
     queue.finish();
     EXPECT_EQ(done, 100);
 }
@@ -21,9 +22,11 @@ TEST(WorkQueue, keepsTheOrderOnOneThread) {
     std::vector<int> order;
     {
         WorkQueue queue(1, 4);
-        for (int i = 0; i < 50; ++i) queue.push([&order, i] { order.push_back(i); });
+        for (int i = 0; i < 50; ++i)
+            queue.push([&order, i] { order.push_back(i); });
     }
-    for (int i = 0; i < 50; ++i) EXPECT_EQ(order.at(static_cast<size_t>(i)), i);
+    for (int i = 0; i < 50; ++i)
+        EXPECT_EQ(order.at(static_cast<size_t>(i)), i);
 }
 
 TEST(WorkQueue, letsNoMoreJobsWaitThanThereIsRoomFor) {

@@ -16,7 +16,8 @@ QImage imageOf(PixelBlock const& block) {
 PixelBlock blockOf(QImage const& image) {
     const QImage converted = image.convertToFormat(QImage::Format_RGBX8888);
     PixelBlock block(converted.width(), converted.height(), PixelFormat::rgba8);
-    for (int y = 0; y < block.height; ++y) std::memcpy(block.row(y), converted.constScanLine(y), block.strideInBytes());
+    for (int y = 0; y < block.height; ++y)
+        std::memcpy(block.row(y), converted.constScanLine(y), block.strideInBytes());
     return block;
 }
 

@@ -27,8 +27,8 @@ public:
 
     [[nodiscard]] AVCodecContext const& context() const noexcept { return *m_context; }
 
-    /// Encodes what `frame` holds, or what is still held back at the end when it is null, and hands on every packet that
-    /// comes out of it.
+    /// Encodes what `frame` holds, or what is still held back at the end when it is null, and hands on every packet
+    /// that comes out of it.
     Outcome encode(AVFrame const* frame, TakePacket const& take);
 
 private:

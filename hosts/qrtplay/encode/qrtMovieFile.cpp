@@ -23,7 +23,8 @@ EncodedColour colourOf(OutputFormat const& format) {
         case VideoCodec::ffv1: break;
     }
     // Lossless: no other colour model, which would have to round.
-    return {format.depth == PixelFormat::rgba16 ? AV_PIX_FMT_GBRP16 : AV_PIX_FMT_0RGB32, AVCOL_SPC_RGB, AVCOL_RANGE_JPEG};
+    return {format.depth == PixelFormat::rgba16 ? AV_PIX_FMT_GBRP16 : AV_PIX_FMT_0RGB32, AVCOL_SPC_RGB,
+            AVCOL_RANGE_JPEG};
 }
 
 Encoder::Options optionsOf(OutputFormat const& format) {
@@ -43,9 +44,10 @@ Outcome checkSize(MovieSettings const& settings) {
     if ((!evenWidth || settings.width % 2 == 0) && (!evenHeight || settings.height % 2 == 0)) return Outcome();
     const int32 width = settings.width + (evenWidth ? settings.width % 2 : 0);
     const int32 height = settings.height + (evenHeight ? settings.height % 2 : 0);
-    return Outcome::failure(nameOf(settings.format.codec) + " needs an even " + (evenHeight ? "width and height" : "width") +
-                            ", not " + std::to_string(settings.width) + "x" + std::to_string(settings.height) +
-                            "; for example " + std::to_string(width) + "x" + std::to_string(height));
+    return Outcome::failure(nameOf(settings.format.codec) + " needs an even " +
+                            (evenHeight ? "width and height" : "width") + ", not " + std::to_string(settings.width) +
+                            "x" + std::to_string(settings.height) + "; for example " + std::to_string(width) + "x" +
+                            std::to_string(height));
 }
 
 }  // namespace
@@ -121,10 +123,10 @@ Outcome MovieFile::openContainer() {
     m_pictureStream->avg_frame_rate = m_encoder->context().framerate;
     m_pictureStream->r_frame_rate = m_encoder->context().framerate;
     m_pictureStream->sample_aspect_ratio = {1, 1};
-    if (!m_settings.timecode.empty())
-        av_dict_set(&m_format->metadata, "timecode", m_settings.timecode.c_str(), 0);
+    if (!m_settings.timecode.empty()) av_dict_set(&m_format->metadata, "timecode", m_settings.timecode.c_str(), 0);
     AVDictionary* options = nullptr;
-    // Where picture and sound begin and end is counted in this unit; the usual one of a millisecond would cut samples off.
+    // Where picture and sound begin and end is counted in this unit; the usual one of a millisecond would cut samples
+    // off.
     const bool countsInUnits = m_settings.format.kind != FileKind::mkv;
     if (countsInUnits) av_dict_set(&options, "movie_timescale", "240000", 0);
     const int code = avformat_write_header(m_format.get(), &options);

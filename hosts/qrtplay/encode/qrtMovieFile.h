@@ -29,8 +29,8 @@ public:
 
     /// The next frame, of the size in the settings.
     Outcome addPicture(PixelBlock const& block);
-    /// The samples that follow, both channels in turn. Sound and pictures have to come about in step, because what one is
-    /// ahead of the other waits in memory.
+    /// The samples that follow, both channels in turn. Sound and pictures have to come about in step, because what one
+    /// is ahead of the other waits in memory.
     Outcome addSound(std::vector<float> const& samples);
     Outcome finish();
 

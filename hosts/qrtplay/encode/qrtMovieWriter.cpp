@@ -10,7 +10,8 @@ constexpr size_t mostWaiting = 4;  // enough to keep the encoder busy over one s
 
 }  // namespace
 
-Outcome MovieWriter::open(std::string const& path, MovieSettings const& settings, std::unique_ptr<MovieWriter>& writer) {
+Outcome MovieWriter::open(std::string const& path, MovieSettings const& settings,
+                          std::unique_ptr<MovieWriter>& writer) {
     std::unique_ptr<MovieFile> file;
     if (Outcome outcome = MovieFile::open(path, settings, file); outcome.failed()) return outcome;
     writer.reset(new MovieWriter(path, std::move(file)));

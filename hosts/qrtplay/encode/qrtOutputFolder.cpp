@@ -11,8 +11,8 @@ Outcome prepareFolder(std::string const& folder) {
     // Asking for permissions answers for a plain disk only; a file tells the truth.
     QTemporaryFile probe(name + "/.qrtplay-XXXXXX");
     if (!probe.open())
-        return Outcome::failure(folder + ": the output folder cannot be written to: " +
-                                probe.errorString().toStdString());
+        return Outcome::failure(folder +
+                                ": the output folder cannot be written to: " + probe.errorString().toStdString());
     return Outcome();
 }
 

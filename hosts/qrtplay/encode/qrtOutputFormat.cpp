@@ -14,9 +14,9 @@ struct Ending {
     FileKind kind;
 };
 constexpr std::array endings{
-    Ending{".png", FileKind::png},  Ending{".tif", FileKind::tiff},  Ending{".tiff", FileKind::tiff},
-    Ending{".exr", FileKind::exr},  Ending{".jpg", FileKind::jpeg},  Ending{".jpeg", FileKind::jpeg},
-    Ending{".mp4", FileKind::mp4},  Ending{".mov", FileKind::mov},   Ending{".mkv", FileKind::mkv},
+    Ending{".png", FileKind::png}, Ending{".tif", FileKind::tiff}, Ending{".tiff", FileKind::tiff},
+    Ending{".exr", FileKind::exr}, Ending{".jpg", FileKind::jpeg}, Ending{".jpeg", FileKind::jpeg},
+    Ending{".mp4", FileKind::mp4}, Ending{".mov", FileKind::mov},  Ending{".mkv", FileKind::mkv},
 };
 
 struct CodecName {
@@ -59,11 +59,13 @@ int usualQuality(FileKind kind) {
 
 /// Takes the wish when it can be had and the first choice without one.
 template <class Value>
-Outcome choose(std::vector<Value> const& choices, std::optional<Value> const& wish, std::string const& what, Value& chosen) {
+Outcome choose(std::vector<Value> const& choices, std::optional<Value> const& wish, std::string const& what,
+               Value& chosen) {
     chosen = wish.value_or(choices.front());
     if (std::find(choices.begin(), choices.end(), chosen) != choices.end()) return Outcome();
     std::string names;
-    for (Value const& choice : choices) names += (names.empty() ? "" : ", ") + nameOf(choice);
+    for (Value const& choice : choices)
+        names += (names.empty() ? "" : ", ") + nameOf(choice);
     return Outcome::failure(what + " '" + nameOf(chosen) + "' cannot be had in such a file; possible here: " + names);
 }
 
@@ -84,7 +86,8 @@ bool isMovie(FileKind kind) noexcept {
 
 std::string knownEndings() {
     std::string all;
-    for (Ending const& ending : endings) all += (all.empty() ? "" : ", ") + std::string(ending.text);
+    for (Ending const& ending : endings)
+        all += (all.empty() ? "" : ", ") + std::string(ending.text);
     return all;
 }
 
@@ -95,7 +98,8 @@ std::optional<VideoCodec> videoCodecOf(std::string const& name) {
 }
 
 std::string nameOf(VideoCodec codec) {
-    return std::find_if(codecNames.begin(), codecNames.end(), [codec](auto const& known) { return known.codec == codec; })
+    return std::find_if(codecNames.begin(), codecNames.end(),
+                        [codec](auto const& known) { return known.codec == codec; })
         ->text;
 }
 
@@ -106,7 +110,8 @@ std::optional<PixelFormat> depthOf(std::string const& name) {
 }
 
 std::string nameOf(PixelFormat depth) {
-    return std::find_if(depthNames.begin(), depthNames.end(), [depth](auto const& known) { return known.depth == depth; })
+    return std::find_if(depthNames.begin(), depthNames.end(),
+                        [depth](auto const& known) { return known.depth == depth; })
         ->text;
 }
 
@@ -123,11 +128,11 @@ Outcome chooseOutputFormat(std::string const& path, FormatWishes const& wishes, 
         return Outcome::failure(name + "a codec is for movies only");
     }
     const std::vector<PixelFormat> depths = depthsOf(*kind, chosen.codec);
-    if (Outcome outcome = choose(depths, wishes.depth, name + "the depth", chosen.depth); outcome.failed()) return outcome;
+    if (Outcome outcome = choose(depths, wishes.depth, name + "the depth", chosen.depth); outcome.failed())
+        return outcome;
 
     const bool losesByQuality = *kind == FileKind::jpeg || (isMovie(*kind) && chosen.codec == VideoCodec::h264);
-    if (wishes.quality && !losesByQuality)
-        return Outcome::failure(name + "a quality is for JPEG files and H.264 only");
+    if (wishes.quality && !losesByQuality) return Outcome::failure(name + "a quality is for JPEG files and H.264 only");
     if (losesByQuality) chosen.quality = wishes.quality.value_or(usualQuality(*kind));
     format = chosen;
     return Outcome();

@@ -36,7 +36,7 @@ struct FormatWishes {
 /// How frames are written.
 struct OutputFormat {
     FileKind kind = FileKind::png;
-    VideoCodec codec = VideoCodec::h264;  ///< of a movie
+    VideoCodec codec = VideoCodec::h264;     ///< of a movie
     PixelFormat depth = PixelFormat::rgba8;  ///< of the frames that are encoded
     int quality = 0;  ///< 1 to 100 for JPEG and H.264; the others lose nothing or have one quality
 

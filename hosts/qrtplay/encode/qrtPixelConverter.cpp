@@ -21,7 +21,8 @@ void splitRow(std::uint8_t const* row, int width, AVFrame& picture, int y) {
     for (int x = 0; x < width; ++x) {
         Float pixel[channels];
         std::memcpy(pixel, row + static_cast<size_t>(x) * sizeof(pixel), sizeof(pixel));
-        for (size_t channel = 0; channel < 3; ++channel) planes[channel][x] = static_cast<float>(pixel[channel]);
+        for (size_t channel = 0; channel < 3; ++channel)
+            planes[channel][x] = static_cast<float>(pixel[channel]);
     }
 }
 
@@ -40,7 +41,8 @@ Outcome PixelConverter::convert(PixelBlock const& block, AvPtr<AVFrame>& picture
     if (block.empty()) return Outcome::failure("there is no picture");
     const bool wantsFloats = m_colour.format == AV_PIX_FMT_GBRPF32;
     if (isFloat(block.format) != wantsFloats)
-        return Outcome::failure(wantsFloats ? "takes floating-point pictures only" : "takes no floating-point pictures");
+        return Outcome::failure(wantsFloats ? "takes floating-point pictures only"
+                                            : "takes no floating-point pictures");
     AvPtr<AVFrame> converted(av_frame_alloc());
     if (!converted) return Outcome::failure("out of memory");
     converted->format = m_colour.format;

@@ -23,7 +23,8 @@ int32_t toInteger(float sample) {
 void fillPlanes(AVFrame& frame, float const* samples, int count) {
     for (int channel = 0; channel < movieChannels; ++channel) {
         auto* const plane = reinterpret_cast<float*>(frame.data[channel]);
-        for (int i = 0; i < count; ++i) plane[i] = samples[i * movieChannels + channel];
+        for (int i = 0; i < count; ++i)
+            plane[i] = samples[i * movieChannels + channel];
     }
 }
 

@@ -31,7 +31,8 @@ StillCodec codecOf(FileKind kind, PixelFormat depth, int quality) {
     switch (kind) {
         case FileKind::png:
             // The lowest level of zlib: three times as quick as the best one, and within a tenth of its size.
-            return {"png", {isDeep ? AV_PIX_FMT_RGB48BE : AV_PIX_FMT_RGB24}, {{"compression_level", "1"}, {"pred", "sub"}}};
+            return {
+                "png", {isDeep ? AV_PIX_FMT_RGB48BE : AV_PIX_FMT_RGB24}, {{"compression_level", "1"}, {"pred", "sub"}}};
         case FileKind::tiff:
             return {"tiff", {isDeep ? AV_PIX_FMT_RGB48LE : AV_PIX_FMT_RGB24}, {{"compression_algo", "deflate"}}};
         case FileKind::exr:

@@ -5,7 +5,8 @@
 namespace qrtplay {
 
 WorkQueue::WorkQueue(size_t threads, size_t mostWaiting) : m_mostWaiting(mostWaiting) {
-    for (size_t i = 0; i < threads; ++i) m_threads.emplace_back([this] { work(); });
+    for (size_t i = 0; i < threads; ++i)
+        m_threads.emplace_back([this] { work(); });
 }
 
 WorkQueue::~WorkQueue() {
@@ -27,7 +28,8 @@ void WorkQueue::finish() {
         m_finishing = true;
     }
     m_changed.notify_all();
-    for (std::thread& thread : m_threads) thread.join();
+    for (std::thread& thread : m_threads)
+        thread.join();
     m_threads.clear();
 }
 

@@ -9,8 +9,8 @@
 
 namespace qrtplay {
 
-/// Jobs that threads of its own work off in order, no more of which wait than there is room for: memory stays bounded when
-/// encoding is slower than rendering.
+/// Jobs that threads of its own work off in order, no more of which wait than there is room for: memory stays bounded
+/// when encoding is slower than rendering.
 ///
 /// Threading: one thread uses it. With a single thread of its own the jobs run one after the other.
 class WorkQueue final {

@@ -57,7 +57,8 @@ void CanvasPool::age(QOpenGLExtraFunctions& gl) {
 }
 
 void CanvasPool::release(QOpenGLExtraFunctions& gl) {
-    for (Idle const& idle : m_idle) discard(gl, idle.canvas);
+    for (Idle const& idle : m_idle)
+        discard(gl, idle.canvas);
     m_idle.clear();
 }
 

@@ -19,8 +19,8 @@ struct Canvas {
 
 /// Intermediate pictures, kept for the next frame while they are of use.
 ///
-/// Threading and OpenGL: one thread; the same context current in every call, `release` included. Changes the framebuffer
-/// and the rectangle texture of the active unit.
+/// Threading and OpenGL: one thread; the same context current in every call, `release` included. Changes the
+/// framebuffer and the rectangle texture of the active unit.
 class CanvasPool final {
 public:
     /// `format`: an internal format. To be handed back with `giveBack`. Fails when OpenGL has no memory for it.

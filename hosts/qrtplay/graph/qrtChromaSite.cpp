@@ -21,8 +21,8 @@ ChromaSite siteOf(AVChromaLocation location, AVPixelFormat format) {
         default: break;
     }
     // JPEG centres, the video standards since MPEG-2 put chroma on the left column.
-    const bool isJpeg = format == AV_PIX_FMT_YUVJ420P || format == AV_PIX_FMT_YUVJ422P || format == AV_PIX_FMT_YUVJ440P ||
-                        format == AV_PIX_FMT_YUVJ411P;
+    const bool isJpeg = format == AV_PIX_FMT_YUVJ420P || format == AV_PIX_FMT_YUVJ422P ||
+                        format == AV_PIX_FMT_YUVJ440P || format == AV_PIX_FMT_YUVJ411P;
     return {isJpeg ? 0.5f : 0.0f, 0.5f};
 }
 
@@ -33,7 +33,8 @@ float chromaOffset(float site, int share) {
 }
 
 /// ITU-T H.262, figure 6-3: what lies halfway between lines of a whole picture lies a quarter of a line below the first
-/// line of the first field, and three quarters below that of the second. Chroma that lies on a line does so in each field.
+/// line of the first field, and three quarters below that of the second. Chroma that lies on a line does so in each
+/// field.
 float fieldSite(float site, int field) {
     if (site != 0.5f) return site;
     return field == 0 ? 0.25f : 0.75f;

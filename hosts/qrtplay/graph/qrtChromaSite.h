@@ -8,7 +8,7 @@ namespace qrtplay {
 
 /// Where the chroma of a picture lies, for the shader.
 struct ChromaPlace {
-    float scaleX = 1;   ///< texels of the chroma plane per pixel
+    float scaleX = 1;  ///< texels of the chroma plane per pixel
     float scaleY = 1;
     float offsetX = 0;  ///< in texels, to be added to the scaled position
     float offsetY = 0;

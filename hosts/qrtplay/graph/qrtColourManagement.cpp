@@ -19,7 +19,8 @@ namespace {
 /// What the library says in several lines, as one.
 std::string oneLine(std::string text) {
     std::replace(text.begin(), text.end(), '\n', ' ');
-    while (!text.empty() && text.back() == ' ') text.pop_back();
+    while (!text.empty() && text.back() == ' ')
+        text.pop_back();
     return text;
 }
 
@@ -30,7 +31,8 @@ bool contains(std::vector<std::string> const& names, std::string const& name) {
 std::string list(std::vector<std::string> const& names) {
     if (names.empty()) return "there are none";
     std::string text = "there are: ";
-    for (std::string const& name : names) text += (&name == &names.front() ? "" : ", ") + name;
+    for (std::string const& name : names)
+        text += (&name == &names.front() ? "" : ", ") + name;
     return text;
 }
 
@@ -87,8 +89,10 @@ std::shared_ptr<ColourShader const> describe(ocio::ConstProcessorRcPtr const& pr
 
     auto shader = std::make_shared<ColourShader>();
     shader->text = description->getShaderText();
-    for (unsigned i = 0; i < description->getNumTextures(); ++i) shader->tables.push_back(planarTable(*description, i));
-    for (unsigned i = 0; i < description->getNum3DTextures(); ++i) shader->tables.push_back(cubicTable(*description, i));
+    for (unsigned i = 0; i < description->getNumTextures(); ++i)
+        shader->tables.push_back(planarTable(*description, i));
+    for (unsigned i = 0; i < description->getNum3DTextures(); ++i)
+        shader->tables.push_back(cubicTable(*description, i));
     return shader;
 }
 
@@ -104,8 +108,9 @@ Outcome ColourManagement::create(std::string const& configPath, std::string cons
     if (configPath.empty()) {
         char const* const environment = Platform::getenv("OCIO");
         if (!environment || *environment == '\0')
-            return Outcome::failure("colour management: no configuration is named, and the environment variable OCIO is "
-                                    "not set");
+            return Outcome::failure(
+                "colour management: no configuration is named, and the environment variable OCIO is "
+                "not set");
         made->m_configPath = environment;
     }
     try {
@@ -125,14 +130,15 @@ Outcome ColourManagement::choose(std::string const& display, std::string const& 
         return Outcome::failure(m_configPath + ": no display is called '" + m_display + "'; " + list(known));
     m_view = view.empty() ? m_config->config->getDefaultView(m_display.c_str()) : view;
     if (const auto known = views(m_display); !contains(known, m_view))
-        return Outcome::failure(m_configPath + ": no view of the display '" + m_display + "' is called '" + m_view + "'; " +
-                                list(known));
+        return Outcome::failure(m_configPath + ": no view of the display '" + m_display + "' is called '" + m_view +
+                                "'; " + list(known));
     return Outcome();
 }
 
 std::vector<std::string> ColourManagement::displays() const {
     std::vector<std::string> names;
-    for (int i = 0; i < m_config->config->getNumDisplays(); ++i) names.emplace_back(m_config->config->getDisplay(i));
+    for (int i = 0; i < m_config->config->getNumDisplays(); ++i)
+        names.emplace_back(m_config->config->getDisplay(i));
     return names;
 }
 

@@ -20,8 +20,8 @@ struct ColourShader {
         int width = 0;
         int height = 1;
         int depth = 1;
-        int channels = 3;       ///< 1 or 3, floats
-        bool isLinear = true;   ///< interpolated between the entries
+        int channels = 3;      ///< 1 or 3, floats
+        bool isLinear = true;  ///< interpolated between the entries
         std::vector<float> values;
     };
 
@@ -34,9 +34,9 @@ struct ColourShader {
 /// Threading: any thread may call any method.
 class ColourManagement final {
 public:
-    /// `configPath`: of the configuration; empty for the one that the environment variable OCIO names. An empty `display`
-    /// or `view` is the configuration's default. Failures name the configuration, and where a display or a view is
-    /// unknown those that there are.
+    /// `configPath`: of the configuration; empty for the one that the environment variable OCIO names. An empty
+    /// `display` or `view` is the configuration's default. Failures name the configuration, and where a display or a
+    /// view is unknown those that there are.
     static Outcome create(std::string const& configPath, std::string const& display, std::string const& view,
                           std::shared_ptr<ColourManagement const>& management);
     ~ColourManagement();
@@ -49,8 +49,8 @@ public:
     /// None when there is no such display.
     [[nodiscard]] std::vector<std::string> views(std::string const& display) const;
 
-    /// From the colour space that the rules of the configuration say the file has, to the display. The same shader for all
-    /// files of one colour space.
+    /// From the colour space that the rules of the configuration say the file has, to the display. The same shader for
+    /// all files of one colour space.
     Outcome shaderFor(std::string const& filePath, std::shared_ptr<ColourShader const>& shader) const;
 
 private:

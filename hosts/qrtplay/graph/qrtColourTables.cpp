@@ -40,7 +40,8 @@ void fill(QOpenGLFunctions_3_2_Core& gl, ColourShader::Table const& table) {
 }  // namespace
 
 Outcome ColourTables::upload(QOpenGLExtraFunctions& gl, Uploaded& uploaded) {
-    auto* const core = QOpenGLContext::currentContext()->versionFunctions<QOpenGLFunctions_3_2_Core>();
+    QOpenGLContext* const context = QOpenGLContext::currentContext();
+    auto* const core = context ? context->versionFunctions<QOpenGLFunctions_3_2_Core>() : nullptr;
     if (!core || !core->initializeOpenGLFunctions()) return Outcome::failure("colour management needs OpenGL 3.2");
     gl.glActiveTexture(GL_TEXTURE0);
     gl.glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
@@ -88,7 +89,8 @@ void ColourTables::discard(QOpenGLExtraFunctions& gl, Uploaded& uploaded) {
 }
 
 void ColourTables::release(QOpenGLExtraFunctions& gl) {
-    for (Uploaded& uploaded : m_uploaded) discard(gl, uploaded);
+    for (Uploaded& uploaded : m_uploaded)
+        discard(gl, uploaded);
     m_uploaded.clear();
 }
 

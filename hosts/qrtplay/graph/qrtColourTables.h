@@ -14,8 +14,8 @@ namespace qrtplay {
 
 /// The tables of colour shaders as textures.
 ///
-/// Threading and OpenGL: one thread; the same context current in every call, `release` included. Changes the 1D, 2D and 3D
-/// textures of the units it binds, and the active unit.
+/// Threading and OpenGL: one thread; the same context current in every call, `release` included. Changes the 1D, 2D and
+/// 3D textures of the units it binds, and the active unit.
 class ColourTables final {
 public:
     /// Binds the tables to texture units from `firstUnit` on and tells `program`, which is in use, where they are.

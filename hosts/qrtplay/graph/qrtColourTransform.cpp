@@ -16,12 +16,12 @@ struct LumaWeights {
 
 std::optional<LumaWeights> lumaWeights(AVColorSpace matrix) {
     switch (matrix) {
-        case AVCOL_SPC_BT709: return LumaWeights{0.2126, 0.0722};        // ITU-R BT.709-6, item 3.2
-        case AVCOL_SPC_BT470BG:                                          // ITU-R BT.601-7, item 2.5.1, of 625 lines ...
-        case AVCOL_SPC_SMPTE170M: return LumaWeights{0.299, 0.114};      // ... and of 525
-        case AVCOL_SPC_BT2020_NCL: return LumaWeights{0.2627, 0.0593};   // ITU-R BT.2020-2, table 4
-        case AVCOL_SPC_SMPTE240M: return LumaWeights{0.212, 0.087};      // SMPTE ST 240, as ITU-T H.273 lists it
-        case AVCOL_SPC_FCC: return LumaWeights{0.30, 0.11};              // 47 CFR 73.682, as ITU-T H.273 lists it
+        case AVCOL_SPC_BT709: return LumaWeights{0.2126, 0.0722};       // ITU-R BT.709-6, item 3.2
+        case AVCOL_SPC_BT470BG:                                         // ITU-R BT.601-7, item 2.5.1, of 625 lines ...
+        case AVCOL_SPC_SMPTE170M: return LumaWeights{0.299, 0.114};     // ... and of 525
+        case AVCOL_SPC_BT2020_NCL: return LumaWeights{0.2627, 0.0593};  // ITU-R BT.2020-2, table 4
+        case AVCOL_SPC_SMPTE240M: return LumaWeights{0.212, 0.087};     // SMPTE ST 240, as ITU-T H.273 lists it
+        case AVCOL_SPC_FCC: return LumaWeights{0.30, 0.11};             // 47 CFR 73.682, as ITU-T H.273 lists it
         default: return std::nullopt;
     }
 }
@@ -34,7 +34,7 @@ std::optional<Matrix> differenceMatrix(AVColorSpace space) {
     const double green = 1 - weights->red - weights->blue;
     const double redFromCr = 2 * (1 - weights->red);
     const double blueFromCb = 2 * (1 - weights->blue);
-    return Matrix{1, 0, redFromCr, 1, -blueFromCb * weights->blue / green, -redFromCr * weights->red / green,
+    return Matrix{1, 0,          redFromCr, 1, -blueFromCb * weights->blue / green, -redFromCr * weights->red / green,
                   1, blueFromCb, 0};
 }
 

@@ -111,7 +111,8 @@ ColourFacts coloursOf(AVFrame const& picture, PixelLayout const& layout, VideoFa
     }
     if (colour.primaries == AVCOL_PRI_UNSPECIFIED || colour.primaries == AVCOL_PRI_RESERVED) {
         // Small pictures of unknown primaries have been given these to be complete.
-        const bool isGuess = facts.colour.primaries == AVCOL_PRI_SMPTE170M || facts.colour.primaries == AVCOL_PRI_UNSPECIFIED;
+        const bool isGuess =
+            facts.colour.primaries == AVCOL_PRI_SMPTE170M || facts.colour.primaries == AVCOL_PRI_UNSPECIFIED;
         colour.primaries = isGuess ? AVCOL_PRI_BT709 : facts.colour.primaries;
     }
     return colour;
@@ -134,7 +135,8 @@ Outcome displayConversion(ColourFacts const& colour, DisplayConversion& conversi
     conversion.isUnchanged = isDisplayCurve && colour.primaries == AVCOL_PRI_BT709;
     if (conversion.isUnchanged) return Outcome();
     conversion.functions = decode;
-    // What came by the curve of sRGB goes back by it, so that greys keep their values; renderings are looked at with it.
+    // What came by the curve of sRGB goes back by it, so that greys keep their values; renderings are looked at with
+    // it.
     conversion.functions += decode == srgb || decode == linear ? toSrgb : toVideo;
     conversion.matrix = *matrix;
     conversion.luminance = *luminance;

@@ -42,10 +42,10 @@ FrameNode const* soleChild(FrameNode const& node) {
 Outcome renderGenerator(QOpenGLExtraFunctions& gl, LayerProvider& provider, FrameNode const& node,
                         Canvas const& canvas) {
     QOpenGLContext* const context = QOpenGLContext::currentContext();
-    QSurface* const surface = context->surface();
+    QSurface* const surface = context ? context->surface() : nullptr;
     const GlState state(gl, GlState::Extent::everything);
     Outcome outcome = provider.generatorPicture(node, canvas.texture, canvas.width, canvas.height);
-    if (QOpenGLContext::currentContext() != context) context->makeCurrent(surface);
+    if (surface && QOpenGLContext::currentContext() != context) context->makeCurrent(surface);
     drainErrors(gl);
     return outcome;
 }
@@ -81,8 +81,8 @@ Outcome FrameComposer::begin(QOpenGLExtraFunctions& gl, Target const& target) {
     gl.glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_RECTANGLE, target.texture, 0);
     const GLenum status = gl.glCheckFramebufferStatus(GL_FRAMEBUFFER);
     if (status != GL_FRAMEBUFFER_COMPLETE)
-        return Outcome::failure("the output texture cannot be drawn into (framebuffer status " + std::to_string(status) +
-                                ")");
+        return Outcome::failure("the output texture cannot be drawn into (framebuffer status " +
+                                std::to_string(status) + ")");
     clear(gl, m_framebuffer, 1);
     return Outcome();
 }
@@ -165,7 +165,8 @@ Outcome FrameComposer::drawDissolve(Frame const& frame, FrameNode const& node, d
     const size_t count = std::min<size_t>(node.children.size(), 2);
     for (size_t i = 0; i < count; ++i) {
         const double share = i == 0 ? 1 - node.mix : node.mix;
-        if (Outcome outcome = draw(frame, node.children[i], Blend::add, weight * share); outcome.failed()) return outcome;
+        if (Outcome outcome = draw(frame, node.children[i], Blend::add, weight * share); outcome.failed())
+            return outcome;
     }
     return Outcome();
 }

@@ -17,11 +17,10 @@ namespace qrtplay {
 /// Draws what an output frame is made of into a rectangle texture, with OpenGL 3.2 core, over opaque black; alpha is 1
 /// everywhere, row 0 is the bottom of the picture.
 ///
-/// Pictures and generators are drawn straight into the texture. Only groups that have to be complete before they are mixed
-/// take an intermediate picture, of 16-bit floats, which is kept for the next frame.
-/// OpenGL: everything is made when it is needed. All calls need the same context current, `release` included; without it
-/// what was made stays behind. The state of the context is left as it was (see `GlState`), and no error.
-/// Threading: one thread.
+/// Pictures and generators are drawn straight into the texture. Only groups that have to be complete before they are
+/// mixed take an intermediate picture, of 16-bit floats, which is kept for the next frame. OpenGL: everything is made
+/// when it is needed. All calls need the same context current, `release` included; without it what was made stays
+/// behind. The state of the context is left as it was (see `GlState`), and no error. Threading: one thread.
 class FrameComposer final {
 public:
     using Target = RenderTarget;

@@ -13,6 +13,12 @@ QOpenGLFunctions_3_2_Core* coreFunctions() {
     return core && core->initializeOpenGLFunctions() ? core : nullptr;
 }
 
+/// Sampler objects are younger than OpenGL 3.2.
+bool hasSamplers() {
+    QOpenGLContext const* const context = QOpenGLContext::currentContext();
+    return context && context->hasExtension("GL_ARB_sampler_objects");
+}
+
 GLenum asEnum(GLint value) {
     return static_cast<GLenum>(value);
 }
@@ -27,15 +33,19 @@ bool isAlignment(GLenum store) {
 
 }  // namespace
 
-GlState::GlState(QOpenGLExtraFunctions& gl, Extent extent) : m_gl(gl), m_core(coreFunctions()) {
+GlState::GlState(QOpenGLExtraFunctions& gl, Extent extent)
+    : m_gl(gl), m_core(coreFunctions()), m_hasSamplers(hasSamplers()) {
     m_drawFramebuffer = integer(GL_DRAW_FRAMEBUFFER_BINDING);
     m_readFramebuffer = integer(GL_READ_FRAMEBUFFER_BINDING);
     m_renderbuffer = integer(GL_RENDERBUFFER_BINDING);
     m_program = integer(GL_CURRENT_PROGRAM);
     m_vertexArray = integer(GL_VERTEX_ARRAY_BINDING);
-    for (size_t i = 0; i < buffers.size(); ++i) m_buffers[i] = integer(buffers[i].query);
-    for (size_t i = 0; i < pixelStores.size(); ++i) m_pixelStores[i] = integer(pixelStores[i]);
-    for (size_t i = 0; i < switches.size(); ++i) m_switches[i] = m_gl.glIsEnabled(switches[i]) == GL_TRUE;
+    for (size_t i = 0; i < buffers.size(); ++i)
+        m_buffers[i] = integer(buffers[i].query);
+    for (size_t i = 0; i < pixelStores.size(); ++i)
+        m_pixelStores[i] = integer(pixelStores[i]);
+    for (size_t i = 0; i < switches.size(); ++i)
+        m_switches[i] = m_gl.glIsEnabled(switches[i]) == GL_TRUE;
     saveTextures(extent);
     saveFragments();
     saveRasterization();
@@ -48,8 +58,10 @@ GlState::~GlState() {
     restoreTextures();
     for (size_t i = 0; i < switches.size(); ++i)
         m_switches[i] ? m_gl.glEnable(switches[i]) : m_gl.glDisable(switches[i]);
-    for (size_t i = 0; i < pixelStores.size(); ++i) m_gl.glPixelStorei(pixelStores[i], m_pixelStores[i]);
-    for (size_t i = 0; i < buffers.size(); ++i) m_gl.glBindBuffer(buffers[i].target, asName(m_buffers[i]));
+    for (size_t i = 0; i < pixelStores.size(); ++i)
+        m_gl.glPixelStorei(pixelStores[i], m_pixelStores[i]);
+    for (size_t i = 0; i < buffers.size(); ++i)
+        m_gl.glBindBuffer(buffers[i].target, asName(m_buffers[i]));
     m_gl.glBindVertexArray(asName(m_vertexArray));
     m_gl.glUseProgram(asName(m_program));
     m_gl.glBindRenderbuffer(GL_RENDERBUFFER, asName(m_renderbuffer));
@@ -74,8 +86,9 @@ void GlState::saveTextures(Extent extent) {
     for (GLuint number = 0; number < unitCount; ++number) {
         Unit& unit = m_units[number];
         m_gl.glActiveTexture(GL_TEXTURE0 + number);
-        for (size_t i = 0; i < m_targetCount; ++i) unit.textures[i] = integer(textureTargets[i].query);
-        unit.sampler = integer(GL_SAMPLER_BINDING);
+        for (size_t i = 0; i < m_targetCount; ++i)
+            unit.textures[i] = integer(textureTargets[i].query);
+        if (m_hasSamplers) unit.sampler = integer(GL_SAMPLER_BINDING);
         if (unit.sampler != 0) m_gl.glBindSampler(number, 0);
     }
     m_gl.glActiveTexture(GL_TEXTURE0);
@@ -87,7 +100,7 @@ void GlState::restoreTextures() {
         m_gl.glActiveTexture(GL_TEXTURE0 + number);
         for (size_t i = 0; i < m_targetCount; ++i)
             m_gl.glBindTexture(textureTargets[i].target, asName(unit.textures[i]));
-        m_gl.glBindSampler(number, asName(unit.sampler));
+        if (m_hasSamplers) m_gl.glBindSampler(number, asName(unit.sampler));
     }
     m_gl.glActiveTexture(asEnum(m_activeTexture));
 }
@@ -103,15 +116,12 @@ void GlState::saveFragments() {
     m_gl.glGetFloatv(GL_DEPTH_CLEAR_VALUE, &m_clearDepth);
     m_gl.glGetFloatv(GL_DEPTH_RANGE, m_depthRange.data());
     m_clearStencil = integer(GL_STENCIL_CLEAR_VALUE);
-    m_stencilFront = {integer(GL_STENCIL_FUNC),      integer(GL_STENCIL_REF),  integer(GL_STENCIL_VALUE_MASK),
-                      integer(GL_STENCIL_WRITEMASK), integer(GL_STENCIL_FAIL), integer(GL_STENCIL_PASS_DEPTH_FAIL),
+    m_stencilFront = {integer(GL_STENCIL_FUNC),           integer(GL_STENCIL_REF),  integer(GL_STENCIL_VALUE_MASK),
+                      integer(GL_STENCIL_WRITEMASK),      integer(GL_STENCIL_FAIL), integer(GL_STENCIL_PASS_DEPTH_FAIL),
                       integer(GL_STENCIL_PASS_DEPTH_PASS)};
-    m_stencilBack = {integer(GL_STENCIL_BACK_FUNC),
-                     integer(GL_STENCIL_BACK_REF),
-                     integer(GL_STENCIL_BACK_VALUE_MASK),
-                     integer(GL_STENCIL_BACK_WRITEMASK),
-                     integer(GL_STENCIL_BACK_FAIL),
-                     integer(GL_STENCIL_BACK_PASS_DEPTH_FAIL),
+    m_stencilBack = {integer(GL_STENCIL_BACK_FUNC),           integer(GL_STENCIL_BACK_REF),
+                     integer(GL_STENCIL_BACK_VALUE_MASK),     integer(GL_STENCIL_BACK_WRITEMASK),
+                     integer(GL_STENCIL_BACK_FAIL),           integer(GL_STENCIL_BACK_PASS_DEPTH_FAIL),
                      integer(GL_STENCIL_BACK_PASS_DEPTH_PASS)};
     m_logicOperation = integer(GL_LOGIC_OP_MODE);
 }
@@ -165,9 +175,12 @@ void GlState::restoreRasterization() {
 }
 
 void GlState::startKnown() {
-    for (const GLenum name : switches) m_gl.glDisable(name);
-    for (const GLenum store : pixelStores) m_gl.glPixelStorei(store, isAlignment(store) ? 1 : 0);
-    for (Binding const& buffer : buffers) m_gl.glBindBuffer(buffer.target, 0);
+    for (const GLenum name : switches)
+        m_gl.glDisable(name);
+    for (const GLenum store : pixelStores)
+        m_gl.glPixelStorei(store, isAlignment(store) ? 1 : 0);
+    for (Binding const& buffer : buffers)
+        m_gl.glBindBuffer(buffer.target, 0);
     m_gl.glBindVertexArray(0);
     m_gl.glUseProgram(0);
     m_gl.glBindRenderbuffer(GL_RENDERBUFFER, 0);

@@ -10,12 +10,13 @@ class QOpenGLFunctions_3_2_Core;
 
 namespace qrtplay {
 
-/// Hands back, at the end of its scope, the OpenGL state that drawing changes, and starts from a known one: nothing bound
-/// but textures, no test, no blending, no dithering, filled polygons, all channels written, default pixel transfer.
+/// Hands back, at the end of its scope, the OpenGL state that drawing changes, and starts from a known one: nothing
+/// bound but textures, no test, no blending, no dithering, filled polygons, all channels written, default pixel
+/// transfer.
 ///
-/// Not handed back, for OpenGL 3.2 cannot tell or lends it for a scope only: queries, transform feedback and conditional
-/// rendering under way, indexed buffer bindings, and what differs between draw buffers.
-/// Threading: construct and destroy on one thread with the same context current; `gl` is borrowed.
+/// Not handed back, for OpenGL 3.2 cannot tell or lends it for a scope only: queries, transform feedback and
+/// conditional rendering under way, indexed buffer bindings, and what differs between draw buffers. Threading:
+/// construct and destroy on one thread with the same context current; `gl` is borrowed.
 class GlState final {
 public:
     enum class Extent {
@@ -30,29 +31,51 @@ public:
     Q_DISABLE_COPY(GlState)
 
 private:
-    static constexpr std::array<GLenum, 30> switches{
-        GL_BLEND, GL_CULL_FACE, GL_DEPTH_TEST, GL_DITHER, GL_SCISSOR_TEST, GL_STENCIL_TEST, GL_FRAMEBUFFER_SRGB,
-        GL_COLOR_LOGIC_OP, GL_DEPTH_CLAMP, GL_LINE_SMOOTH, GL_POLYGON_SMOOTH, GL_POLYGON_OFFSET_FILL,
-        GL_POLYGON_OFFSET_LINE, GL_POLYGON_OFFSET_POINT, GL_PRIMITIVE_RESTART, GL_PROGRAM_POINT_SIZE,
-        GL_RASTERIZER_DISCARD, GL_SAMPLE_ALPHA_TO_COVERAGE, GL_SAMPLE_ALPHA_TO_ONE, GL_SAMPLE_COVERAGE, GL_SAMPLE_MASK,
-        GL_TEXTURE_CUBE_MAP_SEAMLESS, GL_CLIP_DISTANCE0, GL_CLIP_DISTANCE0 + 1, GL_CLIP_DISTANCE0 + 2,
-        GL_CLIP_DISTANCE0 + 3, GL_CLIP_DISTANCE0 + 4, GL_CLIP_DISTANCE0 + 5, GL_CLIP_DISTANCE0 + 6,
-        GL_CLIP_DISTANCE0 + 7};
+    static constexpr std::array<GLenum, 30> switches{GL_BLEND,
+                                                     GL_CULL_FACE,
+                                                     GL_DEPTH_TEST,
+                                                     GL_DITHER,
+                                                     GL_SCISSOR_TEST,
+                                                     GL_STENCIL_TEST,
+                                                     GL_FRAMEBUFFER_SRGB,
+                                                     GL_COLOR_LOGIC_OP,
+                                                     GL_DEPTH_CLAMP,
+                                                     GL_LINE_SMOOTH,
+                                                     GL_POLYGON_SMOOTH,
+                                                     GL_POLYGON_OFFSET_FILL,
+                                                     GL_POLYGON_OFFSET_LINE,
+                                                     GL_POLYGON_OFFSET_POINT,
+                                                     GL_PRIMITIVE_RESTART,
+                                                     GL_PROGRAM_POINT_SIZE,
+                                                     GL_RASTERIZER_DISCARD,
+                                                     GL_SAMPLE_ALPHA_TO_COVERAGE,
+                                                     GL_SAMPLE_ALPHA_TO_ONE,
+                                                     GL_SAMPLE_COVERAGE,
+                                                     GL_SAMPLE_MASK,
+                                                     GL_TEXTURE_CUBE_MAP_SEAMLESS,
+                                                     GL_CLIP_DISTANCE0,
+                                                     GL_CLIP_DISTANCE0 + 1,
+                                                     GL_CLIP_DISTANCE0 + 2,
+                                                     GL_CLIP_DISTANCE0 + 3,
+                                                     GL_CLIP_DISTANCE0 + 4,
+                                                     GL_CLIP_DISTANCE0 + 5,
+                                                     GL_CLIP_DISTANCE0 + 6,
+                                                     GL_CLIP_DISTANCE0 + 7};
     static constexpr std::array<GLenum, 14> pixelStores{
-        GL_UNPACK_ALIGNMENT, GL_UNPACK_ROW_LENGTH, GL_UNPACK_SKIP_ROWS, GL_UNPACK_SKIP_PIXELS, GL_UNPACK_SWAP_BYTES,
-        GL_UNPACK_LSB_FIRST, GL_UNPACK_IMAGE_HEIGHT, GL_UNPACK_SKIP_IMAGES, GL_PACK_ALIGNMENT, GL_PACK_ROW_LENGTH,
-        GL_PACK_SKIP_ROWS, GL_PACK_SKIP_PIXELS, GL_PACK_SWAP_BYTES, GL_PACK_LSB_FIRST};
+        GL_UNPACK_ALIGNMENT, GL_UNPACK_ROW_LENGTH,   GL_UNPACK_SKIP_ROWS,   GL_UNPACK_SKIP_PIXELS, GL_UNPACK_SWAP_BYTES,
+        GL_UNPACK_LSB_FIRST, GL_UNPACK_IMAGE_HEIGHT, GL_UNPACK_SKIP_IMAGES, GL_PACK_ALIGNMENT,     GL_PACK_ROW_LENGTH,
+        GL_PACK_SKIP_ROWS,   GL_PACK_SKIP_PIXELS,    GL_PACK_SWAP_BYTES,    GL_PACK_LSB_FIRST};
 
     struct Binding {
         GLenum target;
         GLenum query;
     };
-    static constexpr std::array<Binding, 5> buffers{{{GL_ARRAY_BUFFER, GL_ARRAY_BUFFER_BINDING},
-                                                     {GL_PIXEL_UNPACK_BUFFER, GL_PIXEL_UNPACK_BUFFER_BINDING},
-                                                     {GL_PIXEL_PACK_BUFFER, GL_PIXEL_PACK_BUFFER_BINDING},
-                                                     {GL_UNIFORM_BUFFER, GL_UNIFORM_BUFFER_BINDING},
-                                                     {GL_TRANSFORM_FEEDBACK_BUFFER,
-                                                      GL_TRANSFORM_FEEDBACK_BUFFER_BINDING}}};
+    static constexpr std::array<Binding, 5> buffers{
+        {{GL_ARRAY_BUFFER, GL_ARRAY_BUFFER_BINDING},
+         {GL_PIXEL_UNPACK_BUFFER, GL_PIXEL_UNPACK_BUFFER_BINDING},
+         {GL_PIXEL_PACK_BUFFER, GL_PIXEL_PACK_BUFFER_BINDING},
+         {GL_UNIFORM_BUFFER, GL_UNIFORM_BUFFER_BINDING},
+         {GL_TRANSFORM_FEEDBACK_BUFFER, GL_TRANSFORM_FEEDBACK_BUFFER_BINDING}}};
     // The ones that pictures are drawn with come first.
     static constexpr size_t pictureTargets = 4;
     static constexpr std::array<Binding, 10> textureTargets{
@@ -92,6 +115,7 @@ private:
 
     QOpenGLExtraFunctions& m_gl;
     QOpenGLFunctions_3_2_Core* m_core;  // what OpenGL has beyond OpenGL ES; null where the context has less
+    const bool m_hasSamplers;
     size_t m_targetCount = pictureTargets;
 
     GLint m_drawFramebuffer = 0;

@@ -157,8 +157,8 @@ Status MediaGraphEngine::renderFrame(VideoBufferResolution const& resolution, in
     return Status::general_failure;
 }
 
-// Tells the decoding threads what this frame and those after it need, so that the layers of a frame are decoded side by side
-// and the next frames while this one is drawn.
+// Tells the decoding threads what this frame and those after it need, so that the layers of a frame are decoded side by
+// side and the next frames while this one is drawn.
 void MediaGraphEngine::prepareAhead(Source const& source, int64 frame) {
     constexpr int framesAhead = 32;  // of the wishes those are decoded that the budget has room for
     Timeline const& timeline = *source.composition->timeline();

@@ -14,13 +14,13 @@
 
 namespace qrtplay {
 
-/// Renders a `TimelineComposition`: decodes the pictures that a frame is made of, draws them over each other, and has the
-/// host's segments draw theirs; decodes ahead in the direction of `setStep` on threads of its own; mixes sound.
+/// Renders a `TimelineComposition`: decodes the pictures that a frame is made of, draws them over each other, and has
+/// the host's segments draw theirs; decodes ahead in the direction of `setStep` on threads of its own; mixes sound.
 ///
-/// Frames outside the timeline are black. Media that is missing or cannot be opened shows as a slate with its name, and is
-/// silent; the composition is told. A frame that cannot be decoded or drawn fails with `Status::general_failure`, and the
-/// composition is told why.
-/// OpenGL: made at the first frame and deleted with the engine, the context given by `setGLContext` being current both times.
+/// Frames outside the timeline are black. Media that is missing or cannot be opened shows as a slate with its name, and
+/// is silent; the composition is told. A frame that cannot be decoded or drawn fails with `Status::general_failure`,
+/// and the composition is told why. OpenGL: made at the first frame and deleted with the engine, the context given by
+/// `setGLContext` being current both times.
 class MediaGraphEngine final : public GraphEngineInterface {
 public:
     /// Preference: the memory, in mebibytes, that decoded pictures may take up; at least one is always kept.
@@ -37,17 +37,17 @@ public:
     Status getPrefs(Vector<String>& names) const override;
 
     Status setGLContext(QOpenGLContext* context) override;
-    /// `Status::no_composition` for an empty one, `Status::invalid_argument` for one of another kind; there is none then.
-    /// `segments`: those that draw the timeline's generators, found by their ids.
+    /// `Status::no_composition` for an empty one, `Status::invalid_argument` for one of another kind; there is none
+    /// then. `segments`: those that draw the timeline's generators, found by their ids.
     Status setComposition(SharedPtr<Composition> const& composition, List<SharedPtr<ExternalSegment>> const& segments,
                           VideoBufferResolution const& resolution,
                           Rational const& defaultSourceVideoFrameRate) override;
-    /// Takes `composition` for the current one, as `setComposition` does, but keeps the output rate and the segments, and
-    /// what has been decoded when its timeline is the same.
+    /// Takes `composition` for the current one, as `setComposition` does, but keeps the output rate and the segments,
+    /// and what has been decoded when its timeline is the same.
     Status updateComposition(SharedPtr<Composition> const& composition, String const& description) override;
     Status renderFrame(VideoBufferResolution const& resolution, int64 frame, uint32 texture) override;
-    /// `format` has to be a `HostAudioFormat`, else `Status::invalid_argument`. Sound that cannot be decoded is silent, and
-    /// the composition is told. `Status::no_composition` without one.
+    /// `format` has to be a `HostAudioFormat`, else `Status::invalid_argument`. Sound that cannot be decoded is silent,
+    /// and the composition is told. `Status::no_composition` without one.
     Status fillAudio(ConstSharedPtr<AudioFormatInterface> const& format, char* buffer, size_t bytes,
                      size_t position) override;
     /// `Status::invalid_argument` for a rate that is not positive.
@@ -55,7 +55,8 @@ public:
     [[nodiscard]] Rational getVideoFrameRate() const override;
     [[nodiscard]] SharedPtr<TokenResolver> getTokenResolver() const override;
     Status clearCache() override;
-    /// `CacheType::graph_engine`: the output frames whose decoded pictures are kept. `Status::invalid_query` for others.
+    /// `CacheType::graph_engine`: the output frames whose decoded pictures are kept. `Status::invalid_query` for
+    /// others.
     Status getCacheStats(CacheStats::CacheType type, ConstSharedPtr<CacheStats>& stats) const override;
     Status setStep(int32 step) override;
     [[nodiscard]] int32 getStep() const override;

@@ -36,7 +36,8 @@ Turn turnInto(PixelRect const& place, Orientation const& orientation) {
             row = right;
             break;
     }
-    if (orientation.isFlippedHorizontally) column = column.reversed(orientation.isOnItsSide() ? place.height : place.width);
+    if (orientation.isFlippedHorizontally)
+        column = column.reversed(orientation.isOnItsSide() ? place.height : place.width);
     return {column.fromX, column.fromY, column.offset, row.fromX, row.fromY, row.offset};
 }
 

@@ -13,8 +13,8 @@ struct Orientation {
     [[nodiscard]] bool isOnItsSide() const noexcept { return (clockwiseQuarterTurns & 1) != 0; }
 };
 
-/// From output pixels (the origin at the bottom left) to the columns and rows of a stored picture that has been scaled to
-/// the size of its place: stored = matrix * output + offset. Each number of the matrix is 0, 1 or -1.
+/// From output pixels (the origin at the bottom left) to the columns and rows of a stored picture that has been scaled
+/// to the size of its place: stored = matrix * output + offset. Each number of the matrix is 0, 1 or -1.
 struct Turn {
     int columnFromX = 1;
     int columnFromY = 0;

@@ -132,7 +132,8 @@ Outcome PicturePainter::prepare(AVFrame const& picture, LayerPicture const& laye
         if (upload.converted) layout = describeLayout(static_cast<AVPixelFormat>(upload.converted->format));
         if (!layout) {
             char const* const name = av_get_pix_fmt_name(format);
-            return Outcome::failure(std::string("its pixel format cannot be drawn (") + (name ? name : "unknown") + ")");
+            return Outcome::failure(std::string("its pixel format cannot be drawn (") + (name ? name : "unknown") +
+                                    ")");
         }
         upload.picture = upload.converted.get();
     }
@@ -150,8 +151,7 @@ Outcome PicturePainter::prepare(AVFrame const& picture, LayerPicture const& laye
     if (coloured.failed()) return coloured;
 
     const bool isStated = picture.chroma_location != AVCHROMA_LOC_UNSPECIFIED;
-    upload.chroma =
-        chromaPlace(picture, *layout, isStated ? picture.chroma_location : layer.facts.chromaLocation);
+    upload.chroma = chromaPlace(picture, *layout, isStated ? picture.chroma_location : layer.facts.chromaLocation);
     PixelLayout::Plane const& chroma = layout->planes[static_cast<size_t>(layout->components[1].plane)];
     upload.traits.isGrey = layout->componentCount == 1;
     upload.traits.isSubsampled = chroma.widthShift > 0 || chroma.heightShift > 0;
@@ -227,7 +227,8 @@ Outcome PicturePainter::drawScaled(QOpenGLExtraFunctions& gl, Upload const& uplo
         horizontal.source = coloured->texture;
         from = nullptr;
     }
-    if (Outcome outcome = narrowed.take(gl, visible.width, visible.height, GL_RGBA16F); outcome.failed()) return outcome;
+    if (Outcome outcome = narrowed.take(gl, visible.width, visible.height, GL_RGBA16F); outcome.failed())
+        return outcome;
     horizontal.framebuffer = narrowed->framebuffer;
     horizontal.viewport = {0, 0, visible.width, visible.height};
     horizontal.sampling = columns;
@@ -327,7 +328,8 @@ PictureTextures& PicturePainter::texturesFor(QOpenGLExtraFunctions& gl, AVFrame 
 }
 
 void PicturePainter::release(QOpenGLExtraFunctions& gl) {
-    for (Textures& known : m_textures) known.textures.release(gl);
+    for (Textures& known : m_textures)
+        known.textures.release(gl);
     m_textures.clear();
     m_tables.release(gl);
     m_shaders.release();

@@ -21,8 +21,8 @@
 
 namespace qrtplay {
 
-/// Draws single pictures with OpenGL 3.2 in the colours of the display (see `DisplayConversion`), upright, and scaled where
-/// their size is not that of their place.
+/// Draws single pictures with OpenGL 3.2 in the colours of the display (see `DisplayConversion`), upright, and scaled
+/// where their size is not that of their place.
 ///
 /// A picture of two fields that is scaled vertically shows the lines of its first field only: both together would comb,
 /// and lines that have been scaled cannot be told apart any more. Unscaled it shows all.
@@ -41,7 +41,7 @@ public:
     struct Manner {
         Scaling scaling = Scaling::fit;
         Blend blend = Blend::over;
-        double weight = 1;  ///< of the picture, its alpha included
+        double weight = 1;                          ///< of the picture, its alpha included
         ColourManagement const* colours = nullptr;  ///< in the place of `DisplayConversion`
     };
 

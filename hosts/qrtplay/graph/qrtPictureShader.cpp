@@ -46,7 +46,9 @@ vec3 samplesAt(ivec2 pixel) {
     return vec3(first, chromaAt(chroma));
 #endif
 #else
-    return vec3(first, dot(texelFetch(component1, pixel), channel1), dot(texelFetch(component2, pixel), channel2));
+    float second = dot(texelFetch(component1, pixel), channel1);
+    float third = dot(texelFetch(component2, pixel), channel2);
+    return vec3(first, second, third);
 #endif
 }
 )";
@@ -56,7 +58,8 @@ vec4 texelAt(int column, int line) {
     ivec2 pixel = ivec2(column, lines.x + line * lines.y);
     vec3 samples = samplesAt(pixel);
 #if defined(FLOAT)
-    samples = clamp(mix(samples, vec3(0.0), isnan(samples)), -65504.0, 65504.0);  // infinity times 0 is no number either
+    // Infinity times 0 is no number either.
+    samples = clamp(mix(samples, vec3(0.0), isnan(samples)), -65504.0, 65504.0);
 #endif
     vec3 rgb = toRgb * samples + offset;
 #if defined(ALPHA)

@@ -51,7 +51,8 @@ void PictureTextures::allocate(QOpenGLExtraFunctions& gl, Texture& texture, Text
     gl.glTexParameteri(GL_TEXTURE_RECTANGLE, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
     gl.glTexParameteri(GL_TEXTURE_RECTANGLE, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
     gl.glTexParameteri(GL_TEXTURE_RECTANGLE, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
-    gl.glTexImage2D(GL_TEXTURE_RECTANGLE, 0, wanted.internalFormat, wanted.width, wanted.height, 0, format, type, nullptr);
+    gl.glTexImage2D(GL_TEXTURE_RECTANGLE, 0, wanted.internalFormat, wanted.width, wanted.height, 0, format, type,
+                    nullptr);
 }
 
 void PictureTextures::uploadPlane(QOpenGLExtraFunctions& gl, AVFrame const& picture, PixelLayout const& layout,
@@ -76,7 +77,8 @@ void PictureTextures::uploadPlane(QOpenGLExtraFunctions& gl, AVFrame const& pict
         const size_t rowSize = static_cast<size_t>(wanted.width) * static_cast<size_t>(texelSize);
         m_rows.resize(rowSize * static_cast<size_t>(wanted.height));
         for (int row = 0; row < wanted.height; ++row)
-            std::memcpy(m_rows.data() + static_cast<size_t>(row) * rowSize, data + std::ptrdiff_t{row} * stride, rowSize);
+            std::memcpy(m_rows.data() + static_cast<size_t>(row) * rowSize, data + std::ptrdiff_t{row} * stride,
+                        rowSize);
         data = m_rows.data();
         rowLength = 0;
     }

@@ -17,8 +17,8 @@ bool hasAlpha(AVPixFmtDescriptor const& descriptor) {
     return (descriptor.flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
 }
 
-/// Adds number `number` of the format's components as number `as` of the layout's; false when its samples are not channels
-/// of texels.
+/// Adds number `number` of the format's components as number `as` of the layout's; false when its samples are not
+/// channels of texels.
 bool addComponent(AVPixFmtDescriptor const& descriptor, int number, size_t as, PixelLayout& layout) {
     const AVComponentDescriptor& component = descriptor.comp[number];
     if (component.depth != layout.bits || component.shift != layout.shift) return false;
@@ -36,7 +36,8 @@ bool addComponent(AVPixFmtDescriptor const& descriptor, int number, size_t as, P
     plane.heightShift = isChroma ? descriptor.log2_chroma_h : 0;
 
     int index = 0;
-    while (index < layout.planeCount && layout.planes[static_cast<size_t>(index)].source != plane.source) ++index;
+    while (index < layout.planeCount && layout.planes[static_cast<size_t>(index)].source != plane.source)
+        ++index;
     PixelLayout::Plane& known = layout.planes[static_cast<size_t>(index)];
     if (index == layout.planeCount) {
         known = plane;

@@ -10,8 +10,8 @@ namespace qrtplay {
 
 /// How a decoded picture lies in memory, as far as it can be uploaded to textures as it is.
 ///
-/// Texels of a plane are 1 to 4 channels: integers of 8 or 16 bits or floats of 32. Components are red, green and blue (or
-/// X, Y and Z), or luma and the two chromas, and alpha; of a grey picture only the first and alpha count.
+/// Texels of a plane are 1 to 4 channels: integers of 8 or 16 bits or floats of 32. Components are red, green and blue
+/// (or X, Y and Z), or luma and the two chromas, and alpha; of a grey picture only the first and alpha count.
 struct PixelLayout {
     static constexpr size_t alpha = 3;  ///< its number among the components
 
@@ -43,8 +43,8 @@ struct PixelLayout {
 /// Empty when pictures of the format have to be converted first, to `uploadableFormat(format)`.
 [[nodiscard]] std::optional<PixelLayout> describeLayout(AVPixelFormat format);
 
-/// A format that `describeLayout` knows and that loses nothing of `format` but bits beyond 16. It stays in the same colour
-/// model with the same chroma resolution where there is such a format.
+/// A format that `describeLayout` knows and that loses nothing of `format` but bits beyond 16. It stays in the same
+/// colour model with the same chroma resolution where there is such a format.
 [[nodiscard]] AVPixelFormat uploadableFormat(AVPixelFormat format);
 
 }  // namespace qrtplay

@@ -11,11 +11,6 @@ int rounded(double side, int least, int most) {
     return static_cast<int>(std::lround(std::clamp(side, static_cast<double>(least), static_cast<double>(most))));
 }
 
-/// Half of the difference, downwards also where the picture is the larger one.
-int centred(int inner, int outer) {
-    return (outer - inner) >> 1;
-}
-
 }  // namespace
 
 PixelRect placement(Scaling scaling, int width, int height, Rational const& sampleAspect, int outputWidth,
@@ -34,8 +29,8 @@ PixelRect placement(Scaling scaling, int width, int height, Rational const& samp
         else
             rect.width = rounded(outputHeight * aspect, fits ? 1 : outputWidth, fits ? outputWidth : maxPlacedSide);
     }
-    rect.x = centred(rect.width, outputWidth);
-    rect.y = centred(rect.height, outputHeight);
+    rect.x = (outputWidth - rect.width) / 2;
+    rect.y = (outputHeight - rect.height) / 2;
     return rect;
 }
 

@@ -22,9 +22,9 @@ struct PixelRect {
     [[nodiscard]] bool operator==(PixelRect const&) const noexcept = default;
 };
 
-/// Where a picture of `width` x `height` pixels of aspect `sampleAspect` lies in an output of square pixels: undistorted,
-/// centred, on whole pixels and at least one pixel wide and high. It exceeds the output where it is cut off, by no more
-/// than `maxPlacedSide`.
+/// Where a picture of `width` x `height` pixels of aspect `sampleAspect` lies in an output of square pixels:
+/// undistorted, centred, on whole pixels and at least one pixel wide and high. It exceeds the output where it is cut
+/// off, by no more than `maxPlacedSide`.
 [[nodiscard]] PixelRect placement(Scaling scaling, int width, int height, Rational const& sampleAspect, int outputWidth,
                                   int outputHeight);
 

@@ -9,7 +9,8 @@ namespace {
 
 void addPictures(FrameNode const& node, std::vector<PictureStore::Wish>& pictures) {
     if (node.kind == FrameNode::Kind::media) pictures.push_back({node.source, node.time});
-    for (FrameNode const& child : node.children) addPictures(child, pictures);
+    for (FrameNode const& child : node.children)
+        addPictures(child, pictures);
 }
 
 }  // namespace
@@ -31,9 +32,9 @@ void PlannedFrames::collect(PictureStore const& store, CacheStats& stats) {
     auto& ranges = stats.getFrameRanges();
     for (auto planned = m_frames.begin(); planned != m_frames.end();) {
         auto const& [frame, pictures] = *planned;
-        const bool kept = !pictures.empty() && std::all_of(pictures.begin(), pictures.end(), [&store](auto const& picture) {
-            return store.isKept(picture);
-        });
+        const bool kept =
+            !pictures.empty() && std::all_of(pictures.begin(), pictures.end(),
+                                             [&store](auto const& picture) { return store.isKept(picture); });
         if (!kept) {
             planned = m_frames.erase(planned);
             continue;

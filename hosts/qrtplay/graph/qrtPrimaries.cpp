@@ -45,7 +45,8 @@ std::optional<Primaries> primariesOf(AVColorPrimaries primaries) {
 
 Vector3 product(Matrix3 const& m, Vector3 const& v) {
     Vector3 result{};
-    for (size_t row = 0; row < 3; ++row) result[row] = m[row * 3] * v[0] + m[row * 3 + 1] * v[1] + m[row * 3 + 2] * v[2];
+    for (size_t row = 0; row < 3; ++row)
+        result[row] = m[row * 3] * v[0] + m[row * 3 + 1] * v[1] + m[row * 3 + 2] * v[2];
     return result;
 }
 
@@ -53,7 +54,8 @@ Matrix3 product(Matrix3 const& a, Matrix3 const& b) {
     Matrix3 result{};
     for (size_t column = 0; column < 3; ++column) {
         const Vector3 image = product(a, Vector3{b[column], b[column + 3], b[column + 6]});
-        for (size_t row = 0; row < 3; ++row) result[row * 3 + column] = image[row];
+        for (size_t row = 0; row < 3; ++row)
+            result[row * 3 + column] = image[row];
     }
     return result;
 }
@@ -69,7 +71,8 @@ Matrix3 inverse(Matrix3 const& m) {
     const double determinant = m[0] * minor(0, 0) + m[1] * minor(0, 1) + m[2] * minor(0, 2);
     Matrix3 result{};
     for (size_t row = 0; row < 3; ++row) {
-        for (size_t column = 0; column < 3; ++column) result[row * 3 + column] = minor(column, row) / determinant;
+        for (size_t column = 0; column < 3; ++column)
+            result[row * 3 + column] = minor(column, row) / determinant;
     }
     return result;
 }

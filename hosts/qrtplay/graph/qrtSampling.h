@@ -8,8 +8,8 @@ namespace qrtplay {
 
 /// How samples along a line become pixels of the output.
 ///
-/// Values are weighed as they are coded for the display, as video equipment does, with alpha premultiplied, so that what
-/// nobody sees colours no edge. Beyond the ends of the line the last samples go on.
+/// Values are weighed as they are coded for the display, as video equipment does, with alpha premultiplied, so that
+/// what nobody sees colours no edge. Beyond the ends of the line the last samples go on.
 enum class Kernel {
     fetch,    ///< a sample a pixel
     average,  ///< the mean of all that a pixel covers, parts of samples by their share
@@ -30,9 +30,10 @@ struct Sampling {
 /// The same when only the lines of one field count: every other of `size`, the second one first if `isSecond`.
 [[nodiscard]] Sampling fieldLines(int size, int length, bool isSecond);
 
-/// The rest of a fragment shader in GLSL 1.50 that begins with `vec4 texelAt(int along, int across)`: it writes to `colour`
-/// what the kernel makes of them, clipped to 0 to 1 as they are, times `weight`. Its uniforms `turn` and `shift` lead from the pixel
-/// to the place along and across the line; `scale`, `begin` and `size` are those of the sampling.
+/// The rest of a fragment shader in GLSL 1.50 that begins with `vec4 texelAt(int along, int across)`: it writes to
+/// `colour` what the kernel makes of them, clipped to 0 to 1 as they are, times `weight`. Its uniforms `turn` and
+/// `shift` lead from the pixel to the place along and across the line; `scale`, `begin` and `size` are those of the
+/// sampling.
 [[nodiscard]] std::string samplingSource(Kernel kernel);
 
 }  // namespace qrtplay

@@ -5,7 +5,8 @@
 
 namespace qrtplay {
 
-TimelineComposition::TimelineComposition(std::shared_ptr<Timeline const> timeline, Files files, Presentation presentation)
+TimelineComposition::TimelineComposition(std::shared_ptr<Timeline const> timeline, Files files,
+                                         Presentation presentation)
     : m_timeline(std::move(timeline)), m_files(std::move(files)), m_presentation(std::move(presentation)) {}
 
 SharedPtr<TimelineComposition> TimelineComposition::create(std::shared_ptr<Timeline const> timeline, Files files,

@@ -16,8 +16,8 @@ namespace qrtplay {
 
 class MediaFile;
 
-/// A timeline as the player takes it, with how it is to be shown: it begins at time 0 and counts in frames of the timeline's
-/// own rate. To show the same timeline in another way, update the player with a new composition of it.
+/// A timeline as the player takes it, with how it is to be shown: it begins at time 0 and counts in frames of the
+/// timeline's own rate. To show the same timeline in another way, update the player with a new composition of it.
 ///
 /// A `Status` carries no text, so the graph engine leaves here what went wrong, for the host to show.
 /// Threading: any thread may call any method.
@@ -26,8 +26,8 @@ public:
     /// The timeline's media that have been opened already, by the same index; the rest may be null.
     using Files = std::vector<std::shared_ptr<MediaFile const>>;
 
-    [[nodiscard]] static SharedPtr<TimelineComposition> create(std::shared_ptr<Timeline const> timeline, Files files = {},
-                                                               Presentation presentation = {});
+    [[nodiscard]] static SharedPtr<TimelineComposition> create(std::shared_ptr<Timeline const> timeline,
+                                                               Files files = {}, Presentation presentation = {});
 
     Status getStartTime(Time& start) const override;
     Status getDuration(Time& duration) const override;

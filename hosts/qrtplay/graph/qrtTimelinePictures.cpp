@@ -22,7 +22,8 @@ Outcome openSource(TimelineComposition const& composition, size_t media, std::un
 
 }  // namespace
 
-std::shared_ptr<PictureStore> openPictureStore(SharedPtr<TimelineComposition> const& composition, size_t budgetInBytes) {
+std::shared_ptr<PictureStore> openPictureStore(SharedPtr<TimelineComposition> const& composition,
+                                               size_t budgetInBytes) {
     const auto open = [composition](size_t media, std::unique_ptr<PictureSource>& source) {
         const Outcome outcome = openSource(*composition, media, source);
         if (outcome.success()) return Outcome();

@@ -34,7 +34,9 @@ SoundMixer& TimelineSound::mixerFor(HostAudioFormat const& format) {
     TimelineComposition const& composition = *m_composition;
     m_mixer = std::make_unique<SoundMixer>(
         m_rate, m_channels,
-        [&composition](int64 first, int64 count, int32 rate) { return composition.timeline()->soundAt(first, count, rate); },
+        [&composition](int64 first, int64 count, int32 rate) {
+            return composition.timeline()->soundAt(first, count, rate);
+        },
         [&composition, rate = m_rate, channels = m_channels](size_t media, std::unique_ptr<SoundSource>& source) {
             return openSoundOf(composition, media, rate, channels, source);
         });
@@ -53,7 +55,8 @@ void TimelineSound::fill(HostAudioFormat const& format, int64 first, int64 count
                        bytes + format.getSizeInBytes(static_cast<size_t>(done)));
         done += piece;
     }
-    for (std::string const& failure : mixer.takeFailures()) m_composition->noteWarning(failure);
+    for (std::string const& failure : mixer.takeFailures())
+        m_composition->noteWarning(failure);
 }
 
 }  // namespace qrtplay

@@ -15,8 +15,8 @@ namespace qrtplay {
 
 /// Turns delivered frames into blocks of pixels, top row first.
 ///
-/// Threading and OpenGL: the thread and context of `gl`, current in every call and at the end. The state that is changed is
-/// the framebuffer binding for reading, left 0, and the pack alignment, left 4.
+/// Threading and OpenGL: the thread and context of `gl`, current in every call and at the end. The state that is
+/// changed is the framebuffer binding for reading, left 0, and the pack alignment, left 4.
 class FrameReader final {
 public:
     explicit FrameReader(QOpenGLExtraFunctions& gl);

@@ -20,6 +20,8 @@ JsonText::JsonText() : m_writer(std::make_unique<Writer>()) {
 
 JsonText::~JsonText() = default;
 
+JsonText::JsonText(JsonText&&) noexcept = default;
+
 void JsonText::putKey(char const* key) {
     if (key) m_writer->json.Key(key);
 }
@@ -74,7 +76,8 @@ JsonText& JsonText::add(char const* key, bool isTrue) {
 
 JsonText& JsonText::add(char const* key, std::vector<std::string> const& texts) {
     beginArray(key);
-    for (std::string const& text : texts) add(nullptr, text);
+    for (std::string const& text : texts)
+        add(nullptr, text);
     return endArray();
 }
 

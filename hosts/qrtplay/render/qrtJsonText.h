@@ -14,6 +14,8 @@ class JsonText final {
 public:
     JsonText();
     ~JsonText();
+    JsonText(JsonText&&) noexcept;
+    JsonText& operator=(JsonText&&) = delete;
 
     JsonText& beginObject(char const* key = nullptr);
     JsonText& endObject();
@@ -37,7 +39,7 @@ private:
     struct Writer;
     void putKey(char const* key);
 
-    const std::unique_ptr<Writer> m_writer;
+    std::unique_ptr<Writer> m_writer;
 };
 
 }  // namespace qrtplay

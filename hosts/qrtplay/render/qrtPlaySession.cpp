@@ -41,7 +41,8 @@ bool isWanted(OcioSettings const& ocio) {
 
 TimelineComposition::Files openedFiles(OpenedInput const& input) {
     TimelineComposition::Files files;
-    for (MediaReference const& reference : input.timeline->media()) files.push_back(input.probe.pictures(reference.path));
+    for (MediaReference const& reference : input.timeline->media())
+        files.push_back(input.probe.pictures(reference.path));
     return files;
 }
 
@@ -106,12 +107,13 @@ Outcome PlaySession::chooseResolution(QSize own, PlaySettings const& settings) {
     return Outcome();
 }
 
-// The player takes the memory for all its frames at once; a machine that has not got it would end this process without a
-// word.
+// The player takes the memory for all its frames at once; a machine that has not got it would end this process without
+// a word.
 Outcome PlaySession::checkMemory(PlaySettings const& settings) const {
     constexpr int64 framesBeside = 4;  // the current one, the one in the making, and two on their way to a file
     constexpr int usualHead = 2;
-    const int64 frames = int64{settings.headFrames.value_or(usualHead)} + settings.tailFrames.value_or(0) + framesBeside;
+    const int64 frames =
+        int64{settings.headFrames.value_or(usualHead)} + settings.tailFrames.value_or(0) + framesBeside;
     const VideoBufferResolution format = outputFormat(m_resolution.width(), m_resolution.height(), settings.depth);
     const double needed = static_cast<double>(format.getBufferSize()) * static_cast<double>(frames);
     const double present = static_cast<double>(sysconf(_SC_PHYS_PAGES)) * static_cast<double>(sysconf(_SC_PAGESIZE));
@@ -130,7 +132,8 @@ Outcome PlaySession::startPlayer(PlaySettings const& settings, OpenFailure& why)
     if (Outcome outcome = preparePlayer(settings); outcome.failed()) return outcome;
     why = OpenFailure::no_opengl;
     const Status started = m_player->initialize(m_context.nativeContext(), m_context.nativeWindow());
-    if (Outcome outcome = toOutcome(started, "the player cannot be started at " + textOf(m_resolution)); outcome.failed())
+    if (Outcome outcome = toOutcome(started, "the player cannot be started at " + textOf(m_resolution));
+        outcome.failed())
         return outcome;
     why = OpenFailure::failed;
     return setComposition(settings);
@@ -185,7 +188,8 @@ bool PlaySession::hasSound() const {
 
 std::vector<std::string> PlaySession::takeWarnings() {
     std::vector<std::string> taken = std::exchange(m_warnings, {});
-    for (std::string& warning : m_composition->takeWarnings()) taken.push_back(std::move(warning));
+    for (std::string& warning : m_composition->takeWarnings())
+        taken.push_back(std::move(warning));
     return taken;
 }
 
@@ -197,8 +201,8 @@ Outcome PlaySession::start(FrameRange const& range) {
     params->setStartFrame(std::min(range.first, range.last));
     params->setEndFrame(std::max(range.first, range.last));
     params->setCurrentFrame(range.first);
-    return toOutcome(m_player->startProducing(params), "frames " + std::to_string(range.first) + "-" +
-                                                           std::to_string(range.last) + " cannot be played");
+    return toOutcome(m_player->startProducing(params),
+                     "frames " + std::to_string(range.first) + "-" + std::to_string(range.last) + " cannot be played");
 }
 
 void PlaySession::stop() {

@@ -28,7 +28,8 @@ enum class OpenFailure {
     failed,         ///< something else, such as a setting that cannot be had
 };
 
-/// A timeline in a `Player` that delivers its frames by number and its sound by position, the way any host would use one.
+/// A timeline in a `Player` that delivers its frames by number and its sound by position, the way any host would use
+/// one.
 ///
 /// Threading: the thread of the application object.
 class PlaySession final : public FrameSource {
@@ -36,8 +37,8 @@ public:
     static constexpr int32 soundRate = 48000;  ///< samples per second
     static constexpr int soundChannels = 2;
 
-    /// Opens the input and starts the player. Failures name what is wrong (the file, the resolution, the display) and say
-    /// in `why` of which kind they are.
+    /// Opens the input and starts the player. Failures name what is wrong (the file, the resolution, the display) and
+    /// say in `why` of which kind they are.
     static Outcome open(PlayInput const& input, PlaySettings const& settings, std::unique_ptr<PlaySession>& session,
                         OpenFailure& why);
     ~PlaySession() override;

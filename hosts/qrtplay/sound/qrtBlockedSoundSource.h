@@ -9,9 +9,9 @@
 
 namespace qrtplay {
 
-/// Sound that is made in blocks of one length, each of them always in the same way, so that the same numbers come out in
-/// whatever order and portions they are asked for. The blocks used last are kept, so that requests which overlap or go
-/// backwards make nothing anew.
+/// Sound that is made in blocks of one length, each of them always in the same way, so that the same numbers come out
+/// in whatever order and portions they are asked for. The blocks used last are kept, so that requests which overlap or
+/// go backwards make nothing anew.
 class BlockedSoundSource : public SoundSource {
 public:
     Outcome read(int64 first, int64 count, float* samples) final;

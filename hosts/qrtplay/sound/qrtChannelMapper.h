@@ -8,9 +8,9 @@ namespace qrtplay {
 
 /// Turns decoded sound of any sample format and channel layout into interleaved floats of a fixed number of channels.
 ///
-/// Channels are mapped as libswresample does by default: mono comes out of both channels of a stereo pair 3 dB lower, so
-/// that it sounds as loud as it did; the centre and the surround channels of 5.1 go 3 dB lower to their sides, the deep
-/// bass channel to none. Nothing is clipped or scaled down.
+/// Channels are mapped as libswresample does by default: mono comes out of both channels of a stereo pair 3 dB lower,
+/// so that it sounds as loud as it did; the centre and the surround channels of 5.1 go 3 dB lower to their sides, the
+/// deep bass channel to none. Nothing is clipped or scaled down.
 ///
 /// Threading: none of its own.
 class ChannelMapper final {

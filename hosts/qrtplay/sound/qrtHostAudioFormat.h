@@ -7,7 +7,7 @@ namespace qrtplay {
 
 /// How a sample of one channel is stored, in the machine's own order of bytes.
 enum class SampleKind {
-    float32,      ///< full scale is -1 to 1; what goes beyond is kept
+    float32,  ///< full scale is -1 to 1; what goes beyond is kept
     int16,
     int24_in_32,  ///< in the upper three bytes of four, the lowest one 0
     int32,
@@ -34,7 +34,8 @@ private:
 };
 
 /// Stores `sampleFrames` interleaved samples of every channel of `format` in `bytes`, which may have any alignment.
-/// Integers are rounded to the nearest, and what lies beyond full scale is clipped; a sample that is no number is silent.
+/// Integers are rounded to the nearest, and what lies beyond full scale is clipped; a sample that is no number is
+/// silent.
 void convertSamples(float const* samples, size_t sampleFrames, HostAudioFormat const& format, char* bytes);
 
 }  // namespace qrtplay

@@ -41,8 +41,7 @@ PacketClock::PacketClock(AVStream const& stream, int64 usualLength) : m_stream(s
     if (!packetsStateTheirLength(stream.codecpar->codec_id)) return;
     m_parser.reset(av_parser_init(stream.codecpar->codec_id));
     m_parserSettings.reset(avcodec_alloc_context3(nullptr));
-    if (!m_parser || !m_parserSettings ||
-        avcodec_parameters_to_context(m_parserSettings.get(), stream.codecpar) < 0)
+    if (!m_parser || !m_parserSettings || avcodec_parameters_to_context(m_parserSettings.get(), stream.codecpar) < 0)
         m_parser.reset();
     else
         m_parser->flags |= PARSER_FLAG_COMPLETE_FRAMES;
@@ -126,6 +125,8 @@ void PacketClock::moveTo(AVPacket const& packet, PacketPlace const& place) {
     const AVRational tick = m_stream.time_base;
     const int64 skipped = place.skipped + m_state.toBeSkipped;
     int64 timestamp = timestampOf(packet);
+    if (timestamp <= m_lastTimestamp) m_ordered = false;
+    m_lastTimestamp = timestamp;
     const bool first = !m_state.started;
     m_state.started = true;
     // Coarse timestamps are exact for what is heard first, not for what is skipped before it.
@@ -145,10 +146,7 @@ void PacketClock::moveTo(AVPacket const& packet, PacketPlace const& place) {
     const int64 longer = packet.duration > 0 ? place.samples - av_rescale_q(packet.duration, tick, sample) : 0;
     if (std::abs(ahead - longer) <= jitter) return;
     if (ahead > jitter) m_state.next = stated;
-    if (ahead < -jitter) {
-        m_state.offset -= ahead;
-        m_ordered = false;
-    }
+    if (ahead < -jitter) m_state.offset -= ahead;
 }
 
 }  // namespace qrtplay

@@ -17,9 +17,9 @@ struct PacketPlace {
 
 /// Tells where packet after packet of a stream belongs.
 ///
-/// Timestamps of many containers are coarser than a sample, so packets that follow each other closely enough count as one
-/// continuous run, in which every packet begins where the one before it ends. A larger gap remains one. Timestamps that go
-/// back do not: the sound goes on, and later timestamps are understood relative to the new beginning.
+/// Timestamps of many containers are coarser than a sample, so packets that follow each other closely enough count as
+/// one continuous run, in which every packet begins where the one before it ends. A larger gap remains one. Timestamps
+/// that go back do not: the sound goes on, and later timestamps are understood relative to the new beginning.
 ///
 /// Threading: none of its own.
 class PacketClock final {
@@ -27,8 +27,8 @@ public:
     /// All that the place of the next packet depends on, besides the packet.
     struct State {
         bool started = false;
-        int64 next = 0;       ///< where a packet belongs that continues the run
-        int64 offset = 0;     ///< what is to be added to timestamps
+        int64 next = 0;    ///< where a packet belongs that continues the run
+        int64 offset = 0;  ///< what is to be added to timestamps
         int64 toBeSkipped = 0;
     };
 
@@ -65,6 +65,7 @@ private:
     AvPtr<AVCodecContext> m_parserSettings;
     State m_state;
     int64 m_resumedSamples = -1;
+    int64 m_lastTimestamp = AV_NOPTS_VALUE;  // the smallest number there is
     bool m_ordered = true;
 };
 

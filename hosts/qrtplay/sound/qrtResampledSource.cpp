@@ -17,8 +17,8 @@ int64 roundedUp(int64 value, int64 step) {
     return (value + step - 1) / step * step;
 }
 
-/// Input samples on either side of an output sample that it may depend on, generously: the filter of libswresample takes
-/// 16 on either side, and as many times more as the output's rate is lower.
+/// Input samples on either side of an output sample that it may depend on, generously: the filter of libswresample
+/// takes 16 on either side, and as many times more as the output's rate is lower.
 int64 reach(int inputRate, int outputRate) {
     return 64 + 64 * std::max<int64>(1, (inputRate + outputRate - 1) / outputRate);
 }
@@ -35,7 +35,8 @@ ResampledSource::ResampledSource(std::unique_ptr<SoundSource> input, int inputRa
 
 Outcome ResampledSource::makeBlock(int64 first, float* samples) {
     const int64 margin = reach(m_inputRate, m_outputRate);
-    // The resampler begins where the grids of both rates meet, so that its first output sample is its first input sample.
+    // The resampler begins where the grids of both rates meet, so that its first output sample is its first input
+    // sample.
     const int64 lead = roundedUp(margin, m_inputPeriod);
     const int64 body = samplesPerBlock() / m_outputPeriod * m_inputPeriod;
     const int64 begin = first / m_outputPeriod * m_inputPeriod - lead;
@@ -54,8 +55,8 @@ bool ResampledSource::resample(int64 count, std::vector<float>& output) const {
     AVChannelLayout layout{};
     av_channel_layout_default(&layout, channels());
     SwrContext* made = nullptr;
-    const int allocated = swr_alloc_set_opts2(&made, &layout, AV_SAMPLE_FMT_FLT, m_outputRate, &layout, AV_SAMPLE_FMT_FLT,
-                                              m_inputRate, 0, nullptr);
+    const int allocated = swr_alloc_set_opts2(&made, &layout, AV_SAMPLE_FMT_FLT, m_outputRate, &layout,
+                                              AV_SAMPLE_FMT_FLT, m_inputRate, 0, nullptr);
     const SwrPtr context(made);
     if (allocated < 0 || swr_init(made) < 0) return false;
 

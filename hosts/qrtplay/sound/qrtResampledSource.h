@@ -9,8 +9,8 @@
 
 namespace qrtplay {
 
-/// Sound of one sample rate at another one; sample 0 stays where it is. What is heard at sample n of the input is heard at
-/// sample n * output rate / input rate of the output, without delay.
+/// Sound of one sample rate at another one; sample 0 stays where it is. What is heard at sample n of the input is heard
+/// at sample n * output rate / input rate of the output, without delay.
 ///
 /// Threading: one thread at a time.
 class ResampledSource final : public BlockedSoundSource {

@@ -50,7 +50,8 @@ Outcome SoundFile::measurePackets() {
     for (int i = 0; i < measuredPackets && demuxer->read(*packet) == SoundDemuxer::ReadResult::packet; ++i) {
         if (avcodec_send_packet(decoder.get(), packet.get()) < 0) continue;
         int64 length = 0;
-        while (avcodec_receive_frame(decoder.get(), frame.get()) >= 0) length += frame->nb_samples;
+        while (avcodec_receive_frame(decoder.get(), frame.get()) >= 0)
+            length += frame->nb_samples;
         m_usualPacketLength = std::max(m_usualPacketLength, length);
     }
     return Outcome();
@@ -78,8 +79,8 @@ void SoundFile::takePacket(AVPacket const& packet, int64 number, PacketClock& cl
     const PacketPlace place = clock.place(packet);
     const int64 spacing = clock.sampleRate() / stationsPerSecond;
     if (m_stations.empty() || place.position - m_stations.back().position >= spacing)
-        m_stations.push_back({number, PacketClock::timestampOf(packet), checksumOf(packet), place.samples, place.position,
-                              before});
+        m_stations.push_back(
+            {number, PacketClock::timestampOf(packet), checksumOf(packet), place.samples, place.position, before});
 
     // Whether it is the last packet that is incomplete shows when no other follows.
     m_facts.isCutOff = (packet.flags & AV_PKT_FLAG_CORRUPT) != 0;

@@ -69,7 +69,7 @@ private:
     SoundFacts m_facts;
     std::vector<Station> m_stations;  // ascending
     int64 m_usualPacketLength = 0;
-    int64 m_end = 0;                  // one past the last sample that is heard
+    int64 m_end = 0;  // one past the last sample that is heard
     bool m_anythingHeard = false;
     bool m_seekable = true;
 };

@@ -37,8 +37,7 @@ Outcome SoundFileSource::makeBlock(int64 first, float* samples) {
     Outcome outcome;
     if (from < end && until > facts.firstSample) outcome = decode(from, until, samples);
     // The last packet of such a file is often incomplete as well, which says less.
-    if (facts.isCutOff && until > end)
-        outcome = Outcome::failure(m_file->path() + ": its sound is cut off");
+    if (facts.isCutOff && until > end) outcome = Outcome::failure(m_file->path() + ": its sound is cut off");
     if (outcome.success() || m_failureTold) return Outcome();
     m_failureTold = true;
     return outcome;

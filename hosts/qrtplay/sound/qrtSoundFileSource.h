@@ -23,11 +23,10 @@ namespace qrtplay {
 class SoundFileSource final : public BlockedSoundSource {
 public:
     /// `file`:     has sound.
-    /// `zero`:     when sample 0 is heard, in the file's own counting, to the nearest sample; without: when the sound begins.
-    /// `channels`: of the output, 1 to 8.
-    /// Failures name the file.
-    static Outcome open(std::shared_ptr<SoundFile const> const& file, std::optional<ExactTime> const& zero, int channels,
-                        std::unique_ptr<SoundFileSource>& source);
+    /// `zero`:     when sample 0 is heard, in the file's own counting, to the nearest sample; without: when the sound
+    /// begins. `channels`: of the output, 1 to 8. Failures name the file.
+    static Outcome open(std::shared_ptr<SoundFile const> const& file, std::optional<ExactTime> const& zero,
+                        int channels, std::unique_ptr<SoundFileSource>& source);
 
 protected:
     Outcome makeBlock(int64 first, float* samples) override;

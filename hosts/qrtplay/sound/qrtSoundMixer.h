@@ -12,8 +12,8 @@
 
 namespace qrtplay {
 
-/// The sound of a timeline: the spans that are heard at a time, with their gains, added up. Sums are neither clipped nor
-/// scaled down; that is for whoever leaves floating point. Media that have no sound, or are missing, are silent.
+/// The sound of a timeline: the spans that are heard at a time, with their gains, added up. Sums are neither clipped
+/// nor scaled down; that is for whoever leaves floating point. Media that have no sound, or are missing, are silent.
 ///
 /// Threading: any thread may call any method; each holds the mixer's lock, and reads files, for its whole duration.
 class SoundMixer final {

@@ -58,8 +58,7 @@ Outcome SoundRetimer::read(SoundSource& source, SoundSpan const& span, int64 fir
         const int64 rest = from % stretch;
         const int64 anchor = from - (rest < 0 ? rest + stretch : rest);
         const int64 until = std::min(first + count, anchor + stretch);
-        Outcome outcome =
-            interpolate(source, span, anchor, from, until - from, samples + (from - first) * m_channels);
+        Outcome outcome = interpolate(source, span, anchor, from, until - from, samples + (from - first) * m_channels);
         if (outcome.failed()) worst = outcome;
         from = until;
     }
@@ -102,9 +101,11 @@ void SoundRetimer::interpolateAt(double position, double width, float* sample) c
     double sums[8] = {};
     for (auto n = static_cast<int64>(std::ceil(position - reach)); n <= last; ++n) {
         const double weight = filterAt((position - static_cast<double>(n)) / width) / width;
-        for (int c = 0; c < m_channels; ++c) sums[c] += weight * double{m_input[static_cast<size_t>(n * m_channels + c)]};
+        for (int c = 0; c < m_channels; ++c)
+            sums[c] += weight * double{m_input[static_cast<size_t>(n * m_channels + c)]};
     }
-    for (int c = 0; c < m_channels; ++c) sample[c] = static_cast<float>(sums[c]);
+    for (int c = 0; c < m_channels; ++c)
+        sample[c] = static_cast<float>(sums[c]);
 }
 
 }  // namespace qrtplay

@@ -11,10 +11,10 @@ namespace qrtplay {
 
 /// Reads the sound of a span at the speed that the span asks for, forward or backwards; the pitch changes along.
 ///
-/// At normal speed, in either direction, samples are those of the source, shifted to the nearest one. At any other speed
-/// they are interpolated with a windowed sinc, and what would lie above the output's range is filtered out up to eight
-/// times normal speed; faster, some of it is heard as other tones. A frozen picture and more than 64 times normal speed
-/// are silent. The same numbers come out however a span is cut.
+/// At normal speed, in either direction, samples are those of the source, shifted to the nearest one. At any other
+/// speed they are interpolated with a windowed sinc, and what would lie above the output's range is filtered out up to
+/// eight times normal speed; faster, some of it is heard as other tones. A frozen picture and more than 64 times normal
+/// speed are silent. The same numbers come out however a span is cut.
 ///
 /// Threading: one thread at a time.
 class SoundRetimer final {

@@ -39,15 +39,15 @@ Outcome SoundRun::startAt(SoundFile::Station const& station) {
 
 bool SoundRun::seekTo(SoundFile::Station const& station) {
     if (!m_demuxer || station.number == 0 || !m_file->isSeekable()) return false;
-    // Some containers find a place later than they were asked for, and the last page of Ogg gets wrong timestamps unless
-    // the one before it has been read: hence the lead.
+    // Some containers find a place later than they were asked for, and the last page of Ogg gets wrong timestamps
+    // unless the one before it has been read: hence the lead.
     const int64 second = av_rescale_q(1, {1, 1}, m_demuxer->stream().time_base);
     if (!m_demuxer->needsLead() && seekTo(station, station.timestamp)) return true;
     return seekTo(station, station.timestamp - 2 * second) || seekTo(station, station.timestamp - 15 * second);
 }
 
-// Reads up to the station's packet, which then waits to be fed. Timestamps that a container works out by itself may come
-// out a little different after a seek, or altogether wrong.
+// Reads up to the station's packet, which then waits to be fed. Timestamps that a container works out by itself may
+// come out a little different after a seek, or altogether wrong.
 bool SoundRun::seekTo(SoundFile::Station const& station, int64 time) {
     if (!m_demuxer->seek(time)) return false;
     const AVStream& stream = m_demuxer->stream();
@@ -56,7 +56,8 @@ bool SoundRun::seekTo(SoundFile::Station const& station, int64 time) {
     while (readNext()) {
         const int64 timestamp = PacketClock::timestampOf(*m_packet);
         if (timestamp == AV_NOPTS_VALUE) continue;
-        if (std::abs(av_sat_sub64(timestamp, station.timestamp)) <= close) return SoundFile::checksumOf(*m_packet) == station.checksum;
+        if (std::abs(av_sat_sub64(timestamp, station.timestamp)) <= close)
+            return SoundFile::checksumOf(*m_packet) == station.checksum;
         if (timestamp > station.timestamp) return false;
     }
     return false;

@@ -13,8 +13,8 @@
 
 namespace qrtplay {
 
-/// Decodes the sound of a file from one of its stations on, always with a decoder that remembers nothing: what comes out
-/// depends on the station alone.
+/// Decodes the sound of a file from one of its stations on, always with a decoder that remembers nothing: what comes
+/// out depends on the station alone.
 ///
 /// Threading: none of its own.
 class SoundRun final {
@@ -54,9 +54,9 @@ private:
     AvPtr<AVFrame> m_frame;
     bool m_waiting = false;  // whether m_packet has been read and not fed
     bool m_drained = false;
-    int64 m_fed = 0;  // packets since the station
+    int64 m_fed = 0;                    // packets since the station
     std::vector<PacketPlace> m_places;  // of the packets fed last, by their number
-    int64 m_packetHeardFrom = 0;  // positions
+    int64 m_packetHeardFrom = 0;        // positions
     int64 m_packetHeardUntil = 0;
     int64 m_position = 0;
     int64 m_heardFrom = 0;

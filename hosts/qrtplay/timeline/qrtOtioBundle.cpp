@@ -2,6 +2,7 @@
 
 #include <archive.h>
 #include <archive_entry.h>
+#include <locale.h>
 
 #include <filesystem>
 #include <fstream>
@@ -19,6 +20,25 @@ namespace fs = std::filesystem;
 
 struct ArchiveCloser {
     void operator()(archive* opened) const noexcept { archive_read_free(opened); }
+};
+
+/// While it lives, this thread takes file names for UTF-8, whatever the user's locale: in one of plain ASCII libarchive
+/// has no name for an entry with other characters.
+class Utf8Locale final {
+public:
+    Utf8Locale()
+        : m_own(newlocale(LC_CTYPE_MASK, "C.UTF-8", locale_t())), m_before(m_own ? uselocale(m_own) : locale_t()) {}
+    ~Utf8Locale() {
+        if (!m_own) return;
+        uselocale(m_before);
+        freelocale(m_own);
+    }
+    Utf8Locale(Utf8Locale const&) = delete;
+    Utf8Locale& operator=(Utf8Locale const&) = delete;
+
+private:
+    const locale_t m_own;
+    const locale_t m_before;
 };
 
 class Unpacker final {
@@ -54,8 +74,7 @@ private:
     }
 
     Outcome unpack(archive_entry* entry) {
-        char const* const utf8 = archive_entry_pathname_utf8(entry);
-        char const* const name = utf8 ? utf8 : archive_entry_pathname(entry);
+        char const* const name = archive_entry_pathname(entry);
         if (!name || !*name) return failure("has an entry without a name");
         const std::string about = "entry '" + oneLine(name) + "' ";
         const fs::path path(name);
@@ -103,6 +122,7 @@ private:
 }  // namespace
 
 Outcome unpackOtioBundle(std::string const& archive, std::string const& folder) {
+    const Utf8Locale locale;
     return Unpacker(archive, folder).run();
 }
 

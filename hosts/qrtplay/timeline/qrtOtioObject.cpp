@@ -51,7 +51,8 @@ std::string oneLine(std::string const& text) {
     constexpr size_t longest = 500;
     size_t length = std::min(text.size(), longest);
     // No character of several bytes is cut through.
-    while (length < text.size() && length > 0 && (static_cast<unsigned char>(text[length]) & 0xc0) == 0x80) --length;
+    while (length < text.size() && length > 0 && (static_cast<unsigned char>(text[length]) & 0xc0) == 0x80)
+        --length;
     std::string line = text.substr(0, length) + (length < text.size() ? "..." : "");
     const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; };
     std::replace_if(line.begin(), line.end(), isControl, '?');
