@@ -183,7 +183,8 @@ TEST_F(RenderJobs, warnOnceOfSoundThatCannotBeRead) {
     source.soundFailure = Outcome::failure("sound.wav: cannot be read");
     auto sink = movie("a.mkv", true);
     EXPECT_EQ(run(*sink, {{0, 3, 1}}, 1, true), exit_done);
-    EXPECT_EQ(std::count(errors.str().begin(), errors.str().end(), '\n'), 3) << errors.str();
+    const std::vector<std::string> all = names();
+    EXPECT_EQ(std::count(all.begin(), all.end(), "warning"), 1);
     EXPECT_THAT(errors.str(), HasSubstr("warning: sound.wav: cannot be read; silence takes its place"));
     EXPECT_EQ(DecodedFile(path("a.mkv")).left.size(), 8000u);
 }

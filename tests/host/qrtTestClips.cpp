@@ -53,14 +53,17 @@ OpenClip OpenClip::at(std::string const& path) {
 
 Outcome OpenClip::picture(int64 frame, FramePtr& picture) {
     passed.clear();
-    const auto keep = [this](int64 number, FramePtr const& each) { passed[number] = each; };
+    const auto keep = [this](int64 number, FramePtr const& each) {
+        passed[number] = each;
+        told.insert(number);
+    };
     std::string why;
     const auto result = decoder->frame(
         frame, keep, [] { return true; }, picture, why);
     EXPECT_NE(result, PictureSource::Result::given_up);
     EXPECT_EQ(result == PictureSource::Result::picture, picture != nullptr) << frame;
     if (result != PictureSource::Result::picture) return Outcome::failure(why);
-    EXPECT_EQ(passed[frame], picture) << frame;
+    EXPECT_TRUE(told.contains(frame)) << frame;
     return Outcome();
 }
 

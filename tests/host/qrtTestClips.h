@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -45,6 +46,7 @@ struct OpenClip {
     std::shared_ptr<MediaFile const> file;
     std::unique_ptr<VideoDecoder> decoder;
     std::map<int64, FramePtr> passed;  ///< what the last call came by
+    std::set<int64> told;              ///< what any call came by
 
 private:
     OpenClip() = default;

@@ -129,7 +129,7 @@ Status MediaGraphEngine::adopt(SharedPtr<Composition> const& composition, bool i
     }
 
     const std::lock_guard lock(m_mutex);
-    if (adopted.composition && !isUpdate) m_rate = adopted.composition->timeline()->rate();
+    if (adopted.composition && !isUpdate) m_rate = adopted.composition->rate();
     if (adopted.pictures != m_source.pictures) m_planned.clear();
     m_source = std::move(adopted);  // `before` ends after the lock does, and what it alone holds with it
     return status;

@@ -7,7 +7,10 @@ namespace qrtplay {
 
 TimelineComposition::TimelineComposition(std::shared_ptr<Timeline const> timeline, Files files,
                                          Presentation presentation)
-    : m_timeline(std::move(timeline)), m_files(std::move(files)), m_presentation(std::move(presentation)) {}
+    : m_timeline(std::move(timeline)),
+      m_files(std::move(files)),
+      m_presentation(std::move(presentation)),
+      m_rate(m_presentation.rate.value_or(m_timeline->rate())) {}
 
 SharedPtr<TimelineComposition> TimelineComposition::create(std::shared_ptr<Timeline const> timeline, Files files,
                                                            Presentation presentation) {
@@ -16,12 +19,12 @@ SharedPtr<TimelineComposition> TimelineComposition::create(std::shared_ptr<Timel
 }
 
 Status TimelineComposition::getStartTime(Time& start) const {
-    start = Time(0, m_timeline->rate());
+    start = Time(0, m_rate);
     return Status();
 }
 
 Status TimelineComposition::getDuration(Time& duration) const {
-    duration = Time(m_timeline->frameCount(), m_timeline->rate());
+    duration = Time(frameCount(), m_rate);
     return Status();
 }
 

@@ -16,8 +16,8 @@ namespace qrtplay {
 
 class MediaFile;
 
-/// A timeline as the player takes it, with how it is to be shown: it begins at time 0 and counts in frames of the
-/// timeline's own rate. To show the same timeline in another way, update the player with a new composition of it.
+/// A timeline as the player takes it, with how it is to be shown: it begins at time 0 and counts in output frames. To
+/// show the same timeline in another way, update the player with a new composition of it.
 ///
 /// A `Status` carries no text, so the graph engine leaves here what went wrong, for the host to show.
 /// Threading: any thread may call any method.
@@ -33,6 +33,9 @@ public:
     Status getDuration(Time& duration) const override;
 
     [[nodiscard]] std::shared_ptr<Timeline const> const& timeline() const noexcept { return m_timeline; }
+    /// Output frames per second.
+    [[nodiscard]] Rational const& rate() const noexcept { return m_rate; }
+    [[nodiscard]] int64 frameCount() const noexcept { return m_timeline->duration().frameFrom(m_rate); }
     [[nodiscard]] Presentation const& presentation() const noexcept { return m_presentation; }
     /// Null when it has not been opened beforehand.
     [[nodiscard]] std::shared_ptr<MediaFile const> file(size_t media) const;
@@ -53,6 +56,7 @@ private:
     const std::shared_ptr<Timeline const> m_timeline;
     const Files m_files;
     const Presentation m_presentation;
+    const Rational m_rate;
     mutable std::mutex m_mutex;
     // Under m_mutex.
     std::map<int64, std::string> m_failures;

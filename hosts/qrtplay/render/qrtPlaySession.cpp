@@ -85,6 +85,7 @@ Outcome PlaySession::compose(PlayInput const& input, PlaySettings const& setting
     }
     Presentation presentation;
     presentation.scaling = settings.scaling;
+    presentation.rate = settings.outputRate;
     why = OpenFailure::failed;
     if (isWanted(settings.ocio)) {
         OcioSettings const& ocio = settings.ocio;
@@ -136,7 +137,7 @@ Outcome PlaySession::startPlayer(PlaySettings const& settings, OpenFailure& why)
         outcome.failed())
         return outcome;
     why = OpenFailure::failed;
-    return setComposition(settings);
+    return setComposition();
 }
 
 // Before the player runs its pools are not there yet and need no second set-up.
@@ -158,18 +159,12 @@ Outcome PlaySession::preparePlayer(PlaySettings const& settings) {
     return outcome;
 }
 
-Outcome PlaySession::setComposition(PlaySettings const& settings) {
+Outcome PlaySession::setComposition() {
     const ConstSharedPtr<AudioFormatInterface> sound(
         new HostAudioFormat(soundRate, soundChannels, SampleKind::float32));
     if (Outcome outcome = toOutcome(m_player->setAudioFormat(sound), "sound"); outcome.failed()) return outcome;
     const Status status = m_player->setComposition(m_composition, makeGeneratorSegments(timeline().generators()));
-    if (Outcome outcome = toOutcome(status, m_name); outcome.failed()) return outcome;
-    if (settings.outputRate) {
-        const Status changed = m_player->setVideoFrameRate(*settings.outputRate);
-        if (Outcome outcome = toOutcome(changed, "frame rate"); outcome.failed()) return outcome;
-    }
-    m_rate = m_player->getVideoFrameRate();
-    return Outcome();
+    return toOutcome(status, m_name);
 }
 
 int64 PlaySession::sampleCount() const {
@@ -195,8 +190,9 @@ std::vector<std::string> PlaySession::takeWarnings() {
 
 Outcome PlaySession::start(FrameRange const& range) {
     const auto mode = hasSound() ? PlayParams::all : PlayParams::video_only;
-    const SharedPtr<PlayParams> params = PlayParams::create(Time(0, m_rate), Time(0, m_rate), Time(1, m_rate), m_rate,
-                                                            range.step, PlayParams::single, mode);
+    const Rational rate = m_composition->rate();
+    const SharedPtr<PlayParams> params =
+        PlayParams::create(Time(0, rate), Time(0, rate), Time(1, rate), rate, range.step, PlayParams::single, mode);
     // Set by number: a way through times would have to round.
     params->setStartFrame(std::min(range.first, range.last));
     params->setEndFrame(std::max(range.first, range.last));

@@ -32,6 +32,7 @@ enum class OpenFailure {
 /// one.
 ///
 /// Threading: the thread of the application object.
+/// OpenGL: a context of its own, current from opening on; one session at a time.
 class PlaySession final : public FrameSource {
 public:
     static constexpr int32 soundRate = 48000;  ///< samples per second
@@ -48,8 +49,8 @@ public:
     /// Samples of every channel, at `soundRate`.
     [[nodiscard]] int64 sampleCount() const;
 
-    [[nodiscard]] int64 frameCount() const override { return timeline().duration().frameFrom(m_rate); }
-    [[nodiscard]] Rational rate() const override { return m_rate; }
+    [[nodiscard]] int64 frameCount() const override { return m_composition->frameCount(); }
+    [[nodiscard]] Rational rate() const override { return m_composition->rate(); }
     [[nodiscard]] QSize resolution() const override { return m_resolution; }
     [[nodiscard]] ExactTime clockStart() const override { return timeline().clockStart(); }
     [[nodiscard]] bool hasSound() const override;
@@ -69,14 +70,13 @@ private:
     Outcome checkMemory(PlaySettings const& settings) const;
     Outcome startPlayer(PlaySettings const& settings, OpenFailure& why);
     Outcome preparePlayer(PlaySettings const& settings);
-    Outcome setComposition(PlaySettings const& settings);
+    Outcome setComposition();
 
     const std::string m_name;  // what messages call the input
     SharedPtr<TimelineComposition> m_composition;
     std::vector<std::string> m_warnings;  // not yet taken
     QSize m_ownResolution;
     QSize m_resolution;
-    Rational m_rate{24, 1};
     HostContext m_context;
     std::unique_ptr<FrameReader> m_reader;
     SharedPtr<Player> m_player;

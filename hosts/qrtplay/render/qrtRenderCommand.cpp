@@ -19,7 +19,8 @@ namespace {
 class Rendering {
 public:
     explicit Rendering(RenderOptions const& options)
-        : m_options(options), m_isMovie(options.hasOutput && isMovie(options.format.kind)),
+        : m_options(options),
+          m_isMovie(options.hasOutput && isMovie(options.format.kind)),
           m_report({std::cout, std::cerr, standardErrorIsTerminal()}, options.isJson) {}
 
     int run() {
@@ -28,9 +29,15 @@ public:
             return fail(outcome, status);
         if (Outcome outcome = planRender(m_options, m_source->frameCount(), m_plan); outcome.failed())
             return fail(Outcome::failure(m_options.input.files.front() + ": " + outcome.message()), exit_usage);
+        if (m_options.hasOutput) {
+            Outcome outcome = prepareFolder(m_options.output.folder());
+            if (outcome.failed()) return fail(outcome, exit_failed);
+        }
         m_report.start(factsOfRun());
-        for (std::string const& warning : m_source->takeWarnings()) m_report.warn(warning);
-        for (RenderPlan::Skipped const& skipped : m_plan.skipped) m_report.skipped(skipped.frame, skipped.path);
+        for (std::string const& warning : m_source->takeWarnings())
+            m_report.warn(warning);
+        for (RenderPlan::Skipped const& skipped : m_plan.skipped)
+            m_report.skipped(skipped.frame, skipped.path);
         if (m_plan.isWholeMovieThere) return keepMovie();
         std::unique_ptr<FrameSink> sink;
         if (Outcome outcome = openSink(sink); outcome.failed()) return fail(outcome, exit_failed);
@@ -85,7 +92,6 @@ private:
             sink = makeNullSink();
             return Outcome();
         }
-        if (Outcome outcome = prepareFolder(m_options.output.folder()); outcome.failed()) return outcome;
         if (!m_isMovie) {
             sink = makeImageSink(m_options.output, m_options.format.quality);
             return Outcome();
