@@ -8,6 +8,8 @@
 #include <optional>
 #include <set>
 
+#include "encode/qrtImageWriter.h"
+#include "encode/qrtOutputFolder.h"
 #include "host/qrtOtioText.h"
 #include "render/qrtPlaySession.h"
 
@@ -255,6 +257,29 @@ TEST(TimelinePlayback, drawsGeneratorsOverAndAmongClips) {
         const bool isCovered = frame >= 6 && frame < 30;
         played.expectColour(frame, isCovered ? mixed(below, {0, 0, 255}, 0.5) : below);
     }
+}
+
+TEST(TimelinePlayback, showsFramesAgainThatWereWrittenAsExr) {
+    PlaySettings deep;
+    deep.depth = PixelFormat::rgba16f;
+    const std::string folder = media + "/exr";
+    ASSERT_TRUE(prepareFolder(folder).success());
+    {
+        PlayedTimeline played(otio::timeline({mixedTrack()}), deep);
+        ImageWriter writer(90);
+        for (int64 frame = 0; frame < 6; ++frame) {
+            PixelBlock block;
+            ASSERT_TRUE(played.session().fetch(100 + frame, block).success());
+            writer.write(frame, folder + "/again.000" + std::to_string(frame) + ".exr", block);
+        }
+        writer.finish();
+        for (WriteResult const& result : writer.takeResults())
+            EXPECT_EQ(result.failure, "") << result.path;
+    }
+    PlayedTimeline again(otio::timeline(
+        {otio::track("Video", {otio::clip(otio::images(folder + "/", "again.", ".exr", 0, 1, 24, 6), {0, 6, 24})})}));
+    for (int64 frame = 0; frame < 6; ++frame)
+        again.expectColour(frame, mixedColour(100 + frame));
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 #include <thread>
 #include <utility>
 
+#include "encode/qrtLinearLight.h"
+#include "encode/qrtOutputFormat.h"
 #include "encode/qrtStillWriter.h"
 
 namespace qrtplay {
@@ -23,7 +25,9 @@ ImageWriter::ImageWriter(int quality, size_t threads)
 
 void ImageWriter::write(int64 frame, std::string path, PixelBlock block) {
     m_queue.push([this, frame, path = std::move(path), block = std::move(block)] {
-        const Outcome outcome = writeStill(path, block, m_quality);
+        // EXR holds linear light by convention, and is read as such.
+        const bool isLinear = fileKindOf(path) == FileKind::exr;
+        const Outcome outcome = writeStill(path, isLinear ? linearLight(block) : block, m_quality);
         const std::lock_guard lock(m_mutex);
         m_results.push_back({frame, path, outcome.message()});
     });

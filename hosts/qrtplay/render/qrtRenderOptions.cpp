@@ -23,7 +23,8 @@ Frames are numbered from 0, at the rate of the output. --frames takes
   0-9,50,90-99  a list of these
 
 The ending of --output says what is written:
-  .png .tif .tiff .exr .jpg .jpeg   a file a frame; '####' or '%04d' in the name is the frame number
+  .png .tif .tiff .exr .jpg .jpeg   a file a frame; '####' or '%04d' in the name is the frame number;
+                                    EXR holds linear light, the others are coded for an sRGB display
   .mp4   H.264 and AAC              .mov   ProRes 422 HQ (or H.264) and PCM of 24 bits
   .mkv   FFV1, which loses nothing (or H.264, ProRes), and PCM of 24 bits
 
