@@ -1,9 +1,13 @@
-# qrt_add_test(<name> SOURCES ... [LINK ...] [DEFINES ...] [OPENGL])
+# qrt_add_test(<name> SOURCES ... [LINK ...] [DEFINES ...] [NEEDS ...] [OPENGL] [ONE_THREAD])
 #
 # A test program, which is one test of CTest: a process per case would cost more than most cases do. With OPENGL it runs
-# under a display of its own and brings its own main function.
+# under a display of its own and brings its own main function. NEEDS names the fixtures that have to be set up before. With
+# ONE_THREAD there is nothing in it for ThreadSanitizer to see, and it is left out of builds with it.
 function(qrt_add_test name)
-    cmake_parse_arguments(TEST "OPENGL" "" "SOURCES;LINK;DEFINES" ${ARGN})
+    cmake_parse_arguments(TEST "OPENGL;ONE_THREAD" "" "SOURCES;LINK;DEFINES;NEEDS" ${ARGN})
+    if(TEST_ONE_THREAD AND QRT_SANITIZE STREQUAL "thread")
+        return()
+    endif()
     add_executable(${name} ${TEST_SOURCES})
     qrt_prepare_program(${name})
     target_link_libraries(${name} PRIVATE ${TEST_LINK} GTest::gmock)
@@ -17,6 +21,7 @@ function(qrt_add_test name)
         target_link_libraries(${name} PRIVATE GTest::gmock_main)
         add_test(NAME ${name} COMMAND ${name})
     endif()
+    set_tests_properties(${name} PROPERTIES FIXTURES_REQUIRED "${TEST_NEEDS}")
     qrt_set_test_environment(${name})
 endfunction()
 
