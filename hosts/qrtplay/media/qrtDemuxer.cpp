@@ -3,7 +3,7 @@
 #include <cstring>
 #include <utility>
 
-#include "media/qrtRegularFile.h"
+#include "media/qrtContainer.h"
 #include "media/qrtVideoFacts.h"
 
 namespace qrtplay {
@@ -20,27 +20,9 @@ bool isTextArt(AVCodecID codec) {
 
 Outcome Demuxer::open(std::string const& path, std::unique_ptr<Demuxer>& demuxer) {
     std::unique_ptr<Demuxer> opened(new Demuxer(path));
-    if (Outcome outcome = checkRegularFile(path); outcome.failed()) return outcome;
-    if (Outcome outcome = opened->openFile(); outcome.failed()) return outcome;
+    if (Outcome outcome = openContainer(path, opened->m_format); outcome.failed()) return outcome;
     if (Outcome outcome = opened->chooseStream(); outcome.failed()) return outcome;
     demuxer = std::move(opened);
-    return Outcome();
-}
-
-Outcome Demuxer::openFile() {
-    AVFormatContext* format = nullptr;
-    AVDictionary* options = nullptr;
-    av_dict_set(&options, "protocol_whitelist", "file", 0);
-    // The prefix makes a name that looks like an address, "http://..." or "concat:...", the name of a file.
-    const int opened = avformat_open_input(&format, ("file:" + m_path).c_str(), nullptr, &options);
-    av_dict_free(&options);
-    if (opened == AVERROR_INVALIDDATA)
-        return Outcome::failure(m_path + ": is no media file, or has lost the part that describes it");
-    if (opened < 0) return Outcome::failure(m_path + ": cannot be opened: " + avErrorText(opened));
-    m_format.reset(format);
-
-    const int found = avformat_find_stream_info(format, nullptr);
-    if (found < 0) return Outcome::failure(m_path + ": its streams cannot be read: " + avErrorText(found));
     return Outcome();
 }
 

@@ -39,7 +39,6 @@ public:
 private:
     explicit Demuxer(std::string path) : m_path(std::move(path)) {}
 
-    Outcome openFile();
     Outcome chooseStream();
 
     std::string m_path;

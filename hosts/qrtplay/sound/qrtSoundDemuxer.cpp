@@ -1,9 +1,9 @@
 #include "sound/qrtSoundDemuxer.h"
 
 #include <cstring>
-#include <filesystem>
-#include <system_error>
 #include <utility>
+
+#include "media/qrtContainer.h"
 
 namespace qrtplay {
 
@@ -14,52 +14,26 @@ constexpr int lowestSampleRate = 1000;
 constexpr int highestSampleRate = 1'536'000;
 constexpr int mostChannels = 64;
 
-Outcome checkRegularFile(std::string const& path) {
-    std::error_code error;
-    const auto status = std::filesystem::status(path, error);
-    switch (status.type()) {
-        case std::filesystem::file_type::regular: return Outcome();
-        case std::filesystem::file_type::not_found: return Outcome::failure(path + ": no such file");
-        case std::filesystem::file_type::directory: return Outcome::failure(path + ": is a folder, not a media file");
-        case std::filesystem::file_type::none: return Outcome::failure(path + ": " + error.message());
-        default: return Outcome::failure(path + ": is not a regular file");
-    }
-}
-
 }  // namespace
 
 Outcome SoundDemuxer::open(std::string const& path, std::unique_ptr<SoundDemuxer>& demuxer) {
     demuxer.reset();
     std::unique_ptr<SoundDemuxer> opened(new SoundDemuxer(path));
-    if (Outcome outcome = checkRegularFile(path); outcome.failed()) return outcome;
-    if (Outcome outcome = opened->openFile(); outcome.failed()) return outcome;
+    if (Outcome outcome = openContainer(path, opened->m_format); outcome.failed()) return outcome;
+    opened->chooseStream();
     if (!opened->m_stream) return Outcome();
     if (Outcome outcome = opened->checkStream(); outcome.failed()) return outcome;
     demuxer = std::move(opened);
     return Outcome();
 }
 
-Outcome SoundDemuxer::openFile() {
-    AVFormatContext* format = nullptr;
-    AVDictionary* options = nullptr;
-    av_dict_set(&options, "protocol_whitelist", "file", 0);
-    // The prefix makes a name that looks like an address, "http://..." or "concat:...", the name of a file.
-    const int opened = avformat_open_input(&format, ("file:" + m_path).c_str(), nullptr, &options);
-    av_dict_free(&options);
-    if (opened == AVERROR_INVALIDDATA)
-        return Outcome::failure(m_path + ": is no media file, or has lost the part that describes it");
-    if (opened < 0) return Outcome::failure(m_path + ": cannot be opened: " + avErrorText(opened));
-    m_format.reset(format);
-
-    const int found = avformat_find_stream_info(format, nullptr);
-    if (found < 0) return Outcome::failure(m_path + ": its streams cannot be read: " + avErrorText(found));
-
+void SoundDemuxer::chooseStream() {
+    AVFormatContext* const format = m_format.get();
     const int number = av_find_best_stream(format, AVMEDIA_TYPE_AUDIO, -1, -1, nullptr, 0);
     if (number >= 0) m_stream = format->streams[number];
     for (unsigned i = 0; i < format->nb_streams; ++i) {
         if (static_cast<int>(i) != number) format->streams[i]->discard = AVDISCARD_ALL;
     }
-    return Outcome();
 }
 
 Outcome SoundDemuxer::checkStream() const {

@@ -37,7 +37,7 @@ public:
 private:
     explicit SoundDemuxer(std::string path) : m_path(std::move(path)) {}
 
-    Outcome openFile();
+    void chooseStream();
     Outcome checkStream() const;
 
     std::string m_path;
