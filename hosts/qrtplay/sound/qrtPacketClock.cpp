@@ -9,7 +9,7 @@ namespace qrtplay {
 namespace {
 
 // Beyond what any recording holds, and far enough from the limits of 64 bits to add some up.
-constexpr int64 farthest = int64{1} << 52;
+constexpr int64 farthestSample = int64{1} << 52;
 
 // Muxers that once rounded to milliseconds pass their jitter on to containers with finer timestamps.
 constexpr int64 jitterMs = 5;
@@ -72,7 +72,7 @@ PacketPlace PacketClock::place(AVPacket const& packet) {
     readTrimming(packet, place);
     moveTo(packet, place);
     place.position = m_state.next;
-    m_state.next = std::min(m_state.next + place.samples, farthest);
+    m_state.next = std::min(m_state.next + place.samples, farthestSample);
     return place;
 }
 
@@ -90,7 +90,7 @@ int64 PacketClock::samplesIn(AVPacket const& packet) {
     if (samples <= 0 && !hasFineTicks(m_stream)) samples = m_usualLength;
     if (samples <= 0 && packet.duration > 0)
         samples = av_rescale_q(packet.duration, m_stream.time_base, {1, m_stream.codecpar->sample_rate});
-    return std::clamp<int64>(samples, 0, farthest);
+    return std::clamp<int64>(samples, 0, farthestSample);
 }
 
 void PacketClock::readTrimming(AVPacket const& packet, PacketPlace& place) {
@@ -114,9 +114,9 @@ void PacketClock::readTrimming(AVPacket const& packet, PacketPlace& place) {
 bool PacketClock::statedPosition(int64 timestamp, int64& position) const {
     if (timestamp == AV_NOPTS_VALUE || timestamp > INT64_MAX / 2 || timestamp < INT64_MIN / 2) return false;
     const int64 stated = av_rescale_q(timestamp, m_stream.time_base, {1, m_stream.codecpar->sample_rate});
-    if (stated == INT64_MIN || stated > farthest || stated < -farthest) return false;
+    if (stated == INT64_MIN || stated > farthestSample || stated < -farthestSample) return false;
     position = stated + m_state.offset;
-    return position <= farthest && position >= -farthest;
+    return position <= farthestSample && position >= -farthestSample;
 }
 
 // Makes m_state.next the position of the packet.

@@ -20,7 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string canonical(std::string const& path) {
+std::string withoutLinks(std::string const& path) {
     std::error_code error;
     const fs::path resolved = fs::weakly_canonical(path, error);
     return error ? path : resolved.string();
@@ -92,7 +92,7 @@ void finish(OtioObject const& timeline, std::string const& name, TimelineNode ro
 void readOutermost(std::string const& text, std::string const& name, std::string const& path, OtioRun& run) {
     rapidjson::Document document;
     parse(text, name, document);
-    run.chain.push_back(canonical(path));
+    run.chain.push_back(withoutLinks(path));
     const std::string folder = folderOf(path);
     useTimeline(OtioObject(document, name), run, [&](OtioObject const& timeline) {
         TimelineNode root = OtioBuilder(folder, false, run).build(timeline, &run.content.tracks);
@@ -143,7 +143,7 @@ Outcome guarded(std::string const& name, OtioOptions const& options, std::shared
 
 TimelineNode readNestedOtio(OtioObject const& clip, std::string const& path, bool isAudible, OtioRun& run) {
     constexpr size_t deepest = 8;
-    const std::string file = canonical(path);
+    const std::string file = withoutLinks(path);
     const auto first = std::find(run.chain.begin(), run.chain.end(), file);
     if (first != run.chain.end()) {
         std::string circle;
