@@ -357,6 +357,9 @@ TEST(MediaGraphEngine, fillsSoundInTheHostsFormatOnly) {
     EXPECT_TRUE(drawing.engine->fillAudio(format, nullptr, 4, 0) == Status::invalid_argument);
     EXPECT_TRUE(drawing.engine->fillAudio(format, bytes.data(), bytes.size(), 0).success());
     EXPECT_THAT(bytes, ::testing::Each(0)) << "the clip has no sound";
+    bytes.fill(1);
+    EXPECT_TRUE(drawing.engine->fillAudio(format, bytes.data(), bytes.size(), SIZE_MAX).success());
+    EXPECT_THAT(bytes, ::testing::Each(0)) << "nothing is heard that far away";
     EXPECT_TRUE(MediaGraphEngine::create()->fillAudio(format, bytes.data(), bytes.size(), 0) == Status::no_composition);
 }
 

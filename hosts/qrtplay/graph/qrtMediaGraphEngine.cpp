@@ -165,8 +165,10 @@ void MediaGraphEngine::prepareAhead(Source const& source, int64 frame) {
     const std::lock_guard lock(m_mutex);
     const int64 step = m_step == 0 ? 1 : m_step;
     std::vector<PictureStore::Wish> wishes;
-    for (int ahead = 0; ahead < framesAhead; ++ahead) {
-        const int64 planned = frame + ahead * step;
+    constexpr int64 mostFrames = int64{1} << 62;  // so that a step beyond the end does not overflow
+    const int64 frameCount = std::min(timeline.duration().frameFrom(m_rate), mostFrames);
+    int64 planned = frame;
+    for (int ahead = 0; ahead < framesAhead && planned >= 0 && planned < frameCount; ++ahead, planned += step) {
         if (!m_planned.contains(planned)) m_planned.add(planned, picturesOf(timeline.pictureAt(planned, m_rate)));
         auto const& pictures = m_planned.pictures(planned);
         wishes.insert(wishes.end(), pictures.begin(), pictures.end());
@@ -182,6 +184,11 @@ Status MediaGraphEngine::fillAudio(ConstSharedPtr<AudioFormatInterface> const& f
     if (!current.composition) return Status::no_composition;
     const size_t sampleSize = known->getSizeInBytes(1);
     if (bytes % sampleSize != 0) return Status::invalid_argument;
+    constexpr size_t farthest = size_t{1} << 60;  // years beyond any timeline
+    if (position > farthest) {
+        std::fill_n(buffer, bytes, '\0');
+        return Status();
+    }
     current.sound->fill(*known, static_cast<int64>(position), static_cast<int64>(bytes / sampleSize), buffer);
     return Status();
 }
