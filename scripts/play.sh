@@ -6,16 +6,17 @@ root=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)
 
 usage() {
     cat <<'END'
-Plays a media file or a timeline through the player and leaves a picture of it.
+Plays a media file or a timeline in the window of qrtplay.
 
 usage: scripts/play.sh [FILE] [--output SHEET.png]
 
   FILE        a media file, images such as 'plate.####.exr', or a timeline (.otio, .otiod, .otioz); without one a
               sample timeline is made under build/
-  --output    where to write the contact sheet; build/contact-sheet.png without it
+  --output    writes a contact sheet to this file instead of opening the window
 
-Installs what is missing (Debian packages, as root or with sudo), builds a release, and writes a contact sheet whose
-path it prints. Starts its own display when there is none. Quick when nothing has changed.
+Installs what is missing (Debian packages, as root or with sudo) and builds a release. Without a display it starts one
+of its own and writes a contact sheet (build/contact-sheet.png) and a screenshot of the window while it plays
+(build/screenshot.png), and prints their paths. Quick when nothing has changed.
 
 For single frames use the program that it builds:
   scripts/with-display.sh build/release/bin/qrtplay render FILE --frames 0-99 --output 'out/frame.####.png'
@@ -28,7 +29,7 @@ fail() {
 }
 
 file=
-output=$root/build/contact-sheet.png
+output=
 while [[ $# -gt 0 ]]; do
     case $1 in
         -h | --help)
@@ -85,8 +86,18 @@ if [[ -z $file ]]; then
     fi
 fi
 
-display=()
-[[ -n ${DISPLAY-} || -n ${WAYLAND_DISPLAY-} ]] || display=("$root/scripts/with-display.sh")
 case $file in -*) file=./$file ;; esac
-"${display[@]}" "$build/bin/qrtplay" contact-sheet "$file" "--output=$output" >/dev/null
-echo "$output"
+program=$build/bin/qrtplay
+if [[ -n ${DISPLAY-} || -n ${WAYLAND_DISPLAY-} ]]; then
+    [[ -n $output ]] || exec "$program" view "$file" --play
+    "$program" contact-sheet "$file" "--output=$output" >/dev/null
+    echo "$output"
+    exit
+fi
+
+with_display=$root/scripts/with-display.sh
+"$with_display" "$program" contact-sheet "$file" "--output=${output:-$root/build/contact-sheet.png}" >/dev/null
+echo "${output:-$root/build/contact-sheet.png}"
+[[ -z $output ]] || exit 0
+"$with_display" "$program" view "$file" --play --screenshot "$root/build/screenshot.png"
+echo "$root/build/screenshot.png"

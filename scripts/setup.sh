@@ -10,6 +10,7 @@ packages=(
     qtbase5-dev rapidjson-dev libgl-dev libegl-dev libopengl-dev libx11-dev
     # the reference host
     libavcodec-dev libavformat-dev libavutil-dev libswresample-dev libswscale-dev libopencolorio-dev libarchive-dev
+    qtmultimedia5-dev libqt5multimedia5-plugins
     # tests, benchmarks and the sample clip
     libgtest-dev libgmock-dev libbenchmark-dev libclang-rt-14-dev gcovr ffmpeg fonts-dejavu-core
     # OpenGL without a display

@@ -1,4 +1,4 @@
-#include "render/qrtProgram.h"
+#include "qrtProgram.h"
 
 int main(int argc, char** argv) {
     return qrtplay::runProgram(argc, argv);

@@ -5,6 +5,8 @@
 
 #include <QCoreApplication>
 
+#include "render/qrtViewOptions.h"
+
 namespace qrtplay {
 namespace {
 
@@ -104,14 +106,60 @@ TEST_F(CommandLines, readEverythingOfContactSheet) {
     EXPECT_EQ(options.contactSheet.width, 2400);
 }
 
+TEST_F(CommandLines, openTheWindowForFilesWithoutACommand) {
+    ASSERT_TRUE(parse({"a.mp4", "b.mp4", "--start", "7", "--play", "--ping-pong", "--full-screen", "--every-frame",
+                       "--mute", "--fps", "25", "--allow-path", "/a"})
+                    .success());
+    EXPECT_EQ(options.command, Options::Command::view);
+    ViewOptions const& view = options.view;
+    EXPECT_THAT(view.input.files, ::testing::ElementsAre("a.mp4", "b.mp4"));
+    EXPECT_THAT(view.input.allowPaths, ::testing::ElementsAre("/a"));
+    EXPECT_TRUE(view.input.imageRate == Rational(25, 1));
+    EXPECT_EQ(view.start, 7);
+    EXPECT_EQ(view.mode, PlayParams::ping_pong);
+    EXPECT_TRUE(view.isPlaying && view.isFullScreen && view.isEveryFrame && view.isMuted);
+}
+
+TEST_F(CommandLines, openAnEmptyWindowWithoutFiles) {
+    for (QStringList const& words : {QStringList(), QStringList("view"), QStringList("--full-screen")}) {
+        ASSERT_TRUE(parse(words).success()) << words.join(' ').toStdString();
+        EXPECT_EQ(options.command, Options::Command::view);
+        EXPECT_TRUE(options.view.input.files.empty());
+    }
+}
+
+TEST_F(CommandLines, takeAFileForACommandsNameOnlyWhenItLooksLikeAFile) {
+    for (const char* const file : {"clip.mp4", "./render", "shot####", "/tmp"})
+        EXPECT_TRUE(parse({file}).success()) << file;
+    EXPECT_THAT(failure({"rendre"}), HasSubstr("'rendre': neither a file nor a command"));
+    EXPECT_TRUE(parse({"view", "rendre"}).success());
+}
+
+TEST_F(CommandLines, putTheWindowsOptionsInThePlaceOfWhatWasKept) {
+    ASSERT_TRUE(parse({"clip.mp4", "--resolution", "640x360", "--vram", "--head", "5", "--scaling", "fill"}).success());
+    PlaySettings kept;
+    kept.ramOutputs = true;
+    kept.tailFrames = 3;
+    kept.ocio.config = "kept.ocio";
+    overrideSettings(options.view, kept);
+    EXPECT_EQ(kept.resolution, QSize(640, 360));
+    EXPECT_FALSE(kept.ramOutputs);
+    EXPECT_EQ(kept.headFrames, 5);
+    EXPECT_EQ(kept.scaling, Scaling::fill);
+    EXPECT_EQ(kept.tailFrames, 3) << "was not named";
+    EXPECT_EQ(kept.ocio.config, "kept.ocio") << "was not named";
+}
+
 TEST_F(CommandLines, takeAClipWhoseNameBeginsWithADashAfterTwoDashes) {
     ASSERT_TRUE(parse({"render", "--output", "f.#.png", "--", "-odd.mp4"}).success());
     EXPECT_EQ(options.render.input.files, std::vector<std::string>{"-odd.mp4"});
 }
 
 TEST_F(CommandLines, failWithALineThatNamesTheWord) {
-    EXPECT_THAT(failure({}), HasSubstr("no command"));
     EXPECT_THAT(failure({"play"}), HasSubstr("'play'"));
+    EXPECT_THAT(failure({"clip.mp4", "--loop", "--ping-pong"}), HasSubstr("exclude"));
+    EXPECT_THAT(failure({"clip.mp4", "--start", "-1"}), HasSubstr("--start '-1'"));
+    EXPECT_THAT(failure({"clip.mp4", "--ful-screen"}), HasSubstr("ful-screen"));
     EXPECT_THAT(failure({"render"}), HasSubstr("no file is named"));
     EXPECT_THAT(failure({"contact-sheet", "a", "b", "--output", "f.png"}), HasSubstr("'b'"));
     EXPECT_THAT(failure({"self-test", "a"}), HasSubstr("'a'"));
@@ -144,7 +192,12 @@ TEST_F(CommandLines, explainEveryCommandAndOption) {
     ASSERT_TRUE(parse({"--help"}).success());
     EXPECT_EQ(options.command, Options::Command::print);
     for (const char* const word :
-         {"render", "contact-sheet", "info", "self-test", "--version", "with-display.sh", "Exit status"})
+         {"render", "contact-sheet", "info", "self-test", "--version", "with-display.sh", "Exit status", "--start",
+          "--play", "--loop", "--ping-pong", "--full-screen", "--every-frame", "--mute", "--fps", "--allow-path",
+          "--resolution", "--scaling", "--ocio", "--display", "--view", "--vram", "--ram", "--head", "--tail", "--cache"})
+        EXPECT_THAT(options.text, HasSubstr(word));
+    ASSERT_TRUE(parse({"view", "--help"}).success());
+    for (const char* const word : {"--start", "--full-screen", "Examples", "Exit status"})
         EXPECT_THAT(options.text, HasSubstr(word));
     ASSERT_TRUE(parse({"render", "--help"}).success());
     EXPECT_EQ(options.command, Options::Command::print);

@@ -1,4 +1,4 @@
-#include "render/qrtTimecode.h"
+#include "playback/qrtTimecode.h"
 
 #include <gtest/gtest.h>
 

@@ -2,6 +2,7 @@
 
 #include <QOpenGLContext>
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <utility>
 
@@ -146,12 +147,15 @@ Status MediaGraphEngine::renderFrame(VideoBufferResolution const& resolution, in
     const Source current = source();
     if (!current.composition) return Status::no_composition;
 
+    const auto start = std::chrono::steady_clock::now();
     prepareAhead(current, frame);
     QOpenGLExtraFunctions& gl = *m_context->extraFunctions();
     Layers layers(gl, current, m_segments);
     const FrameNode plan = current.composition->timeline()->pictureAt(frame, getVideoFrameRate());
     const Outcome outcome =
         m_composer.compose(gl, plan, layers, {texture, resolution.getWidth(), resolution.getHeight()});
+    const std::chrono::nanoseconds took = std::chrono::steady_clock::now() - start;
+    current.composition->noteRenderTime(took.count());
     if (outcome.success()) return Status();
     current.composition->noteFailure(frame, outcome.message());
     return Status::general_failure;

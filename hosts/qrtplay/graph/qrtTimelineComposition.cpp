@@ -18,6 +18,10 @@ SharedPtr<TimelineComposition> TimelineComposition::create(std::shared_ptr<Timel
         new TimelineComposition(std::move(timeline), std::move(files), std::move(presentation)));
 }
 
+SharedPtr<TimelineComposition> TimelineComposition::presentedAs(Presentation presentation) const {
+    return create(m_timeline, m_files, std::move(presentation));
+}
+
 Status TimelineComposition::getStartTime(Time& start) const {
     start = Time(0, m_rate);
     return Status();

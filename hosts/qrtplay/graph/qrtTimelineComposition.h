@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -29,6 +30,9 @@ public:
     [[nodiscard]] static SharedPtr<TimelineComposition> create(std::shared_ptr<Timeline const> timeline,
                                                                Files files = {}, Presentation presentation = {});
 
+    /// The same timeline and files, to be shown in another way. Notes are not taken over.
+    [[nodiscard]] SharedPtr<TimelineComposition> presentedAs(Presentation presentation) const;
+
     Status getStartTime(Time& start) const override;
     Status getDuration(Time& duration) const override;
 
@@ -45,6 +49,11 @@ public:
     /// What was noted last for the frame; empty when nothing was.
     [[nodiscard]] std::string failureOf(int64 frame) const;
 
+    /// How long the frame rendered last took the graph engine, in nanoseconds: waiting for its pictures and drawing them,
+    /// without what OpenGL does of it afterwards.
+    void noteRenderTime(int64 nanoseconds) noexcept { m_renderTime = nanoseconds; }
+    [[nodiscard]] int64 renderTime() const noexcept { return m_renderTime; }
+
     /// Something that playing goes on without, such as missing media. The same line is noted once.
     void noteWarning(std::string const& line);
     /// Those noted since the last call.
@@ -57,6 +66,7 @@ private:
     const Files m_files;
     const Presentation m_presentation;
     const Rational m_rate;
+    std::atomic<int64> m_renderTime = 0;
     mutable std::mutex m_mutex;
     // Under m_mutex.
     std::map<int64, std::string> m_failures;

@@ -59,8 +59,12 @@ Outcome CommandLine::parse(QStringList const& arguments) {
 }
 
 std::string CommandLine::help() const {
-    std::string text = "Usage: qrtplay " + std::string(m_syntax.name) + " " + m_syntax.usage + "\n\n" + m_syntax.summary +
-                       "\n";
+    return "Usage: qrtplay " + std::string(m_syntax.name) + " " + m_syntax.usage + "\n\n" + m_syntax.summary + "\n" +
+           optionsHelp() + m_syntax.examples;
+}
+
+std::string CommandLine::optionsHelp() const {
+    std::string text;
     size_t widest = 0;
     for (CommandSyntax::Group const& group : m_syntax.groups)
         for (CommandSyntax::Option const& option : group.options) widest = std::max(widest, spellingOf(option).size());
@@ -73,7 +77,7 @@ std::string CommandLine::help() const {
             text += line + wrapped(option.text, column) + "\n";
         }
     }
-    return text + m_syntax.examples;
+    return text;
 }
 
 std::vector<std::string> CommandLine::files() const {

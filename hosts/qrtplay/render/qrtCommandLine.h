@@ -8,7 +8,7 @@
 
 #include "base/qrtKit.h"
 #include "base/qrtOutcome.h"
-#include "render/qrtPlaySettings.h"
+#include "playback/qrtPlaySettings.h"
 
 namespace qrtplay {
 
@@ -44,6 +44,8 @@ public:
     Outcome parse(QStringList const& arguments);
     [[nodiscard]] bool isHelp() const { return m_parser.isSet("help"); }
     [[nodiscard]] std::string help() const;
+    /// The part of it that lists the options.
+    [[nodiscard]] std::string optionsHelp() const;
 
     [[nodiscard]] std::vector<std::string> files() const;
     [[nodiscard]] bool has(char const* name) const { return m_parser.isSet(name); }

@@ -14,7 +14,7 @@
 #include "render/qrtInterrupt.h"
 #include "render/qrtOpenInput.h"
 #include "render/qrtProgress.h"
-#include "render/qrtTimecode.h"
+#include "playback/qrtTimecode.h"
 
 namespace qrtplay {
 

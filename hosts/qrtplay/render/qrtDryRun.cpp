@@ -6,7 +6,7 @@
 #include "render/qrtJsonText.h"
 #include "render/qrtOpenInput.h"
 #include "render/qrtRenderPlan.h"
-#include "render/qrtTimecode.h"
+#include "playback/qrtTimecode.h"
 
 namespace qrtplay {
 

@@ -2,8 +2,8 @@
 
 #include "render/qrtInfoText.h"
 #include "render/qrtJsonText.h"
-#include "render/qrtPlaySession.h"
-#include "render/qrtTimecode.h"
+#include "playback/qrtPreparedInput.h"
+#include "playback/qrtTimecode.h"
 
 namespace qrtplay {
 

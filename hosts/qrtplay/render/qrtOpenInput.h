@@ -11,7 +11,7 @@
 #include "input/qrtPlayInput.h"
 #include "render/qrtConsole.h"
 #include "render/qrtFrameSource.h"
-#include "render/qrtPlaySettings.h"
+#include "playback/qrtPlaySettings.h"
 
 namespace qrtplay {
 

@@ -1,7 +1,10 @@
 #include "render/qrtOptions.h"
 
+#include "base/qrtProgramVersion.h"
 #include "render/qrtCommandLine.h"
+#include "render/qrtPlayOptions.h"
 #include "render/qrtRenderOptions.h"
+#include "render/qrtViewOptions.h"
 
 namespace qrtplay {
 
@@ -10,6 +13,7 @@ namespace {
 constexpr char overview[] = R"(Plays media files and timelines through the QRT player and keeps what it shows.
 
 Usage:
+  qrtplay [FILE...] [options]                          shows files in a window
   qrtplay render FILE... --output PATTERN [options]    writes frames as image files or a movie
   qrtplay contact-sheet FILE --output SHEET [options]  writes one picture with frames from all over a file
   qrtplay info FILE [--json]                           tells what a file or a timeline holds
@@ -20,12 +24,17 @@ Usage:
 A FILE is a media file, an image sequence such as 'plates/shot.####.exr', or a timeline (.otio, .otioz, .otiod).
 
 Examples:
+  qrtplay clip.mp4 --play
   qrtplay render clip.mp4 --output 'out/frame.####.png'
   qrtplay render cut.otio --frames 0-99 --output cut.mov
   qrtplay contact-sheet clip.mp4 --output sheet.png
   qrtplay info cut.otio
 
-Without a display (on a server, say) run it under scripts/with-display.sh or xvfb-run.
+Options of the window ('qrtplay view --help' explains more):
+)";
+
+constexpr char overviewEnd[] = R"(
+Without a display (on a server, say) run the commands under scripts/with-display.sh or xvfb-run.
 Exit status: 0 done, 1 failed, 2 the command line is wrong, 3 an input is missing, 4 a media or timeline was refused,
 5 no OpenGL, 6 some frames failed, 130 ended by Ctrl-C.
 )";
@@ -133,21 +142,20 @@ Outcome parseSelfTest(QStringList const& arguments, Options& options) {
 
 Outcome parseOptions(QStringList const& arguments, Options& options) {
     options = Options();
-    if (arguments.size() < 2) return Outcome::failure("no command is given; 'qrtplay --help' names them");
-    const QString command = arguments[1];
+    const QString command = arguments.value(1);
     if (command == "render") return parseRender(arguments, options);
     if (command == "contact-sheet") return parseContactSheet(arguments, options);
     if (command == "info") return parseInfo(arguments, options);
     if (command == "self-test") return parseSelfTest(arguments, options);
     if (command == "--help" || command == "-h" || command == "help") {
-        options.text = overview;
+        options.text = overview + viewOptionsHelp() + overviewEnd;
         return Outcome();
     }
     if (command == "--version" || command == "-v") {
         options.text = "qrtplay " + std::string(versionNumber) + "\n";
         return Outcome();
     }
-    return Outcome::failure("'" + command.toStdString() + "': not a command; 'qrtplay --help' names them");
+    return parseView(arguments, options);
 }
 
 }  // namespace qrtplay

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QStringList>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,11 +11,10 @@
 #include "input/qrtPlayInput.h"
 #include "render/qrtFrameRange.h"
 #include "render/qrtOutputPattern.h"
-#include "render/qrtPlaySettings.h"
+#include "playback/qrtPlaySettings.h"
+#include "player/qrtPlayParams.h"
 
 namespace qrtplay {
-
-constexpr char versionNumber[] = "0.81.0";
 
 /// `qrtplay render`.
 struct RenderOptions {
@@ -52,15 +52,29 @@ struct SelfTestOptions {
     bool isJson = false;
 };
 
+/// `qrtplay [view]`: the window.
+struct ViewOptions {
+    PlayInput input;  ///< without files the window opens empty
+    std::optional<int> start;
+    bool isPlaying = false;
+    bool isFullScreen = false;
+    bool isEveryFrame = false;
+    bool isMuted = false;
+    std::optional<PlayParams::PlayMode> mode;
+    std::string screenshot;  ///< a file to write a picture of the window to, which then ends; empty: none
+    QStringList words;  ///< the whole command line
+};
+
 /// What the user wants.
 struct Options {
-    enum class Command { render, contact_sheet, info, self_test, print };
+    enum class Command { render, contact_sheet, info, self_test, view, print };
 
     Command command = Command::print;
     RenderOptions render;
     ContactSheetOptions contactSheet;
     InfoOptions info;
     SelfTestOptions selfTest;
+    ViewOptions view;
     std::string text;  ///< for `print`: help or version
 };
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "render/qrtTimecode.h"
+#include "playback/qrtTimecode.h"
 
 namespace qrtplay {
 

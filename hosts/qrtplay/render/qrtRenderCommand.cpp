@@ -9,7 +9,7 @@
 #include "render/qrtRenderJob.h"
 #include "render/qrtRenderPlan.h"
 #include "render/qrtShellWords.h"
-#include "render/qrtTimecode.h"
+#include "playback/qrtTimecode.h"
 
 namespace qrtplay {
 

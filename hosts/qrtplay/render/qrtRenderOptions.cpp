@@ -1,16 +1,11 @@
 #include "render/qrtRenderOptions.h"
 
-#include <QRegularExpression>
-
-#include "media/qrtVideoFacts.h"
-#include "render/qrtTimecode.h"
+#include "render/qrtPlayOptions.h"
 
 namespace qrtplay {
 
 namespace {
 
-constexpr int mostCachedFrames = 10000;
-constexpr int mostCacheInMiB = 1 << 20;
 constexpr int mostLoops = 1000000;
 
 constexpr char examples[] = R"(
@@ -55,8 +50,7 @@ CommandSyntax renderSyntax() {
             {
                 {"What is rendered",
                  {{"frames", "RANGES", "Which frames, see below; all without it."},
-                  {"fps", "RATE", "Frames per second of the output, such as 25, 23.976 or 24000/1001; the input's own "
-                                  "without it."},
+                  frameRateOption(),
                   {"loop", "N", "Plays it N times and tells how the memory grows; with --no-output."},
                   allowPathOption()}},
                 {"What is written",
@@ -68,78 +62,12 @@ CommandSyntax renderSyntax() {
                   {"no-sound", "", "Leaves the sound out of a movie."},
                   {"skip-existing", "", "Leaves out frames whose file is there, and a movie that is there."},
                   {"dry-run", "", "Says what would be written, and writes nothing. Needs no OpenGL."}}},
-                {"Picture",
-                 {{"resolution", "WxH", "Size of the frames; the input's own without it."},
-                  {"scaling", "HOW", "For pictures of another size: fit (with bars, the default), fill (cut off) or 1:1."},
-                  {"ocio", "CONFIG", "Manages colours with this OpenColorIO configuration; with the one that OCIO names without it, ..."},
-                  {"display", "D", "... for this display of it ..."},
-                  {"view", "V", "... and this view; its defaults without them."}}},
-                {"Player",
-                 {{"vram", "", "Frames are delivered as textures (the default)."},
-                  {"ram", "", "Frames are delivered as blocks of memory."},
-                  {"head", "N", "How many frames are kept rendered ahead."},
-                  {"tail", "N", "How many frames are kept rendered behind."},
-                  {"cache", "MIB", "Memory for decoded pictures, in MiB."}}},
+                pictureOptions(),
+                playerOptions(),
                 {"Report",
                  {{"json", "", "One JSON object a line on standard output for everything that happens, a summary last."}}},
             },
             examples};
-}
-
-Outcome parseResolution(std::string const& text, std::optional<QSize>& resolution) {
-    static const QRegularExpression form("^([0-9]{1,9})x([0-9]{1,9})$");
-    const auto match = form.match(QString::fromStdString(text));
-    if (!match.hasMatch())
-        return Outcome::failure("resolution '" + text + "': has to be WIDTHxHEIGHT in pixels, for example 1280x720");
-    const QSize size(match.captured(1).toInt(), match.captured(2).toInt());
-    if (size.width() < 1 || size.height() < 1 || size.width() > maxPictureSide || size.height() > maxPictureSide)
-        return Outcome::failure("resolution '" + text + "': width and height have to lie between 1 and " +
-                                std::to_string(maxPictureSide));
-    resolution = size;
-    return Outcome();
-}
-
-Outcome parseScaling(std::string const& text, Scaling& scaling) {
-    if (text == "fit")
-        scaling = Scaling::fit;
-    else if (text == "fill")
-        scaling = Scaling::fill;
-    else if (text == "1:1")
-        scaling = Scaling::one_to_one;
-    else
-        return Outcome::failure("--scaling '" + text + "': has to be fit, fill or 1:1");
-    return Outcome();
-}
-
-Outcome parseOcio(CommandLine const& line, OcioSettings& ocio) {
-    for (char const* const name : {"ocio", "display", "view"}) {
-        if (line.has(name) && line.value(name).empty())
-            return Outcome::failure("--" + std::string(name) + ": has to be named");
-    }
-    ocio = {line.value("ocio"), line.value("display"), line.value("view")};
-    return Outcome();
-}
-
-Outcome parsePlay(CommandLine const& line, PlaySettings& play) {
-    if (line.has("ram") && line.has("vram")) return Outcome::failure("--ram and --vram exclude each other");
-    play.ramOutputs = line.has("ram");
-    if (line.has("resolution")) {
-        Outcome outcome = parseResolution(line.value("resolution"), play.resolution);
-        if (outcome.failed()) return outcome;
-    }
-    if (line.has("scaling")) {
-        if (Outcome outcome = parseScaling(line.value("scaling"), play.scaling); outcome.failed()) return outcome;
-    }
-    if (line.has("fps")) {
-        Rational rate;
-        if (Outcome outcome = parseRate(line.value("fps"), rate); outcome.failed()) return outcome;
-        play.outputRate = rate;
-    }
-    if (Outcome outcome = parseOcio(line, play.ocio); outcome.failed()) return outcome;
-    Outcome outcome = line.number("head", 0, mostCachedFrames, play.headFrames);
-    if (outcome.success()) outcome = line.number("tail", 0, mostCachedFrames, play.tailFrames);
-    if (outcome.success()) outcome = line.number("cache", 1, mostCacheInMiB, play.decodeCacheInMiB);
-    return outcome;
 }
 
 /// Options that say how files are written make no sense without files.
@@ -186,10 +114,6 @@ Outcome parseOutput(CommandLine const& line, RenderOptions& render) {
 
 }  // namespace
 
-CommandSyntax::Option allowPathOption() {
-    return {"allow-path", "DIR", "A timeline may take media from this folder only; can be repeated. Anywhere without it."};
-}
-
 Outcome parseRender(QStringList const& arguments, Options& options) {
     CommandLine line(renderSyntax());
     if (Outcome outcome = line.parse(arguments); outcome.failed()) return outcome;
@@ -203,7 +127,7 @@ Outcome parseRender(QStringList const& arguments, Options& options) {
     render.input.allowPaths = line.values("allow-path");
     for (const QString& word : arguments) render.words.push_back(word.toStdString());
     if (Outcome outcome = parseOutput(line, render); outcome.failed()) return outcome;
-    if (Outcome outcome = parsePlay(line, render.play); outcome.failed()) return outcome;
+    if (Outcome outcome = parsePlayOptions(line, render.play); outcome.failed()) return outcome;
     render.play.depth = render.format.depth;
     // The files of an image sequence do not tell their rate; the output's is the best guess.
     if (render.play.outputRate) render.input.imageRate = *render.play.outputRate;

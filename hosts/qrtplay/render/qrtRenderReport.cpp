@@ -3,8 +3,9 @@
 #include <QString>
 #include <utility>
 
+#include "base/qrtProgramVersion.h"
 #include "render/qrtOptions.h"
-#include "render/qrtTimecode.h"
+#include "playback/qrtTimecode.h"
 
 namespace qrtplay {
 

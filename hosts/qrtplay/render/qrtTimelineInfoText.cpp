@@ -2,7 +2,7 @@
 
 #include "render/qrtInfoText.h"
 #include "render/qrtJsonText.h"
-#include "render/qrtTimecode.h"
+#include "playback/qrtTimecode.h"
 
 namespace qrtplay {
 

@@ -1,8 +1,9 @@
-#include "render/qrtProgram.h"
+#include "qrtProgram.h"
 
 #include <QCoreApplication>
-#include <QGuiApplication>
+#include <QApplication>
 #include <iostream>
+#include <memory>
 
 #include "foundation/core/qrtPlatform.h"
 #include "foundation/logger/qrtLogMsg.h"
@@ -15,6 +16,8 @@
 #include "render/qrtOptions.h"
 #include "render/qrtRenderCommand.h"
 #include "render/qrtSelfTestCommand.h"
+#include "viewer/qrtViewerApplication.h"
+#include "viewer/qrtViewerProgram.h"
 
 namespace qrtplay {
 
@@ -43,10 +46,6 @@ void silenceLibraries() {
     qInstallMessageHandler(dropMinorMessages);
 }
 
-}  // namespace
-
-namespace {
-
 /// Ends a command that cannot begin for want of a display, in the manner of the command.
 int endWithoutOpenGl(Options const& options, std::string const& why) {
     if (options.command == Options::Command::self_test) return reportNoOpenGl(options.selfTest, why);
@@ -55,13 +54,20 @@ int endWithoutOpenGl(Options const& options, std::string const& why) {
     return exit_no_opengl;
 }
 
+/// The window needs more of Qt than a command, and contexts that share their objects.
+std::unique_ptr<QGuiApplication> makeApplication(Options const& options, int& argc, char** argv) {
+    if (options.command == Options::Command::view) return makeViewerApplication(argc, argv);
+    return std::make_unique<QGuiApplication>(argc, argv);
+}
+
 int runWithDisplay(int argc, char** argv, Options const& options) {
     if (Outcome outcome = checkDisplay(); outcome.failed()) return endWithoutOpenGl(options, outcome.message());
-    const QGuiApplication application(argc, argv);
+    const auto application = makeApplication(options, argc, argv);
     if (Outcome outcome = checkPlatform(); outcome.failed()) return endWithoutOpenGl(options, outcome.message());
     switch (options.command) {
         case Options::Command::render: return runRender(options.render);
         case Options::Command::contact_sheet: return runContactSheet(options.contactSheet);
+        case Options::Command::view: return runViewer(options.view);
         default: return runSelfTest(options.selfTest);
     }
 }

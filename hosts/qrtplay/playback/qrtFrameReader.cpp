@@ -1,4 +1,4 @@
-#include "render/qrtFrameReader.h"
+#include "playback/qrtFrameReader.h"
 
 #include <array>
 #include <cstring>

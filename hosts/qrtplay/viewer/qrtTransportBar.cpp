@@ -1,0 +1,70 @@
+#include "viewer/qrtTransportBar.h"
+
+#include <QFontDatabase>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QStyle>
+#include <QToolButton>
+
+#include "viewer/qrtViewerActions.h"
+
+namespace qrtplay {
+
+namespace {
+
+QLabel* makeLabel(QString const& name, QString const& toolTip, QWidget* parent) {
+    auto* const label = new QLabel(parent);
+    label->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    label->setAccessibleName(name);
+    label->setToolTip(toolTip);
+    return label;
+}
+
+}  // namespace
+
+TransportBar::TransportBar(ViewerActions& actions, QWidget* parent)
+    : QWidget(parent),
+      m_position(makeLabel("Position", "The frame on show", this)),
+      m_length(makeLabel("Length", "The length of what is open", this)),
+      m_speed(makeLabel("Speed", "How fast it plays", this)) {
+    auto* const row = new QHBoxLayout(this);
+    row->setContentsMargins(8, 2, 8, 2);
+    row->setSpacing(2);
+    row->addWidget(m_position);
+    row->addStretch();
+    const auto add = [&](ViewerCommand command, QStyle::StandardPixmap icon) {
+        QAction& action = actions[command];
+        action.setIcon(style()->standardIcon(icon));
+        auto* const button = new QToolButton(this);
+        button->setDefaultAction(&action);
+        button->setAutoRaise(true);
+        button->setIconSize({20, 20});
+        button->setFocusPolicy(Qt::TabFocus);
+        button->setAccessibleName(action.text().remove('&'));
+        row->addWidget(button);
+    };
+    add(ViewerCommand::go_to_start, QStyle::SP_MediaSkipBackward);
+    add(ViewerCommand::step_back, QStyle::SP_ArrowLeft);
+    add(ViewerCommand::shuttle_back, QStyle::SP_MediaSeekBackward);
+    add(ViewerCommand::toggle_play, QStyle::SP_MediaPlay);
+    add(ViewerCommand::shuttle_forward, QStyle::SP_MediaSeekForward);
+    add(ViewerCommand::step_forward, QStyle::SP_ArrowRight);
+    add(ViewerCommand::go_to_end, QStyle::SP_MediaSkipForward);
+    row->addSpacing(8);
+    row->addWidget(m_speed);
+    row->addStretch();
+    row->addWidget(m_length);
+    m_speed->setMinimumWidth(m_speed->fontMetrics().horizontalAdvance("-8x ping-pong"));
+}
+
+void TransportBar::setPosition(QString const& position, QString const& length) {
+    m_position->setText(position);
+    m_length->setText(length);
+}
+
+void TransportBar::setSpeed(QString const& text) {
+    m_speed->setText(text);
+}
+
+}  // namespace qrtplay

@@ -1,0 +1,31 @@
+#include "viewer/qrtViewerProgram.h"
+
+#include <QApplication>
+#include <utility>
+
+#include "render/qrtViewOptions.h"
+#include "viewer/qrtScreenshot.h"
+#include "viewer/qrtViewerWindow.h"
+
+namespace qrtplay {
+
+int runViewer(ViewOptions const& options) {
+    QCoreApplication::setOrganizationName("qrt");
+    QCoreApplication::setApplicationName("qrtplay");
+    ViewerStart start;
+    start.settings = ViewerSettings::load();
+    overrideSettings(options, start.settings.play);
+    if (options.mode) start.settings.playMode = *options.mode;
+    if (options.isEveryFrame) start.settings.policy = PacePolicy::every_frame;
+    if (options.isMuted) start.settings.muted = true;
+    start.input = options.input;
+    if (options.start) start.frame = *options.start;
+    start.isPlaying = options.isPlaying;
+    start.isFullScreen = options.isFullScreen;
+    ViewerWindow window(ViewerServices::ofThisMachine(), std::move(start));
+    window.show();
+    if (!options.screenshot.empty()) takeScreenshot(window, QString::fromStdString(options.screenshot));
+    return QApplication::exec();
+}
+
+}  // namespace qrtplay

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <optional>
+
+#include "base/qrtKit.h"
+#include "input/qrtPlayInput.h"
+#include "playback/qrtPlaySettings.h"
+#include "render/qrtOptions.h"
+
+namespace qrtplay {
+
+/// Shows the window until it is closed; the result is what the program ends with.
+///
+/// Threading: the main thread, with the application object that `makeViewerApplication` makes.
+int runViewer(ViewOptions const& options);
+
+}  // namespace qrtplay

@@ -1,0 +1,126 @@
+#include "viewer/qrtQtSoundOutput.h"
+
+#include <gtest/gtest.h>
+
+#include <QAudioDeviceInfo>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+#include <algorithm>
+
+#include "host/qrtTestClips.h"
+#include "playback/qrtPreparedInput.h"
+#include "playback/qrtSoundFeed.h"
+#include "playback/qrtTimelinePlayer.h"
+#include "viewer/qrtViewerApplication.h"
+
+namespace qrtplay {
+namespace {
+
+constexpr int longEnoughMs = 60'000;
+constexpr char const* silence = "type null";  // takes all that it is given, as fast as it gets it
+constexpr char const* noAlsa = "Qt Multimedia has no plugin for ALSA here";
+
+/// Neither a sound server nor a card: what there is to hear with is what this test says.
+class QtSoundOutputTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        qputenv("PULSE_SERVER", "unix:/nonexistent");
+        haveDevices({});
+        PlayInput input;
+        input.files = {clipPath("bframes.mp4")};
+        PlaySettings settings;
+        settings.resolution = QSize(32, 18);
+        PreparedInput prepared;
+        NativeContext native;
+        OpenFailure why{};
+        Outcome outcome = prepareInput(input, settings, prepared, why);
+        if (outcome.success()) outcome = sharedContext(native);
+        if (outcome.success()) outcome = TimelinePlayer::open(prepared, settings, native, m_player, why);
+        ASSERT_TRUE(outcome.success()) << outcome.message();
+        m_feed = std::make_unique<SoundFeed>(*m_player, *m_player->parameters(0, 47, 0, 1, PlayParams::loop),
+                                             Rational(24, 1));
+    }
+    void TearDown() override { qunsetenv("ALSA_CONFIG_PATH"); }
+
+    /// By a configuration of ALSA. False when Qt knows nothing of ALSA here.
+    bool haveDevice(char const* kind) {
+        haveDevices("pcm.!default { " + QByteArray(kind) + " hint { show on description \"Made up\" } }");
+        const auto devices = QAudioDeviceInfo::availableDevices(QAudio::AudioOutput);
+        return std::any_of(devices.begin(), devices.end(),
+                           [](QAudioDeviceInfo const& info) { return info.deviceName() == "default"; });
+    }
+    void haveDevices(QByteArray const& configuration) {
+        QFile file(m_folder.filePath("asound.conf"));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(configuration);
+        file.close();
+        qputenv("ALSA_CONFIG_PATH", file.fileName().toUtf8());
+    }
+    void endFeed() { m_feed.reset(); }
+    [[nodiscard]] SoundFeed& feed() { return *m_feed; }
+
+private:
+    QTemporaryDir m_folder;
+    std::unique_ptr<TimelinePlayer> m_player;
+    std::unique_ptr<SoundFeed> m_feed;
+};
+
+TEST_F(QtSoundOutputTest, saysThatThereIsNoDevice) {
+    QtSoundOutput output;
+    EXPECT_EQ(output.start(feed()).message(), "there is no sound device on this machine");
+    EXPECT_EQ(output.heard(), std::nullopt);
+    EXPECT_EQ(feed().position(), 0);
+}
+
+TEST_F(QtSoundOutputTest, stopsHarmlesslyWhereNothingPlays) {
+    QtSoundOutput output;
+    output.stop();
+    output.setVolume(0.5);
+    (void)output.start(feed());
+    output.stop();
+    output.stop();
+    EXPECT_EQ(output.heard(), std::nullopt);
+}
+
+TEST_F(QtSoundOutputTest, saysWhichDeviceCannotBeOpened) {
+    if (!haveDevice("type hw card 99")) GTEST_SKIP() << noAlsa;
+    QtSoundOutput output;
+    EXPECT_EQ(output.start(feed()).message(),
+              "the sound device \"default\" cannot be opened for stereo at 48000 Hz");
+    EXPECT_EQ(output.heard(), std::nullopt);
+}
+
+TEST_F(QtSoundOutputTest, playsTheFeedUntilItIsStopped) {
+    if (!haveDevice(silence)) GTEST_SKIP() << noAlsa;
+    QtSoundOutput output;
+    output.setVolume(0.25);
+    const Outcome started = output.start(feed());
+    ASSERT_TRUE(started.success()) << started.message();
+    EXPECT_TRUE(output.heard());
+    constexpr int64 halfASecond = 500'000'000;
+    ASSERT_TRUE(QTest::qWaitFor([&] { return output.heard().value_or(0) > halfASecond; }, longEnoughMs));
+    output.setVolume(1);
+    output.stop();
+    EXPECT_EQ(output.heard(), std::nullopt);
+    EXPECT_GE(feed().position(), TimelinePlayer::soundRate / 2);
+    endFeed();  // which nobody reads any more
+    EXPECT_EQ(output.heard(), std::nullopt);
+}
+
+TEST_F(QtSoundOutputTest, goesOnWhereTheFeedHasBeenStopped) {
+    if (!haveDevice(silence)) GTEST_SKIP() << noAlsa;
+    QtSoundOutput output;
+    ASSERT_TRUE(output.start(feed()).success());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return output.heard().value_or(0) > 0; }, longEnoughMs));
+    output.stop();
+    const int64 position = feed().position();
+    ASSERT_TRUE(output.start(feed()).success());
+    EXPECT_GE(output.heard().value_or(0), position * 1'000'000'000 / TimelinePlayer::soundRate);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return feed().position() > position; }, longEnoughMs));
+    // Started while it plays, it begins anew.
+    EXPECT_TRUE(output.start(feed()).success());
+}
+
+}  // namespace
+}  // namespace qrtplay

@@ -1,0 +1,73 @@
+// What the window looks like, against pictures that a person has looked at.
+#include <QApplication>
+#include <QDockWidget>
+#include <QPalette>
+#include <QStyleFactory>
+#include <QTest>
+
+#include "viewer/qrtScreenshotComparison.h"
+#include "viewer/qrtViewerFixture.h"
+
+namespace qrtplay {
+namespace {
+
+class ViewerLooks : public ViewerFixture {
+protected:
+    ViewerLooks() {
+        QApplication::setStyle(QStyleFactory::create("Fusion"));
+        QFont font("DejaVu Sans");
+        font.setPointSize(9);
+        QApplication::setFont(font);
+    }
+
+    /// The window once nothing in it moves any more.
+    QImage look() {
+        EXPECT_TRUE(waitFor([&] {
+            return window().timelineView().rendered().size() == 1 && !window().timelineView().decoded().empty();
+        }));
+        QCoreApplication::processEvents();
+        return window().grab().toImage();
+    }
+};
+
+TEST_F(ViewerLooks, anEmptyWindow) {
+    showEmpty();
+    EXPECT_TRUE(looksLike(window().grab().toImage(), "empty"));
+}
+
+TEST_F(ViewerLooks, aTimelineAtItsFirstFrame) {
+    show({timeline()});
+    EXPECT_TRUE(waitFor([&] { return shownNumber() == 10; }));
+    EXPECT_TRUE(looksLike(look(), "timeline"));
+}
+
+TEST_F(ViewerLooks, aRangeWithSafeAreas) {
+    show({timeline()});
+    playback().seek(60);
+    playback().setInPoint(24);
+    playback().setOutPoint(72);
+    press(Qt::Key_G);
+    EXPECT_TRUE(waitFor([&] { return playback().frame() == 60; }));
+    EXPECT_TRUE(waitFor([&] { return shownNumber() > 30; }));
+    EXPECT_TRUE(looksLike(look(), "range"));
+}
+
+TEST_F(ViewerLooks, preferencesOnASmallScreen) {
+    show({timeline()});
+    window().resize(1024, 600);
+    press(Qt::Key_Comma, Qt::ControlModifier);
+    EXPECT_TRUE(waitFor([&] { return window().findChild<QDockWidget*>("preferencesDock")->isVisible(); }));
+    EXPECT_TRUE(looksLike(look(), "preferences"));
+}
+
+TEST_F(ViewerLooks, aFailure) {
+    showEmpty();
+    PlayInput missing;
+    missing.files = {"/nowhere/lost.mov"};
+    window().open(missing);
+    EXPECT_TRUE(waitFor([&] { return !message().isEmpty(); }));
+    EXPECT_TRUE(looksLike(window().grab().toImage(), "failure"));
+}
+
+}  // namespace
+}  // namespace qrtplay
