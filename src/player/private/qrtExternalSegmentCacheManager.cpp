@@ -29,9 +29,11 @@ bool isKeyInRange(String const& key, String const& id, int64 firstFrame, int64 l
     return parsed.ec == std::errc() && parsed.ptr == end && frame >= firstFrame && frame <= lastFrame;
 }
 
+}  // namespace
+
 /// One kind of memory: its budget, the pool that the budget buys, and the cache.
 template <class Pool>
-struct Kind {
+struct ExternalSegmentCacheKind {
     SharedPtr<Pool> pool;  // null until a budget is set
     SharedPtr<Cache> cache = Cache::create();
     ResourceConstraint::ResizeMode mode{};
@@ -49,6 +51,10 @@ struct Kind {
     }
 };
 
+namespace {
+
+template <class Pool>
+using Kind = ExternalSegmentCacheKind<Pool>;
 using VramKind = Kind<ResourcePoolFBO>;
 using RamKind = Kind<ResourcePoolRAM>;
 

@@ -7,7 +7,7 @@
 namespace QRT_0_81 {
 
 namespace {
-constexpr char sourceName[] = "src/player/private/qrtExternalSegmentWrapper";
+constexpr char wrapperSource[] = "src/player/private/qrtExternalSegmentWrapper";
 }  // namespace
 
 ExternalSegmentWrapper::ExternalSegmentWrapper(ExternalSegmentCacheManager* cacheManager,
@@ -38,7 +38,7 @@ Status ExternalSegmentWrapper::renderToTexture(unsigned int texture, unsigned in
     if (!isCaching()) return m_segment->renderToTexture(texture, rectangle, resolution, time);
     const int64 frame = time.getNbTicks();
     if (m_cacheManager.getTextureFrame(getId(), frame, resolution, rectangle, texture).success()) {
-        QRT_DEBUG_LINE(sourceName, "ExternalSegment VRAM: Returned from cache frameNumber = %lld",
+        QRT_DEBUG_LINE(wrapperSource, "ExternalSegment VRAM: Returned from cache frameNumber = %lld",
                        static_cast<long long>(frame));
         return Status();
     }
@@ -52,7 +52,8 @@ Status ExternalSegmentWrapper::renderToTexture(unsigned int texture, unsigned in
         status = m_cacheManager.getTextureFrame(getId(), frame, resolution, rectangle, texture);
         if (status.failure()) return status;
     }
-    QRT_DEBUG_LINE(sourceName, "ExternalSegment VRAM: Rendered new frameNumber = %lld", static_cast<long long>(frame));
+    QRT_DEBUG_LINE(wrapperSource, "ExternalSegment VRAM: Rendered new frameNumber = %lld",
+                   static_cast<long long>(frame));
     return Status();
 }
 
@@ -61,7 +62,7 @@ Status ExternalSegmentWrapper::renderToRam(void* buffer, unsigned int size, Vide
     if (!isCaching()) return m_segment->renderToRam(buffer, size, resolution, time);
     const int64 frame = time.getNbTicks();
     if (m_cacheManager.getRamFrame(getId(), frame, resolution, buffer, size).success()) {
-        QRT_DEBUG_LINE(sourceName, "ExternalSegment RAM: Returned from cache frameNumber = %lld",
+        QRT_DEBUG_LINE(wrapperSource, "ExternalSegment RAM: Returned from cache frameNumber = %lld",
                        static_cast<long long>(frame));
         return Status();
     }
@@ -75,7 +76,8 @@ Status ExternalSegmentWrapper::renderToRam(void* buffer, unsigned int size, Vide
         status = m_cacheManager.getRamFrame(getId(), frame, resolution, buffer, size);
         if (status.failure()) return status;
     }
-    QRT_DEBUG_LINE(sourceName, "ExternalSegment RAM: Rendered new frameNumber = %lld", static_cast<long long>(frame));
+    QRT_DEBUG_LINE(wrapperSource, "ExternalSegment RAM: Rendered new frameNumber = %lld",
+                   static_cast<long long>(frame));
     return Status();
 }
 

@@ -6,7 +6,7 @@ namespace QRT_0_81 {
 
 namespace {
 
-constexpr char sourceName[] = "src/player/private/qrtOpenGL";
+constexpr char glSource[] = "src/player/private/qrtOpenGL";
 constexpr char engineSourceName[] = "src/player/private/qrtPlayerImpl";  // the format functions speak for the engine
 
 std::unique_ptr<QOpenGLExtraFunctions> functionsOfCurrentContext() {
@@ -35,7 +35,7 @@ TextureFramebuffer::TextureFramebuffer(unsigned int texture, bool rectangle) : m
     m_functions->glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, target, texture, 0);
     const GLenum completeness = m_functions->glCheckFramebufferStatus(GL_FRAMEBUFFER);
     if (completeness == GL_FRAMEBUFFER_COMPLETE) return;
-    QRT_DEBUG_LINE(sourceName, "ERROR: glCheckFramebufferStatus() returned : %d\n", static_cast<int>(completeness));
+    QRT_DEBUG_LINE(glSource, "ERROR: glCheckFramebufferStatus() returned : %d\n", static_cast<int>(completeness));
     m_status.set(Status::general_failure);
 }
 

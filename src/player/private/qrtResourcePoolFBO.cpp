@@ -7,7 +7,7 @@ namespace QRT_0_81 {
 
 namespace {
 
-constexpr char sourceName[] = "src/player/private/qrtResourcePoolFBO";
+constexpr char fboSource[] = "src/player/private/qrtResourcePoolFBO";
 
 /// Sets the internal format of a pool's textures. A depth that OpenGL has no sized format for gets 0.
 Status setInternalFormat(VideoBufferResolution const& resolution, QOpenGLFramebufferObjectFormat& format) {
@@ -56,7 +56,7 @@ Status ResourcePoolFBO::initialize() {
     const QSize size(m_resolution.getWidth(), m_resolution.getHeight());
     for (uint32 made = 0; made < count; ++made) m_freeFbos.push_back(m_reaper->make(size, format));
     m_lockedFbos.clear();
-    QRT_DEBUG_LINE(sourceName, "ResourcePoolFBO::initialize()-numAllocatedFBO=%d", static_cast<int>(count));
+    QRT_DEBUG_LINE(fboSource, "ResourcePoolFBO::initialize()-numAllocatedFBO=%d", static_cast<int>(count));
     m_initialized = true;
     return Status();
 }
@@ -67,7 +67,7 @@ Status ResourcePoolFBO::uninitialize() {
     int numDeleted = 0;
     for (; !m_freeFbos.empty(); m_freeFbos.pop_back(), ++numDeleted) m_reaper->dispose(m_freeFbos.back());
     m_lockedFbos.clear();
-    QRT_DEBUG_LINE(sourceName, "ResourcePoolFBO::uninitialize()-numDeletedFBO=%d", numDeleted);
+    QRT_DEBUG_LINE(fboSource, "ResourcePoolFBO::uninitialize()-numDeletedFBO=%d", numDeleted);
     m_initialized = false;
     return Status();
 }
@@ -82,7 +82,7 @@ QOpenGLFramebufferObject* ResourcePoolFBO::lock(bool allowLast) {
     QOpenGLFramebufferObject* const fbo = lendLast(m_freeFbos, m_lockedFbos, allowLast);
     if (!fbo) return nullptr;
     notify(LockHint());
-    QRT_DEBUG_LINE(sourceName, "%s %d", "Locking an FBO remaining", static_cast<int>(m_freeFbos.size()));
+    QRT_DEBUG_LINE(fboSource, "%s %d", "Locking an FBO remaining", static_cast<int>(m_freeFbos.size()));
     return fbo;
 }
 
@@ -90,7 +90,7 @@ void ResourcePoolFBO::release(QOpenGLFramebufferObject* fbo) {
     const std::lock_guard lock(m_mutex);
     if (!takeBack(m_freeFbos, m_lockedFbos, fbo) && fbo) m_reaper->dispose(fbo);
     notify(ReleaseHint());
-    QRT_DEBUG_LINE(sourceName, "%s %d", "Releasing an FBO remaining", static_cast<int>(m_freeFbos.size()));
+    QRT_DEBUG_LINE(fboSource, "%s %d", "Releasing an FBO remaining", static_cast<int>(m_freeFbos.size()));
 }
 
 }  // namespace QRT_0_81

@@ -7,7 +7,7 @@
 namespace QRT_0_81 {
 
 namespace {
-constexpr char sourceName[] = "src/player/private/qrtResourcePoolRAM";
+constexpr char ramSource[] = "src/player/private/qrtResourcePoolRAM";
 }  // namespace
 
 SharedPtr<ResourcePoolRAM> ResourcePoolRAM::create() {
@@ -50,7 +50,7 @@ void* ResourcePoolRAM::lock(bool allowLast) {
     void* const buffer = lendLast(m_freeBuffers, m_lockedBuffers, allowLast);
     if (!buffer) return nullptr;
     notify(LockHint());
-    QRT_DEBUG_LINE(sourceName, "%s %d", "Locking a buffer remaining", static_cast<int>(m_freeBuffers.size()));
+    QRT_DEBUG_LINE(ramSource, "%s %d", "Locking a buffer remaining", static_cast<int>(m_freeBuffers.size()));
     return buffer;
 }
 
@@ -58,7 +58,7 @@ void ResourcePoolRAM::release(void* buffer) {
     const std::lock_guard lock(m_mutex);
     if (!takeBack(m_freeBuffers, m_lockedBuffers, buffer)) std::free(buffer);
     notify(ReleaseHint());
-    QRT_DEBUG_LINE(sourceName, "%s %d", "Releasing a buffer remaining", static_cast<int>(m_freeBuffers.size()));
+    QRT_DEBUG_LINE(ramSource, "%s %d", "Releasing a buffer remaining", static_cast<int>(m_freeBuffers.size()));
 }
 
 }  // namespace QRT_0_81
