@@ -31,6 +31,11 @@ struct Image {
     std::vector<Colour> colours;
 };
 
+/// An opaque one.
+[[nodiscard]] inline Image black(int width, int height) {
+    return Image(width, height, Colour{0, 0, 0, 1});
+}
+
 /// A picture of `format` whose samples are code values: `code(component, x, y)`, the components in the order of
 /// FFmpeg's descriptor of the format (chroma by its own columns and rows, alpha last).
 std::shared_ptr<AVFrame> makePicture(AVPixelFormat format, int width, int height,
@@ -83,6 +88,9 @@ public:
     FakeProvider provider;
     FrameComposer composer;
 };
+
+/// In steps of 8 bits: one rounding to them, after intermediate pictures of floats with 11 bits.
+inline constexpr double rounding = 0.75;
 
 /// The largest difference of a channel, in steps of 8 bits; 256 when the sizes are not alike.
 double largestDifference(Image const& a, Image const& b);

@@ -7,13 +7,6 @@
 namespace qrtplay {
 namespace {
 
-// One rounding to 8 bits, after intermediate pictures of floats with 11 bits.
-constexpr double rounding = 0.75;
-
-Image black(int width, int height) {
-    return Image(width, height, Colour{0, 0, 0, 1});
-}
-
 /// No two pixels alike, opaque.
 Image numbered(int width, int height) {
     return Image(width, height, [](int x, int y) {

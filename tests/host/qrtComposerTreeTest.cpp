@@ -8,8 +8,6 @@
 namespace qrtplay {
 namespace {
 
-// One rounding to 8 bits, and intermediate pictures of floats with 11 bits.
-constexpr double rounding = 0.75;
 // OpenGL may round what is laid over a texture of 8 bits before and after it does so.
 constexpr double blending = 1.25;
 
@@ -47,9 +45,6 @@ Image mixed(double mix, Image const& first, Image const& second) {
             result.colours[i][channel] = (1 - mix) * first.colours[i][channel] + mix * second.colours[i][channel];
     }
     return result;
-}
-Image black(int width, int height) {
-    return Image(width, height, Colour{0, 0, 0, 1});
 }
 
 TEST(FrameComposer, drawsNothingAsBlack) {

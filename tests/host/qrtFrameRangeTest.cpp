@@ -9,7 +9,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-std::vector<FrameRange> parsed(std::string const& text) {
+std::vector<FrameRange> rangesOf(std::string const& text) {
     std::vector<FrameRange> ranges;
     const Outcome outcome = parseFrameRanges(text, ranges);
     EXPECT_TRUE(outcome.success()) << outcome.message();
@@ -24,40 +24,40 @@ std::vector<int64> framesOf(FrameRange const& range) {
 }
 
 TEST(FrameRange, readsOneFrame) {
-    EXPECT_THAT(parsed("7"), ElementsAre(FrameRange{7, 7, 1}));
-    EXPECT_EQ(parsed("7")[0].count(), 1);
+    EXPECT_THAT(rangesOf("7"), ElementsAre(FrameRange{7, 7, 1}));
+    EXPECT_EQ(rangesOf("7")[0].count(), 1);
 }
 
 TEST(FrameRange, readsARangeWithBothEnds) {
-    EXPECT_THAT(parsed("0-99"), ElementsAre(FrameRange{0, 99, 1}));
-    EXPECT_EQ(parsed("0-99")[0].count(), 100);
+    EXPECT_THAT(rangesOf("0-99"), ElementsAre(FrameRange{0, 99, 1}));
+    EXPECT_EQ(rangesOf("0-99")[0].count(), 100);
 }
 
 TEST(FrameRange, readsAStep) {
-    EXPECT_THAT(framesOf(parsed("10-30x5")[0]), ElementsAre(10, 15, 20, 25, 30));
+    EXPECT_THAT(framesOf(rangesOf("10-30x5")[0]), ElementsAre(10, 15, 20, 25, 30));
 }
 
 TEST(FrameRange, leavesOutALastFrameThatTheStepDoesNotHit) {
-    EXPECT_THAT(framesOf(parsed("10-29x5")[0]), ElementsAre(10, 15, 20, 25));
-    EXPECT_EQ(parsed("10-29x5")[0].last, 25);
-    EXPECT_THAT(framesOf(parsed("5-0x-2")[0]), ElementsAre(5, 3, 1));
+    EXPECT_THAT(framesOf(rangesOf("10-29x5")[0]), ElementsAre(10, 15, 20, 25));
+    EXPECT_EQ(rangesOf("10-29x5")[0].last, 25);
+    EXPECT_THAT(framesOf(rangesOf("5-0x-2")[0]), ElementsAre(5, 3, 1));
 }
 
 TEST(FrameRange, playsAFallingRangeBackwards) {
-    EXPECT_THAT(framesOf(parsed("3-0x-1")[0]), ElementsAre(3, 2, 1, 0));
-    EXPECT_THAT(framesOf(parsed("3-0")[0]), ElementsAre(3, 2, 1, 0));
+    EXPECT_THAT(framesOf(rangesOf("3-0x-1")[0]), ElementsAre(3, 2, 1, 0));
+    EXPECT_THAT(framesOf(rangesOf("3-0")[0]), ElementsAre(3, 2, 1, 0));
 }
 
 TEST(FrameRange, takesAStepOfAFallingRangeWithOrWithoutItsSign) {
-    EXPECT_THAT(framesOf(parsed("9-0x3")[0]), ElementsAre(9, 6, 3, 0));
-    EXPECT_EQ(parsed("9-0x3"), parsed("9-0x-3"));
+    EXPECT_THAT(framesOf(rangesOf("9-0x3")[0]), ElementsAre(9, 6, 3, 0));
+    EXPECT_EQ(rangesOf("9-0x3"), rangesOf("9-0x-3"));
 }
 
 TEST(FrameRange, goesToTheEndWithoutALastFrame) {
-    std::vector<FrameRange> ranges = parsed("95-,90-x4,3");
+    std::vector<FrameRange> ranges = rangesOf("95-,90-x4,3");
     ASSERT_TRUE(fitFrameRanges(ranges, 100).success());
     EXPECT_THAT(ranges, ElementsAre(FrameRange{95, 99, 1}, FrameRange{90, 98, 4}, FrameRange{3, 3, 1}));
-    EXPECT_EQ(fitFrameRanges(ranges = parsed("100-"), 100).message(),
+    EXPECT_EQ(fitFrameRanges(ranges = rangesOf("100-"), 100).message(),
               "frames '100-': outside the clip, whose frames are 0-99");
 }
 
@@ -69,12 +69,12 @@ TEST(FrameRange, meansAllFramesWhenThereIsNone) {
 
 TEST(FrameRange, isWrittenAsItIsRead) {
     for (const char* const text : {"7", "0-99", "10-90x5", "100-", "100-x2", "9-0"})
-        EXPECT_EQ(textOf(parsed(text)[0]), text);
-    EXPECT_EQ(textOf(parsed("9-0x3")[0]), "9-0x-3");
+        EXPECT_EQ(textOf(rangesOf(text)[0]), text);
+    EXPECT_EQ(textOf(rangesOf("9-0x3")[0]), "9-0x-3");
 }
 
 TEST(FrameRange, readsAListInItsOrder) {
-    const auto ranges = parsed("5-6,1,9-7");
+    const auto ranges = rangesOf("5-6,1,9-7");
     EXPECT_THAT(ranges, ElementsAre(FrameRange{5, 6, 1}, FrameRange{1, 1, 1}, FrameRange{9, 7, -1}));
     EXPECT_EQ(totalFrames(ranges), 6);
 }
@@ -116,7 +116,7 @@ TEST(FrameRange, refusesWhatIsNoRangeAndNamesIt) {
 
 TEST(FrameRange, refusesFramesOutsideTheClip) {
     const auto failure = [](std::string const& text) {
-        std::vector<FrameRange> ranges = parsed(text);
+        std::vector<FrameRange> ranges = rangesOf(text);
         return fitFrameRanges(ranges, 100).message();
     };
     EXPECT_EQ(failure("0-99"), "");

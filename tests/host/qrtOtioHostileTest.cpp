@@ -13,7 +13,7 @@ namespace {
 
 using ::testing::HasSubstr;
 
-const std::string folder = QRT_OTIO_FOLDER "/hostile/";
+const std::string hostileFolder = QRT_OTIO_FOLDER "/hostile/";
 
 std::string failureOfFile(std::string const& path) {
     std::shared_ptr<Timeline const> timeline;
@@ -31,7 +31,7 @@ struct HostileCase {
 class HostileOtio : public ::testing::TestWithParam<HostileCase> {};
 
 TEST_P(HostileOtio, endsInOneLineThatNamesTheObject) {
-    const std::string path = folder + GetParam().file + ".otio";
+    const std::string path = hostileFolder + GetParam().file + ".otio";
     EXPECT_EQ(failureOfFile(path), path + ": " + GetParam().message);
 }
 INSTANTIATE_TEST_SUITE_P(
@@ -113,17 +113,17 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& caseInfo) { return caseInfo.param.file; });
 
 TEST(HostileOtioFile, mayNotNestObjectsWithoutEnd) {
-    const std::string message = failureOfFile(folder + "deep_stacks.otio");
+    const std::string message = failureOfFile(hostileFolder + "deep_stacks.otio");
     EXPECT_TRUE(message.ends_with("/children[0]/children[0] \"t1\": is nested more than 64 deep")) << message;
 }
 
 TEST(OtioCircle, namesBothEnds) {
-    const std::string root = std::filesystem::canonical(folder).string() + "/";
-    EXPECT_EQ(failureOfFile(folder + "itself.otio"),
-              folder + "itself.otio: tracks/children[0]/children[0] \"mirror\": refers to itself: '" + root +
+    const std::string root = std::filesystem::canonical(hostileFolder).string() + "/";
+    EXPECT_EQ(failureOfFile(hostileFolder + "itself.otio"),
+              hostileFolder + "itself.otio: tracks/children[0]/children[0] \"mirror\": refers to itself: '" + root +
                   "itself.otio' > '" + root + "itself.otio'");
-    EXPECT_EQ(failureOfFile(folder + "circle_a.otio"),
-              folder + "circle_b.otio: tracks/children[0]/children[0] \"to_a\": refers to itself: '" + root +
+    EXPECT_EQ(failureOfFile(hostileFolder + "circle_a.otio"),
+              hostileFolder + "circle_b.otio: tracks/children[0]/children[0] \"to_a\": refers to itself: '" + root +
                   "circle_a.otio' > '" + root + "circle_b.otio' > '" + root + "circle_a.otio'");
 }
 
@@ -136,8 +136,8 @@ TEST(OtioCircle, isSeenThroughLinks) {
 }
 
 TEST(HostileOtioFile, thatOtherFilesBringInIsNamed) {
-    EXPECT_EQ(failureOfFile(folder + "broken_inside.otio"),
-              folder +
+    EXPECT_EQ(failureOfFile(hostileFolder + "broken_inside.otio"),
+              hostileFolder +
                   "negative_duration.otio: tracks/children[0]/children[1]/source_range \"shot_040\": duration is "
                   "negative");
 }

@@ -16,7 +16,6 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 const std::string folder = QRT_OTIO_FOLDER;
-const Rational film(24, 1);
 
 std::shared_ptr<Timeline const> readCommitted(std::string const& name, OtioOptions const& options = {}) {
     return readFile(folder + "/" + name, options);

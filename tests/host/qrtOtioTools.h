@@ -27,6 +27,8 @@ std::string timeline(std::vector<std::string> const& tracks, std::string const& 
 
 }  // namespace otio
 
+inline const Rational film(24, 1);
+
 /// A timeline that has to be readable; never null.
 std::shared_ptr<Timeline const> readText(std::string const& text, OtioOptions const& options = {});
 std::shared_ptr<Timeline const> readFile(std::string const& path, OtioOptions const& options = {});

@@ -13,6 +13,9 @@
 
 namespace qrtplay {
 
+/// The usual number of samples a second.
+inline constexpr int32 studioRate = 48000;
+
 /// The path of a file that make-sound-clips.sh has made.
 std::string soundClipPath(std::string const& name);
 /// Interleaved floats as FFmpeg's own program has decoded them, for example those of "plain.wav.f32".

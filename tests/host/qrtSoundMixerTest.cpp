@@ -18,8 +18,6 @@ using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr int32 rate = 48000;
-
 /// Media `m` is heard at the level `m` + 1 on the left and at its negative on the right, for ever.
 Outcome openLevel(size_t media, std::unique_ptr<SoundSource>& source) {
     source = std::make_unique<ComputedSound>(
@@ -51,40 +49,40 @@ std::vector<float> filled(SoundMixer& mixer, int64 first, int64 count) {
 TEST(SoundMixer, asksForWhatIsToBeFilled) {
     std::vector<int64> asked;
     SoundMixer mixer(
-        rate, 2,
+        studioRate, 2,
         [&](int64 first, int64 count, int32 sampleRate) {
             asked = {first, count, sampleRate};
             return std::vector<SoundSpan>();
         },
         openLevel);
     EXPECT_THAT(filled(mixer, 12, 34), Each(0.0f));
-    EXPECT_THAT(asked, ElementsAre(12, 34, rate));
+    EXPECT_THAT(asked, ElementsAre(12, 34, studioRate));
 }
 
 TEST(SoundMixer, addsUpSpansWithTheirGains) {
-    SoundMixer mixer(rate, 2, always({spanOf(0, 0, 10, 0.5, 0.5), spanOf(2, 0, 10, 0.25, 0.25)}), openLevel);
+    SoundMixer mixer(studioRate, 2, always({spanOf(0, 0, 10, 0.5, 0.5), spanOf(2, 0, 10, 0.25, 0.25)}), openLevel);
     EXPECT_THAT(filled(mixer, 3, 2), ElementsAre(1.25f, -1.25f, 1.25f, -1.25f));
 }
 
 TEST(SoundMixer, doesNotClip) {
-    SoundMixer mixer(rate, 2, always({spanOf(4, 0, 10), spanOf(5, 0, 10)}), openLevel);
+    SoundMixer mixer(studioRate, 2, always({spanOf(4, 0, 10), spanOf(5, 0, 10)}), openLevel);
     EXPECT_THAT(filled(mixer, 0, 1), ElementsAre(11.0f, -11.0f));
 }
 
 TEST(SoundMixer, isSilentBetweenSpans) {
-    SoundMixer mixer(rate, 2, always({spanOf(0, 1, 1), spanOf(1, 4, 2)}), openLevel);
+    SoundMixer mixer(studioRate, 2, always({spanOf(0, 1, 1), spanOf(1, 4, 2)}), openLevel);
     EXPECT_THAT(filled(mixer, 0, 7), ElementsAre(0, 0, 1, -1, 0, 0, 0, 0, 2, -2, 2, -2, 0, 0));
 }
 
 TEST(SoundMixer, changesGainsLinearlyThroughoutASpan) {
-    SoundMixer mixer(rate, 2, always({spanOf(0, 10, 4, 1, 0)}), openLevel);
+    SoundMixer mixer(studioRate, 2, always({spanOf(0, 10, 4, 1, 0)}), openLevel);
     EXPECT_THAT(filled(mixer, 10, 4), ElementsAre(1, -1, 0.75, -0.75, 0.5, -0.5, 0.25, -0.25));
     EXPECT_THAT(filled(mixer, 12, 1), ElementsAre(0.5, -0.5));
 }
 
 TEST(SoundMixer, crossfadesFromOneMediaToAnother) {
     const int64 count = 20000;
-    SoundMixer mixer(rate, 2, always({spanOf(0, 0, count, 1, 0), spanOf(1, 0, count, 0, 1)}), openLevel);
+    SoundMixer mixer(studioRate, 2, always({spanOf(0, 0, count, 1, 0), spanOf(1, 0, count, 0, 1)}), openLevel);
     const std::vector<float> samples = filled(mixer, 0, count);
     for (size_t i = 0; i < static_cast<size_t>(count); ++i)
         ASSERT_NEAR(samples[i * 2], 1 + static_cast<double>(i) / static_cast<double>(count), 1e-5) << i;
@@ -107,7 +105,7 @@ std::vector<SoundSpan> filesAt(int64 first, int64 count, int32) {
         };
         SoundSpan part = spanOf(span.media, from, until - from, gainAt(from), gainAt(until));
         part.speed = span.speed;
-        part.time = span.time + ExactTime(from - span.firstSample, rate) * span.speed;
+        part.time = span.time + ExactTime(from - span.firstSample, studioRate) * span.speed;
         spans.push_back(part);
     }
     return spans;
@@ -115,11 +113,11 @@ std::vector<SoundSpan> filesAt(int64 first, int64 count, int32) {
 
 Outcome openFile(size_t media, std::unique_ptr<SoundSource>& source) {
     static const char* const names[] = {"plain.flac", "coarse.mkv", "plain.opus"};
-    return openSound(soundClipPath(names[media]), ExactTime(), rate, 2, source);
+    return openSound(soundClipPath(names[media]), ExactTime(), studioRate, 2, source);
 }
 
 TEST(SoundMixer, answersTheSameHoweverRequestsAreCut) {
-    SoundMixer mixer(rate, 2, filesAt, openFile);
+    SoundMixer mixer(studioRate, 2, filesAt, openFile);
     const std::vector<float> whole = filled(mixer, 0, 140000);
     ASSERT_GT(std::abs(whole[peakOf(whole)]), 0.5f);
     std::vector<float> cut(whole.size());
@@ -134,8 +132,8 @@ TEST(SoundMixer, answersTheSameHoweverRequestsAreCut) {
 TEST(SoundMixer, playsAFileBackwards) {
     SoundSpan span = spanOf(0, 0, 144000);
     span.speed = {-1, 1};
-    span.time = ExactTime(143999, rate);
-    SoundMixer mixer(rate, 2, always({span}), openFile);
+    span.time = ExactTime(143999, studioRate);
+    SoundMixer mixer(studioRate, 2, always({span}), openFile);
     const std::vector<float> expected = referenceSound("plain.flac.f32");
     const std::vector<float> samples = filled(mixer, 0, 144000);
     for (size_t i = 0; i < 144000; ++i) {
@@ -146,7 +144,7 @@ TEST(SoundMixer, playsAFileBackwards) {
 
 TEST(SoundMixer, isSilentForMediaWithoutSound) {
     int opened = 0;
-    SoundMixer mixer(rate, 2, always({spanOf(0, 0, 10)}), [&](size_t, std::unique_ptr<SoundSource>&) {
+    SoundMixer mixer(studioRate, 2, always({spanOf(0, 0, 10)}), [&](size_t, std::unique_ptr<SoundSource>&) {
         ++opened;
         return Outcome();
     });
@@ -157,7 +155,7 @@ TEST(SoundMixer, isSilentForMediaWithoutSound) {
 }
 
 TEST(SoundMixer, tellsOnceThatMediaDoNotOpenAndPlaysTheOthers) {
-    SoundMixer mixer(rate, 2, always({spanOf(0, 0, 10), spanOf(1, 0, 10)}),
+    SoundMixer mixer(studioRate, 2, always({spanOf(0, 0, 10), spanOf(1, 0, 10)}),
                      [](size_t media, std::unique_ptr<SoundSource>& source) {
                          return media == 0 ? Outcome::failure("a.wav: no such file") : openLevel(media, source);
                      });
@@ -177,7 +175,7 @@ public:
 };
 
 TEST(SoundMixer, tellsOnceThatMediaCannotBeRead) {
-    SoundMixer mixer(rate, 2, always({spanOf(0, 0, 10)}), [](size_t, std::unique_ptr<SoundSource>& source) {
+    SoundMixer mixer(studioRate, 2, always({spanOf(0, 0, 10)}), [](size_t, std::unique_ptr<SoundSource>& source) {
         source = std::make_unique<FailingSound>();
         return Outcome();
     });
@@ -205,7 +203,8 @@ TEST(SoundMixer, closesTheMediaNotHeardForTheLongestTime) {
     int alive = 0;
     std::map<size_t, int> opened;
     SoundMixer mixer(
-        rate, 2, [](int64 first, int64, int32) { return std::vector{spanOf(static_cast<size_t>(first), first, 1)}; },
+        studioRate, 2,
+        [](int64 first, int64, int32) { return std::vector{spanOf(static_cast<size_t>(first), first, 1)}; },
         [&](size_t media, std::unique_ptr<SoundSource>& source) {
             ++opened[media];
             source = std::make_unique<CountedSound>(alive);
@@ -224,7 +223,7 @@ TEST(SoundMixer, closesTheMediaNotHeardForTheLongestTime) {
 }
 
 TEST(SoundMixer, servesSeveralThreads) {
-    SoundMixer mixer(rate, 2, filesAt, openFile);
+    SoundMixer mixer(studioRate, 2, filesAt, openFile);
     const std::vector<float> expected = filled(mixer, 0, 60000);
     std::latch start(2);
     std::vector<float> answers[2];

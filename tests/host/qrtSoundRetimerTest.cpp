@@ -15,14 +15,12 @@ namespace {
 using ::testing::Each;
 using ::testing::ElementsAre;
 
-constexpr int32 rate = 48000;
-
 float toneAt(double hertz, double seconds) {
     return static_cast<float>(0.5 * std::sin(2 * std::numbers::pi * hertz * seconds));
 }
 
 ComputedSound tone(double hertz) {
-    return ComputedSound(1, [hertz](int64 n, int) { return toneAt(hertz, static_cast<double>(n) / rate); });
+    return ComputedSound(1, [hertz](int64 n, int) { return toneAt(hertz, static_cast<double>(n) / studioRate); });
 }
 
 ComputedSound counting() {
@@ -39,7 +37,7 @@ SoundSpan spanOf(ExactTime const& time, ExactTime const& speed) {
 }
 
 std::vector<float> retimed(SoundSource& source, SoundSpan const& span, int64 first, int64 count) {
-    SoundRetimer retimer(rate, 1);
+    SoundRetimer retimer(studioRate, 1);
     std::vector<float> samples(static_cast<size_t>(count), 99.0f);
     EXPECT_TRUE(retimer.read(source, span, first, count, samples.data()).success());
     return samples;
@@ -53,8 +51,8 @@ TEST(SoundRetimer, changesNothingAtNormalSpeed) {
 
 TEST(SoundRetimer, takesTheNearestSampleOfATimeBetweenTwo) {
     ComputedSound source = counting();
-    EXPECT_THAT(retimed(source, spanOf({48001 * 10 + 3, rate * 10}, {1, 1}), 1000, 2), ElementsAre(48001, 48002));
-    EXPECT_THAT(retimed(source, spanOf({48001 * 10 + 7, rate * 10}, {1, 1}), 1000, 2), ElementsAre(48002, 48003));
+    EXPECT_THAT(retimed(source, spanOf({48001 * 10 + 3, studioRate * 10}, {1, 1}), 1000, 2), ElementsAre(48001, 48002));
+    EXPECT_THAT(retimed(source, spanOf({48001 * 10 + 7, studioRate * 10}, {1, 1}), 1000, 2), ElementsAre(48002, 48003));
 }
 
 TEST(SoundRetimer, playsBackwards) {
@@ -76,7 +74,7 @@ TEST_P(SoundRetimerSpeed, playsEveryMomentWhenItIsDue) {
     const std::vector<float> samples = retimed(source, spanOf({10, 1}, speed), 1000, 20000);
     double worst = 0;
     for (size_t i = 0; i < samples.size(); ++i) {
-        const double seconds = 10 + static_cast<double>(i) / rate * speed.seconds();
+        const double seconds = 10 + static_cast<double>(i) / studioRate * speed.seconds();
         worst = std::max(worst, std::abs(double{samples[i]} - double{toneAt(440, seconds)}));
     }
     EXPECT_LT(worst, 1e-3);
@@ -91,7 +89,7 @@ TEST_P(SoundRetimerSpeed, answersTheSameHoweverItIsCut) {
         SoundSpan part = span;
         part.firstSample = first;
         part.sampleCount = count;
-        part.time = span.time + ExactTime(first - span.firstSample, rate) * span.speed;
+        part.time = span.time + ExactTime(first - span.firstSample, studioRate) * span.speed;
         const std::vector<float> samples = retimed(source, part, first, count);
         ASSERT_TRUE(std::equal(samples.begin(), samples.end(), whole.begin() + (first - 1000))) << first;
     }

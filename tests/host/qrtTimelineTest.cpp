@@ -13,7 +13,6 @@ namespace {
 
 using namespace otio;
 
-const Rational film(24, 1);
 const Rational pal(25, 1);
 const Rational ntscFilm(24000, 1001);
 

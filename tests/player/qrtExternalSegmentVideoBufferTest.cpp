@@ -8,6 +8,7 @@
 
 #include "harness/qrtHostContext.h"
 #include "harness/qrtLogCapture.h"
+#include "harness/qrtTestResolutions.h"
 #include "harness/qrtTestTexture.h"
 #include "harness/qrtVirtualTable.h"
 
@@ -17,10 +18,6 @@ namespace {
 
 using Pixel = TestTexture::Pixel;
 using Block = std::vector<unsigned char>;
-
-const VideoBufferResolution small(16, 8, 4, 8, false);
-constexpr size_t smallSize = 16 * 8 * 4;
-const Pixel black{0, 0, 0, 0};
 
 }  // namespace
 

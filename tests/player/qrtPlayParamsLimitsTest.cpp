@@ -4,23 +4,9 @@
 #include <limits>
 
 #include "harness/qrtPlayParamsDocument.h"
+#include "harness/qrtPlayParamsValues.h"
 
 namespace QRT_0_81 {
-
-namespace {
-
-constexpr int64 least64 = std::numeric_limits<int64>::min();
-constexpr int64 most64 = std::numeric_limits<int64>::max();
-constexpr int32 least32 = std::numeric_limits<int32>::min();
-constexpr int32 most32 = std::numeric_limits<int32>::max();
-constexpr Rational rate24(24, 1);
-constexpr Rational rate1(1, 1);
-
-SharedPtr<PlayParams> make(int64 current, int64 start, int64 end, int step, PlayParams::PlayMode mode) {
-    return makeParams(current, start, end, rate24, step, mode, PlayParams::all);
-}
-
-}  // namespace
 
 // ---- Times ----------------------------------------------------------------------------------------------------------
 

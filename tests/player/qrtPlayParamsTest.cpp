@@ -5,11 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "harness/qrtPlayParamsValues.h"
 #include "harness/qrtVirtualTable.h"
 #include "qrtPlayParamsPrivate.h"
 
@@ -19,21 +19,8 @@ namespace {
 
 using ::testing::ElementsAre;
 
-constexpr int64 least64 = std::numeric_limits<int64>::min();
-constexpr int64 most64 = std::numeric_limits<int64>::max();
-constexpr Rational rate24(24, 1);
-constexpr Rational rate1(1, 1);
 constexpr auto unknownMode = static_cast<PlayParams::PlayMode>(3);
 constexpr auto negativeMode = static_cast<PlayParams::PlayMode>(-1);
-
-/// Parameters with exactly these frames; they need not fit together.
-SharedPtr<PlayParams> make(int64 current, int64 start, int64 end, int step, PlayParams::PlayMode mode) {
-    const auto params = PlayParams::create(Time(), Time(), Time(), rate24, step, mode, PlayParams::all);
-    params->setCurrentFrame(current);
-    params->setStartFrame(start);
-    params->setEndFrame(end);
-    return params;
-}
 
 /// The frames that `count` calls of `next` lead to.
 std::vector<int64> walk(PlayParams& params, int count) {

@@ -26,7 +26,7 @@ private:
     const size_t m_bytesPerSampleFrame;
 };
 
-ConstSharedPtr<AudioFormatInterface> format(int32 sampleRate, size_t bytesPerSampleFrame = 4) {
+ConstSharedPtr<AudioFormatInterface> formatOf(int32 sampleRate, size_t bytesPerSampleFrame = 4) {
     return ConstSharedPtr<AudioFormatInterface>(new FakeAudioFormat(sampleRate, bytesPerSampleFrame));
 }
 
@@ -55,8 +55,8 @@ protected:
 
 TEST_F(PlayerAudio, hasNoFormatUntilOneIsSetAndThenThatVeryObject) {
     EXPECT_FALSE(player->getAudioFormat());
-    const auto first = format(48000);
-    const auto second = format(44100);
+    const auto first = formatOf(48000);
+    const auto second = formatOf(44100);
     EXPECT_EQ(player->setAudioFormat(first).get(), Status::ok);
     EXPECT_EQ(player->getAudioFormat(), first);
     start();
@@ -68,31 +68,31 @@ TEST_F(PlayerAudio, hasNoFormatUntilOneIsSetAndThenThatVeryObject) {
 }
 
 TEST_F(PlayerAudio, letsGoOfTheOldFormat) {
-    const auto first = format(48000);
+    const auto first = formatOf(48000);
     for (const bool isInitialized : {false, true}) {
         if (isInitialized) start();
         ASSERT_EQ(player->setAudioFormat(first).get(), Status::ok);
         EXPECT_EQ(first->refcount(), 2u);
         ASSERT_EQ(player->setAudioFormat(first).get(), Status::ok);
         EXPECT_EQ(first->refcount(), 2u);
-        ASSERT_EQ(player->setAudioFormat(format(1)).get(), Status::ok);
+        ASSERT_EQ(player->setAudioFormat(formatOf(1)).get(), Status::ok);
         EXPECT_EQ(first->refcount(), 1u);
     }
 }
 
 TEST_F(PlayerAudio, refusesAFormatWhileProducing) {
     start(1000);
-    const auto before = format(48000);
+    const auto before = formatOf(48000);
     ASSERT_EQ(player->setAudioFormat(before).get(), Status::ok);
     startRun(0);
-    EXPECT_EQ(player->setAudioFormat(format(44100)).get(), 275);
+    EXPECT_EQ(player->setAudioFormat(formatOf(44100)).get(), 275);
     EXPECT_EQ(player->setAudioFormat(before).get(), 275);
     EXPECT_EQ(player->getAudioFormat(), before);
 }
 
 TEST_F(PlayerAudio, aFormatSetThroughTheQueueEmptiesTheCacheAndThenNotifies) {
     start();
-    const auto audioFormat = format(48000);
+    const auto audioFormat = formatOf(48000);
     for (int round = 0; round < 2; ++round) {  // the same object again has no other effect, but these it has
         SharedPtr<VideoBuffer> buffer;
         ASSERT_EQ(player->getVideoBuffer(3, buffer).get(), Status::ok);
@@ -110,7 +110,7 @@ TEST_F(PlayerAudio, aFormatSetThroughTheQueueEmptiesTheCacheAndThenNotifies) {
 TEST_F(PlayerAudio, aFormatSetBeforeInitializeNotifiesNobody) {
     RecordingObserver observer;
     player->addObserver(&observer);
-    EXPECT_EQ(player->setAudioFormat(format(48000)).get(), Status::ok);
+    EXPECT_EQ(player->setAudioFormat(formatOf(48000)).get(), Status::ok);
     EXPECT_EQ(observer.count(), 0u);
 }
 
@@ -120,7 +120,7 @@ TEST_F(PlayerAudio, handsAHostsBufferToTheGraphEngineAsItIs) {
     char samples[8] = {};
     EXPECT_EQ(player->fillAudioBuffer(samples, 8, 123).get(), Status::ok) << "also before initialize";
     EXPECT_EQ(samples[7], 0x5A);
-    ASSERT_EQ(player->setAudioFormat(format(48000)).get(), Status::ok);
+    ASSERT_EQ(player->setAudioFormat(formatOf(48000)).get(), Status::ok);
     start();
     EXPECT_EQ(player->fillAudioBuffer(samples, 8, std::numeric_limits<uint64>::max()).get(), Status::ok);
     EXPECT_EQ(player->fillAudioBuffer(nullptr, 0, 0).get(), Status::ok);
@@ -168,7 +168,7 @@ TEST_F(PlayerAudio, isPulledWhileThePlayerThreadIsRendering) {
 
 TEST_F(PlayerAudio, aRunReadsOneSampleFrameAtItsCurrentFrameBeforeItRendersAny) {
     start(1000);
-    ASSERT_EQ(player->setAudioFormat(format(48000)).get(), Status::ok);
+    ASSERT_EQ(player->setAudioFormat(formatOf(48000)).get(), Status::ok);
     FakeGraphEngine::clearJournal();
     startRun(48);
     waitUntilReady(48);
@@ -182,7 +182,7 @@ TEST_F(PlayerAudio, aRunReadsOneSampleFrameAtItsCurrentFrameBeforeItRendersAny) 
 
 TEST_F(PlayerAudio, onlyRunsWithSoundPositionIt) {
     start(1000);
-    ASSERT_EQ(player->setAudioFormat(format(48000)).get(), Status::ok);
+    ASSERT_EQ(player->setAudioFormat(formatOf(48000)).get(), Status::ok);
     startRun(24, PlayParams::video_only);
     EXPECT_EQ(fills(), Fills{});
     ASSERT_EQ(player->stopProducing().get(), Status::ok);
@@ -204,7 +204,7 @@ TEST_F(PlayerAudio, aRunWithoutAFormatPositionsNothing) {
 
 TEST_F(PlayerAudio, aFormatWhoseSampleFrameIsEmptyIsNotPositioned) {
     start(1000);
-    ASSERT_EQ(player->setAudioFormat(format(48000, 0)).get(), Status::ok);
+    ASSERT_EQ(player->setAudioFormat(formatOf(48000, 0)).get(), Status::ok);
     startRun(24);
     EXPECT_EQ(fills(), Fills{});
 }
@@ -224,7 +224,7 @@ TEST_P(PlayerAudioPosition, isTheNearestSampleFrame) {
     LogCapture log;
     ASSERT_EQ(player->initialize(host.nativeContext(), host.nativeWindow()).get(), Status::ok);
     ASSERT_EQ(setComposition(FakeComposition::create(-1000, 3000)).get(), Status::ok);
-    ASSERT_EQ(player->setAudioFormat(format(GetParam().sampleRate)).get(), Status::ok);
+    ASSERT_EQ(player->setAudioFormat(formatOf(GetParam().sampleRate)).get(), Status::ok);
     const auto params = playParams(0, -900, 1900, 1, PlayParams::single, PlayParams::all);
     params->setCurrentFrame(GetParam().frame);
     ASSERT_EQ(player->startProducing(params).get(), Status::ok);
@@ -255,7 +255,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(PlayerAudio, aFailureToPositionIsLoggedAndTheRunGoesOn) {
     start(1000);
-    ASSERT_EQ(player->setAudioFormat(format(48000)).get(), Status::ok);
+    ASSERT_EQ(player->setAudioFormat(formatOf(48000)).get(), Status::ok);
     FakeGraphEngine::answer("fillAudio", 321);
     LogCapture log;
     startRun(24);
@@ -266,7 +266,7 @@ TEST_F(PlayerAudio, aFailureToPositionIsLoggedAndTheRunGoesOn) {
 
 TEST_F(PlayerAudio, aSampleFrameTooLargeForTheMemoryIsAFailureToPosition) {
     start(1000);
-    ASSERT_EQ(player->setAudioFormat(format(48000, std::numeric_limits<size_t>::max())).get(), Status::ok);
+    ASSERT_EQ(player->setAudioFormat(formatOf(48000, std::numeric_limits<size_t>::max())).get(), Status::ok);
     LogCapture log;
     startRun(24);
     EXPECT_EQ(log.count("Start producing audio failure = 1"), 1u);

@@ -6,10 +6,12 @@
 #include <thread>
 #include <vector>
 
+#include "harness/qrtForeignRecord.h"
 #include "harness/qrtHostContext.h"
 #include "harness/qrtLogCapture.h"
 #include "harness/qrtPlayerImplInspector.h"
 #include "harness/qrtPoolObserver.h"
+#include "harness/qrtTestResolutions.h"
 #include "harness/qrtThreadChances.h"
 #include "qrtCacheEvictionAdvisor.h"
 #include "qrtProducedVideoBuffer.h"
@@ -21,11 +23,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using Inspector = PlayerImplInspector;
-
-constexpr VideoBufferResolution small(16, 8, 4, 8, false);
-
-/// A record of the kit's cache that is no frame.
-class ForeignRecord final : public CacheData {};
 
 }  // namespace
 

@@ -3,7 +3,9 @@
 
 #include <thread>
 
+#include "harness/qrtForeignRecord.h"
 #include "harness/qrtLogCapture.h"
+#include "harness/qrtOtherCommand.h"
 #include "harness/qrtPlayerImplFixture.h"
 
 namespace QRT_0_81 {
@@ -12,13 +14,6 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-
-/// What waits in the queue already.
-class OtherCommand final : public Cmd {
-public:
-    OtherCommand() : Cmd(CmdType::get_pref) {}
-    void execute(PlayerImpl&) override {}
-};
 
 }  // namespace
 
@@ -107,7 +102,6 @@ TEST_F(PlayerImplDelivery, aFailurePostsNothingThoughTheFrameMayBeThere) {
 }
 
 TEST_F(PlayerImplDelivery, aRecordThatIsNoFrameIsAMiss) {
-    class ForeignRecord final : public CacheData {};
     ASSERT_EQ(Inspector::cache(*engine).put("5", SharedPtr<CacheData>(new ForeignRecord)).get(), Status::ok);
     SharedPtr<VideoBuffer> buffer;
     EXPECT_EQ(serve(5, buffer), Status::ok);

@@ -3,6 +3,7 @@
 
 #include "harness/qrtAllocationFault.h"
 #include "harness/qrtFinishWatch.h"
+#include "harness/qrtForeignRecord.h"
 #include "harness/qrtLogCapture.h"
 #include "harness/qrtPixelBufferFaults.h"
 #include "harness/qrtPlayerImplFixture.h"
@@ -75,7 +76,6 @@ TEST_F(PlayerImplFrame, thatIsCachedIsHandedOutAndNothingIsRenderedMovedOrPosted
 }
 
 TEST_F(PlayerImplFrame, takesThePlaceOfARecordThatIsNoFrame) {
-    class ForeignRecord final : public CacheData {};
     ASSERT_EQ(Inspector::cache(*engine).put("5", SharedPtr<CacheData>(new ForeignRecord)).get(), Status::ok);
     const auto buffer = produce(5);
     ASSERT_TRUE(buffer);

@@ -2,7 +2,9 @@
 #include <gmock/gmock.h>
 
 #include "foundation/core/qrtAudioFormatInterface.h"
+#include "harness/qrtForeignRecord.h"
 #include "harness/qrtLogCapture.h"
+#include "harness/qrtOtherCommand.h"
 #include "harness/qrtPlayerImplFixture.h"
 
 namespace QRT_0_81 {
@@ -13,16 +15,6 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 constexpr int64 noFrame = -1;
-
-/// A record of the kit's cache that is no frame.
-class ForeignRecord final : public CacheData {};
-
-/// What waits in the queue already.
-class OtherCommand final : public Cmd {
-public:
-    OtherCommand() : Cmd(CmdType::get_pref) {}
-    void execute(PlayerImpl&) override {}
-};
 
 class StereoFormat final : public AudioFormatInterface {
 public:

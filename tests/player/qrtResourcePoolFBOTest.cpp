@@ -13,6 +13,7 @@
 #include "harness/qrtHostContext.h"
 #include "harness/qrtLogCapture.h"
 #include "harness/qrtPoolObserver.h"
+#include "harness/qrtTestResolutions.h"
 #include "harness/qrtThreadChances.h"
 #include "qrtOpenGL.h"
 
@@ -22,9 +23,6 @@ namespace {
 
 using ::testing::ElementsAre;
 using SizeUnit = ResourcePool::SizeUnit;
-
-constexpr VideoBufferResolution small(16, 8, 4, 8, false);
-constexpr VideoBufferResolution other(32, 8, 4, 8, false);
 
 std::vector<QOpenGLFramebufferObject*> lockAll(ResourcePoolFBO& pool) {
     std::vector<QOpenGLFramebufferObject*> fbos;
@@ -288,7 +286,7 @@ TEST_F(ResourcePoolFBOTest, framebuffersLentDuringARebuildAreDeletedWhenTheyCome
     QOpenGLFramebufferObject* const a = pool->lock(true);
     QOpenGLFramebufferObject* const b = pool->lock(true);
     const GLuint textureOfA = a->texture();
-    ASSERT_EQ(pool->setResolution(other).get(), Status::ok);
+    ASSERT_EQ(pool->setResolution(twiceAsWide).get(), Status::ok);
     EXPECT_EQ(reaper->numAlive(), 4u + 2u);
     EXPECT_TRUE(host.gl().glIsTexture(textureOfA));
     pool->release(a);
@@ -434,7 +432,7 @@ TEST_F(ResourcePoolFBODebugLines, clearingCountsTheFreeFramebuffersOnly) {
     QOpenGLFramebufferObject* const a = pool->lock(true);
     QOpenGLFramebufferObject* const b = pool->lock(true);
     LogCapture log;
-    ASSERT_EQ(pool->setResolution(other).get(), Status::ok);
+    ASSERT_EQ(pool->setResolution(twiceAsWide).get(), Status::ok);
     EXPECT_THAT(log.lines(), ElementsAre("ResourcePoolFBO::uninitialize()-numDeletedFBO=3",
                                          "ResourcePoolFBO::initialize()-numAllocatedFBO=5"));
     log.clear();

@@ -14,6 +14,7 @@
 
 #include "harness/qrtLogCapture.h"
 #include "harness/qrtPoolObserver.h"
+#include "harness/qrtTestResolutions.h"
 #include "harness/qrtThreadChances.h"
 
 namespace QRT_0_81 {
@@ -21,9 +22,6 @@ namespace QRT_0_81 {
 namespace {
 
 using SizeUnit = ResourcePool::SizeUnit;
-
-constexpr VideoBufferResolution small(16, 8, 4, 8, false);
-constexpr VideoBufferResolution other(32, 8, 4, 8, false);
 
 /// Borrows all that the pool lends.
 std::vector<void*> lockAll(ResourcePoolRAM& pool) {
@@ -177,7 +175,7 @@ TEST_F(ResourcePoolRAMTest, blocksLentDuringARebuildForAnotherFormatAreFreedWhen
     build(4);
     void* const a = pool->lock(true);
     void* const b = pool->lock(true);
-    ASSERT_EQ(pool->setResolution(other).get(), Status::ok);
+    ASSERT_EQ(pool->setResolution(twiceAsWide).get(), Status::ok);
     std::memset(a, 1, small.getBufferSize());  // still the borrower's
     pool->release(a);
     pool->release(b);

@@ -6,6 +6,7 @@
 #include <thread>
 #include <type_traits>
 
+#include "harness/qrtTestResolutions.h"
 #include "harness/qrtVirtualTable.h"
 
 namespace QRT_0_81 {
@@ -15,7 +16,6 @@ namespace {
 using SizeUnit = ResourcePool::SizeUnit;
 
 constexpr VideoBufferResolution hd(1920, 1080, 4, 8, false);  // 8,294,400 bytes
-constexpr VideoBufferResolution small(16, 8, 4, 8, false);
 constexpr VideoBufferResolution invalid;
 constexpr auto unknownUnit = static_cast<SizeUnit>(2);
 

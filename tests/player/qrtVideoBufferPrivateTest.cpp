@@ -9,6 +9,7 @@
 
 #include "harness/qrtHostContext.h"
 #include "harness/qrtPoolObserver.h"
+#include "harness/qrtTestResolutions.h"
 #include "harness/qrtVirtualTable.h"
 
 namespace QRT_0_81 {
@@ -16,8 +17,6 @@ namespace QRT_0_81 {
 namespace {
 
 using SizeUnit = ResourcePool::SizeUnit;
-
-constexpr VideoBufferResolution small(16, 8, 4, 8, false);
 
 }  // namespace
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "harness/qrtHostContext.h"
+#include "harness/qrtTestResolutions.h"
 #include "harness/qrtTestTexture.h"
 #include "qrtExternalSegmentCacheManager.h"
 
@@ -15,8 +16,6 @@ using Pixel = TestTexture::Pixel;
 
 inline const VideoBufferResolution oneMebibyte(512, 512, 4, 8, false);
 inline const VideoBufferResolution quarterMebibyte(256, 256, 4, 8, false);
-inline const VideoBufferResolution small(16, 8, 4, 8, false);
-inline constexpr size_t smallSize = 16 * 8 * 4;
 inline constexpr auto otherType = static_cast<Resource::Type>(5);
 
 using Block = std::vector<unsigned char>;

@@ -15,7 +15,6 @@ using Frames = std::vector<int64>;
 using Journal = std::vector<std::string>;
 
 inline const Rational rate(24, 1);
-inline const Pixel black{0, 0, 0, 0};
 inline constexpr FakeSegment::Traits textureTraits{5, false, false, true};
 inline constexpr FakeSegment::Traits ramTraits{6, true, false, true};
 inline constexpr FakeSegment::Traits ownTextureTraits{7, false, true, true};

@@ -62,4 +62,6 @@ private:
     GLuint m_name = 0;
 };
 
+inline const TestTexture::Pixel black{0, 0, 0, 0};
+
 }  // namespace QRT_0_81
