@@ -4,10 +4,11 @@
 
 #include <limits>
 
+#include "viewer/qrtTestRates.h"
+
 namespace qrtplay {
 namespace {
 
-const Rational ntsc(30000, 1001);
 const Rational doubleNtsc(60000, 1001);
 
 struct TimecodeCase {

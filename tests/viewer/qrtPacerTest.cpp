@@ -8,10 +8,10 @@
 namespace qrtplay {
 namespace {
 
-constexpr int64 second = 1'000'000'000;
-constexpr int64 startAt = 5 * second;
+constexpr int64 aSecond = 1'000'000'000;
+constexpr int64 startAt = 5 * aSecond;
 const Rational tenASecond(10, 1);
-constexpr int64 frameTime = second / 10;  // at `tenASecond`
+constexpr int64 frameTime = aSecond / 10;  // at `tenASecond`
 
 SharedPtr<PlayParams> orderOf(int64 first, int64 last, int64 current, int step, PlayParams::PlayMode mode) {
     const Rational rate(24, 1);
@@ -53,7 +53,7 @@ TEST_P(PacerGrid, isExactForTwoHours) {
     for (int64 tick = 0; tick < ticks; ++tick) {
         const auto next = pacer.next();
         ASSERT_TRUE(next.has_value());
-        const int64 exact = std::llround(static_cast<long double>(tick) * denominator * second / numerator);
+        const int64 exact = std::llround(static_cast<long double>(tick) * denominator * aSecond / numerator);
         ASSERT_EQ(next->dueAt, startAt + exact) << tick;
         ASSERT_EQ(next->number, tick);
         ASSERT_EQ(next->frame, tick % 48);
@@ -66,7 +66,7 @@ TEST_P(PacerGrid, isExactForTwoHours) {
 
 TEST_P(PacerGrid, hasOneFrameTime) {
     const Pacer pacer(*orderOf(0, 47, 0, 1, PlayParams::loop), GetParam(), PacePolicy::real_time, startAt);
-    EXPECT_EQ(pacer.frameTime(), std::llround(static_cast<double>(second) / GetParam().getValue()));
+    EXPECT_EQ(pacer.frameTime(), std::llround(static_cast<double>(aSecond) / GetParam().getValue()));
 }
 
 INSTANTIATE_TEST_SUITE_P(Rates, PacerGrid,
@@ -277,13 +277,13 @@ TEST(PacerForEveryFrame, movesTheGridByWholeFramesOfFractionalRatesForHours) {
     Pacer pacer(*orderOf(0, 9, 0, 1, PlayParams::loop), rate, PacePolicy::every_frame, startAt);
     // Three hours late, at once: on the grid all the same.
     const int64 lateTicks = int64{3} * 3600 * 24;
-    const int64 now = startAt + lateTicks * 1001 / 24000 * second + 1;
+    const int64 now = startAt + lateTicks * 1001 / 24000 * aSecond + 1;
     ASSERT_EQ(pacer.hasCome(now, 0), Pacer::Verdict::show);
     const int64 due = pacer.next()->dueAt;
     EXPECT_GT(due, now);
     EXPECT_LE(due, now + pacer.frameTime() + 1);
     const int64 tick = std::llround(static_cast<double>(due - startAt) * 24000.0 / 1001.0 / 1e9);
-    EXPECT_EQ(due, startAt + std::llround(static_cast<long double>(tick) * 1001 * second / 24000));
+    EXPECT_EQ(due, startAt + std::llround(static_cast<long double>(tick) * 1001 * aSecond / 24000));
 }
 
 }  // namespace

@@ -17,7 +17,7 @@
 namespace qrtplay {
 namespace {
 
-constexpr int longEnoughMs = 60'000;
+constexpr int deviceWaitMs = 60'000;
 constexpr char const* silence = "type null";  // takes all that it is given, as fast as it gets it
 constexpr char const* noAlsa = "Qt Multimedia has no plugin for ALSA here";
 
@@ -99,7 +99,7 @@ TEST_F(QtSoundOutputTest, playsTheFeedUntilItIsStopped) {
     ASSERT_TRUE(started.success()) << started.message();
     EXPECT_TRUE(output.heard());
     constexpr int64 halfASecond = 500'000'000;
-    ASSERT_TRUE(QTest::qWaitFor([&] { return output.heard().value_or(0) > halfASecond; }, longEnoughMs));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return output.heard().value_or(0) > halfASecond; }, deviceWaitMs));
     output.setVolume(1);
     output.stop();
     EXPECT_EQ(output.heard(), std::nullopt);
@@ -112,12 +112,12 @@ TEST_F(QtSoundOutputTest, goesOnWhereTheFeedHasBeenStopped) {
     if (!haveDevice(silence)) GTEST_SKIP() << noAlsa;
     QtSoundOutput output;
     ASSERT_TRUE(output.start(feed()).success());
-    ASSERT_TRUE(QTest::qWaitFor([&] { return output.heard().value_or(0) > 0; }, longEnoughMs));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return output.heard().value_or(0) > 0; }, deviceWaitMs));
     output.stop();
     const int64 position = feed().position();
     ASSERT_TRUE(output.start(feed()).success());
     EXPECT_GE(output.heard().value_or(0), position * 1'000'000'000 / TimelinePlayer::soundRate);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return feed().position() > position; }, longEnoughMs));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return feed().position() > position; }, deviceWaitMs));
     // Started while it plays, it begins anew.
     EXPECT_TRUE(output.start(feed()).success());
 }

@@ -14,14 +14,13 @@
 
 #include "playback/qrtPreparedInput.h"
 #include "playback/qrtTimelinePlayer.h"
+#include "viewer/qrtSoundArithmetic.h"
 #include "viewer/qrtViewerApplication.h"
 
 namespace qrtplay {
 namespace {
 
-constexpr int32 sampleRate = TimelinePlayer::soundRate;
 constexpr int64 soundLength = 10 * sampleRate;
-constexpr int64 silent = -1;
 constexpr int longEnoughMs = 60'000;
 
 // Sample n carries n + 1, so that seams show and the first one is not silent; the right channel with the other sign.
@@ -54,12 +53,6 @@ void writeCountingSound(std::string const& path) {
         append(bytes, static_cast<float>(n + 1) * -unit);
     }
     std::ofstream(path, std::ios::binary) << bytes;
-}
-
-/// The first sample at the begin of a frame or later, by plain arithmetic.
-int64 sampleOf(int64 frame, Rational const& rate) {
-    const int64 numerator = frame * sampleRate * rate.getDenominator();
-    return (numerator + rate.getNumerator() - 1) / rate.getNumerator();
 }
 
 /// A timeline that is one file of such sound, in a player.

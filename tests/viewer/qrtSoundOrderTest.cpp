@@ -4,16 +4,10 @@
 
 #include <vector>
 
+#include "viewer/qrtSoundArithmetic.h"
+
 namespace qrtplay {
 namespace {
-
-constexpr int32 sampleRate = 48000;
-
-/// The first sample at the begin of a frame or later, by plain arithmetic.
-int64 sampleOf(int64 frame, Rational const& rate) {
-    const int64 numerator = frame * sampleRate * rate.getDenominator();
-    return (numerator + rate.getNumerator() - 1) / rate.getNumerator();
-}
 
 SharedPtr<PlayParams> orderOf(int64 first, int64 last, int64 current, int step, PlayParams::PlayMode mode) {
     const Rational rate(24, 1);
@@ -24,8 +18,6 @@ SharedPtr<PlayParams> orderOf(int64 first, int64 last, int64 current, int step, 
     order->setCurrentFrame(current);
     return order;
 }
-
-constexpr int64 silent = -1;
 
 /// For every sample of the stream the sample of the timeline, or `silent`.
 std::vector<int64> samplesOf(SoundOrder& order, int64 count) {

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "viewer/qrtTestRates.h"
+
 namespace qrtplay {
 namespace {
 
@@ -50,8 +52,6 @@ TEST_P(TimelineRulerLabels, standAtNeatSteps) {
     EXPECT_THAT(frames, ElementsAreArray(one.frames));
     EXPECT_THAT(labels, ElementsAreArray(one.labels));
 }
-
-constexpr Rational ntsc(30000, 1001);
 
 INSTANTIATE_TEST_SUITE_P(
     Countings, TimelineRulerLabels,
