@@ -2,6 +2,7 @@
 #include <malloc.h>
 
 #include "harness/qrtPlayerFixture.h"
+#include "sanitizers/qrtSanitizer.h"
 
 namespace QRT_0_81 {
 
@@ -9,16 +10,8 @@ class PlayerEndurance : public PlayerFixture {};
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr int numRounds = 1000;
-constexpr bool canMeasureHeap = false;  // the sanitizers' allocators keep no such count; LeakSanitizer looks instead
-#elif defined(__SANITIZE_THREAD__)
-constexpr int numRounds = 100;  // ten times slower, and races do not wait for the thousandth round
-constexpr bool canMeasureHeap = false;
-#else
-constexpr int numRounds = 1000;
-constexpr bool canMeasureHeap = true;
-#endif
+constexpr int numRounds = isUnderSanitizer ? 50 : 1000;  // races and leaks do not wait for the thousandth round
+constexpr bool canMeasureHeap = !isUnderSanitizer;  // the sanitizers' allocators keep no such count
 
 size_t bytesInUse() {
     const auto info = mallinfo2();
