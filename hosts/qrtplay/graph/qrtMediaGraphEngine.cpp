@@ -173,7 +173,10 @@ void MediaGraphEngine::prepareAhead(Source const& source, int64 frame) {
     const int64 frameCount = std::min(timeline.duration().frameFrom(m_rate), mostFrames);
     int64 planned = frame;
     for (int ahead = 0; ahead < framesAhead && planned >= 0 && planned < frameCount; ++ahead, planned += step) {
-        if (!m_planned.contains(planned)) m_planned.add(planned, picturesOf(timeline.pictureAt(planned, m_rate)));
+        if (m_planned.contains(planned))
+            m_planned.expect(planned);
+        else
+            m_planned.add(planned, picturesOf(timeline.pictureAt(planned, m_rate)));
         auto const& pictures = m_planned.pictures(planned);
         wishes.insert(wishes.end(), pictures.begin(), pictures.end());
     }

@@ -25,14 +25,24 @@ public:
     void add(int64 frame, std::vector<PictureStore::Wish> pictures);
     [[nodiscard]] bool contains(int64 frame) const { return m_frames.contains(frame); }
     /// Of a frame that is contained.
-    [[nodiscard]] std::vector<PictureStore::Wish> const& pictures(int64 frame) const { return m_frames.at(frame); }
+    [[nodiscard]] std::vector<PictureStore::Wish> const& pictures(int64 frame) const {
+        return m_frames.at(frame).pictures;
+    }
+    /// The pictures of a frame that is contained are about to be decoded, perhaps once more.
+    void expect(int64 frame) { m_frames.at(frame).wasKept = false; }
     void clear() { m_frames.clear(); }
 
-    /// Adds the ranges of frames all of whose pictures are kept, ascending, and forgets those that have lost one.
+    /// Adds the ranges of frames all of whose pictures are kept, ascending, and forgets those that have lost one. Those
+    /// that are still expected are neither told nor forgotten.
     void collect(PictureStore const& store, CacheStats& stats);
 
 private:
-    std::map<int64, std::vector<PictureStore::Wish>> m_frames;
+    struct Plan {
+        std::vector<PictureStore::Wish> pictures;
+        bool wasKept = false;  ///< all of them, since they were expected
+    };
+
+    std::map<int64, Plan> m_frames;
 };
 
 }  // namespace qrtplay
