@@ -1,6 +1,5 @@
 #include "qrtProgram.h"
 
-#include <QCoreApplication>
 #include <QApplication>
 #include <iostream>
 #include <memory>
@@ -54,15 +53,18 @@ int endWithoutOpenGl(Options const& options, std::string const& why) {
     return exit_no_opengl;
 }
 
-/// The window needs more of Qt than a command, and contexts that share their objects.
-std::unique_ptr<QGuiApplication> makeApplication(Options const& options, int& argc, char** argv) {
-    if (options.command == Options::Command::view) return makeViewerApplication(argc, argv);
-    return std::make_unique<QGuiApplication>(argc, argv);
+/// The window needs more of Qt than a command, and contexts that share their objects. Qt gets no word but the name: it
+/// would take "--display" for its own.
+std::unique_ptr<QGuiApplication> makeApplication(Options const& options, char** argv) {
+    static int count = 1;
+    static char* words[] = {argv[0], nullptr};
+    if (options.command == Options::Command::view) return makeViewerApplication(count, words);
+    return std::make_unique<QGuiApplication>(count, words);
 }
 
-int runWithDisplay(int argc, char** argv, Options const& options) {
+int runWithDisplay(char** argv, Options const& options) {
     if (Outcome outcome = checkDisplay(); outcome.failed()) return endWithoutOpenGl(options, outcome.message());
-    const auto application = makeApplication(options, argc, argv);
+    const auto application = makeApplication(options, argv);
     if (Outcome outcome = checkPlatform(); outcome.failed()) return endWithoutOpenGl(options, outcome.message());
     switch (options.command) {
         case Options::Command::render: return runRender(options.render);
@@ -90,7 +92,7 @@ int runProgram(int argc, char** argv) {
         const QCoreApplication application(argc, argv);
         return isDryRun ? runDryRun(options.render) : runInfo(options.info);
     }
-    return runWithDisplay(argc, argv, options);
+    return runWithDisplay(argv, options);
 }
 
 }  // namespace qrtplay
