@@ -4,6 +4,7 @@
 #include <QPalette>
 #include <QStyleFactory>
 #include <QTest>
+#include <algorithm>
 
 #include "viewer/qrtScreenshotComparison.h"
 #include "viewer/qrtViewerFixture.h"
@@ -20,10 +21,20 @@ protected:
         QApplication::setFont(font);
     }
 
-    /// The window once nothing in it moves any more.
+    /// The window once the frame on show and all that is prepared ahead of it are there, and the caches shown.
     QImage look() {
+        constexpr int64 renderedAhead = 2;   // by the player, unless it is told otherwise
+        constexpr int64 decodedAhead = 33;   // by the graph engine, seen from the last of these
+        const int64 frame = playback().frame();
+        const int64 last = playback().whole().last;
+        const auto reach = [](std::vector<FrameSpan> const& spans, int64 first, int64 end) {
+            return std::any_of(spans.begin(), spans.end(),
+                               [&](FrameSpan const& span) { return span.first <= first && span.last >= end; });
+        };
+        TimelineView& view = window().timelineView();
         EXPECT_TRUE(waitFor([&] {
-            return window().timelineView().rendered().size() == 1 && !window().timelineView().decoded().empty();
+            return reach(view.rendered(), frame, std::min(last, frame + renderedAhead)) &&
+                   reach(view.decoded(), frame, std::min(last, frame + decodedAhead));
         }));
         QCoreApplication::processEvents();
         return window().grab().toImage();
@@ -43,6 +54,7 @@ TEST_F(ViewerLooks, aTimelineAtItsFirstFrame) {
 
 TEST_F(ViewerLooks, aRangeWithSafeAreas) {
     show({timeline()});
+    (void)look();  // what is decoded around the first frame is shown as well
     playback().seek(60);
     playback().setInPoint(24);
     playback().setOutPoint(72);

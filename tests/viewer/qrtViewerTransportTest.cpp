@@ -173,6 +173,34 @@ TEST_F(ViewerTransport, mChangesThePlayModeAndTheMenuSaysWhich) {
     EXPECT_EQ(playback().mode(), PlayParams::ping_pong);
 }
 
+TEST_F(ViewerTransport, aRepeatsFromInToOut) {
+    showFilm();
+    playback().seek(30);
+    press(Qt::Key_I);
+    playback().seek(33);
+    press(Qt::Key_O);
+    expectShows(33);
+    record();
+    press(Qt::Key_A);
+    EXPECT_EQ(playback().mode(), PlayParams::loop);
+    EXPECT_TRUE(waitFor([&] { return recorded.size() > 12; }));
+    for (const int64 frame : recorded) EXPECT_TRUE(frame >= 30 && frame <= 33) << frame;
+}
+
+TEST_F(ViewerTransport, theStepChoosesEveryNthFrame) {
+    showFilm();
+    EXPECT_TRUE(action(ViewerCommand::stride_1).isChecked());
+    action(ViewerCommand::stride_5).trigger();
+    EXPECT_TRUE(action(ViewerCommand::stride_5).isChecked());
+    expectShows(0);
+    record();
+    press(Qt::Key_L);
+    EXPECT_TRUE(waitFor([&] { return recorded.size() > 3; }));
+    for (const int64 frame : recorded) EXPECT_EQ(frame % 5, 0);
+    press(Qt::Key_L);
+    EXPECT_EQ(playback().step(), 10) << "twice as fast";
+}
+
 TEST_F(ViewerTransport, rAndSChoosePaceAndSound) {
     showFilm();
     ASSERT_EQ(playback().policy(), PacePolicy::real_time);

@@ -52,13 +52,8 @@ void Playback::setPlayer(TimelinePlayer* player, int64 frame) {
     m_toldFailure.clear();
     m_shownAt.clear();
     if (m_player) {
-        m_fetcher = std::make_unique<FrameFetcher>(*m_player, [this](FetchedFrame fetched) {
-            {
-                const std::lock_guard lock(m_fetchedMutex);
-                m_fetched.push_back(std::move(fetched));
-            }
-            QMetaObject::invokeMethod(this, "takeFetched", Qt::QueuedConnection);
-        });
+        m_fetcher =
+            std::make_unique<FrameFetcher>(*m_player, [this](FetchedFrame fetched) { deliver(std::move(fetched)); });
         produceAround();
         fetchStill();
     }
@@ -148,7 +143,7 @@ void Playback::scrub(int64 frame) {
         m_resumeStep = m_step;
         endRun();
     }
-    if (!std::exchange(m_isScrubbing, true)) m_firstScrub = m_request + 1;
+    if (!std::exchange(m_isScrubbing, true)) m_firstOnTheWay = m_request + 1;
     goTo(frame, wasPlaying);
     if (wasPlaying) emit stateChanged();
 }
@@ -244,6 +239,22 @@ void Playback::reconfigure(std::function<void(TimelinePlayer&)> const& change) {
     fetchStill();
 }
 
+// On the fetcher's thread. A frame that waits here while the next one comes has been overtaken: kept, it would take one
+// of the few that the player can lend.
+void Playback::deliver(FetchedFrame fetched) {
+    FetchedFrame overtaken;  // let go of after the lock
+    {
+        const std::lock_guard lock(m_fetchedMutex);
+        const bool isFrame = fetched.request != 0;
+        if (isFrame && !m_fetched.empty() && m_fetched.back().request != 0) {
+            overtaken = std::exchange(m_fetched.back(), std::move(fetched));
+        } else {
+            m_fetched.push_back(std::move(fetched));
+        }
+    }
+    QMetaObject::invokeMethod(this, "takeFetched", Qt::QueuedConnection);
+}
+
 void Playback::takeFetched() {
     while (true) {
         FetchedFrame frame;
@@ -272,7 +283,7 @@ void Playback::accept(FetchedFrame frame) {
         onTick();
         return;
     }
-    const bool isOnTheWay = m_isScrubbing && frame.request >= m_firstScrub && frame.request > m_shownRequest;
+    const bool isOnTheWay = frame.request >= m_firstOnTheWay && frame.request > m_shownRequest;
     if (!isNewest && !isOnTheWay) return;
     m_shownRequest = frame.request;
     show(frame);
@@ -288,6 +299,8 @@ void Playback::goTo(int64 frame, bool wasPlaying) {
     const int64 distance = m_frame - before;
     // Who steps, goes on stepping that way; a jump says nothing.
     const bool isStep = std::abs(distance) == 1 || std::abs(distance) == m_stride;
+    // While an arrow key is held down, frames on the way are to be seen; not so those between two places far apart.
+    if (!isStep && !m_isScrubbing) m_firstOnTheWay = m_request + 1;
     const bool hasTurned = isStep && directionOf(distance) != m_heading;
     if (hasTurned) m_heading = -m_heading;
     if (hasTurned || wasPlaying) produceAround();
@@ -437,6 +450,7 @@ void Playback::wakeAt(int64 time, int64 now) {
 }
 
 void Playback::endRun() {
+    m_firstOnTheWay = m_request + 1;  // what the run has asked for last is of the past
     m_timer.stop();
     silence();
     m_statistics.counts = m_pacer->counts();

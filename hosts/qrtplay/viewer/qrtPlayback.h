@@ -125,6 +125,7 @@ signals:
     void noticed(QString const& text);
 
 private:
+    void deliver(FetchedFrame fetched);
     Q_INVOKABLE void takeFetched();
     void accept(FetchedFrame frame);
     void show(FetchedFrame const& frame);
@@ -177,7 +178,7 @@ private:
     PacePolicy m_policy = PacePolicy::real_time;
 
     bool m_isScrubbing = false;
-    uint64 m_firstScrub = 0;          // its request
+    uint64 m_firstOnTheWay = 0;       // the first request whose frame may be shown in passing
     std::optional<int> m_resumeStep;  // what played before the scrub
 
     std::unique_ptr<Pacer> m_pacer;  // while playing

@@ -30,6 +30,11 @@ uint64 stableTextHash(std::string const& text) {
     return hash ^ hash >> 33;
 }
 
+/// A project keeps its colours when its folder is moved.
+std::string fileNameIn(std::string const& path) {
+    return path.substr(path.find_last_of('/') + 1);
+}
+
 // Degrees, apart enough to be told from each other; none near the red of what is missing.
 constexpr std::array<double, 14> mediaHues{26, 42, 60, 82, 110, 140, 160, 178, 194, 210, 228, 252, 278, 308};
 
@@ -87,7 +92,7 @@ ClipLook TimelineColours::clip(TrackItem const& item, Timeline const& timeline) 
     }
     const bool isThere = item.media && *item.media < timeline.media().size();
     if (isThere && timeline.media()[*item.media].kind != MediaReference::Kind::missing)
-        return mediaLook(timeline.media()[*item.media].text());
+        return mediaLook(fileNameIn(timeline.media()[*item.media].text()));
     ClipLook missing = look(356, 0.6);
     missing.pattern = Qt::DiagCrossPattern;
     return missing;

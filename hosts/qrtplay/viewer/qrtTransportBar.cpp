@@ -3,9 +3,9 @@
 #include <QFontDatabase>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QStyle>
 #include <QToolButton>
 
+#include "viewer/qrtTransportIcons.h"
 #include "viewer/qrtViewerActions.h"
 
 namespace qrtplay {
@@ -25,6 +25,7 @@ QLabel* makeLabel(QString const& name, QString const& toolTip, QWidget* parent) 
 
 TransportBar::TransportBar(ViewerActions& actions, QWidget* parent)
     : QWidget(parent),
+      m_actions(actions),
       m_position(makeLabel("Position", "The frame on show", this)),
       m_length(makeLabel("Length", "The length of what is open", this)),
       m_speed(makeLabel("Speed", "How fast it plays", this)) {
@@ -33,9 +34,9 @@ TransportBar::TransportBar(ViewerActions& actions, QWidget* parent)
     row->setSpacing(2);
     row->addWidget(m_position);
     row->addStretch();
-    const auto add = [&](ViewerCommand command, QStyle::StandardPixmap icon) {
+    const auto add = [&](ViewerCommand command, TransportShape shape) {
         QAction& action = actions[command];
-        action.setIcon(style()->standardIcon(icon));
+        action.setIcon(transportIcon(shape, palette().color(QPalette::ButtonText)));
         auto* const button = new QToolButton(this);
         button->setDefaultAction(&action);
         button->setAutoRaise(true);
@@ -44,13 +45,13 @@ TransportBar::TransportBar(ViewerActions& actions, QWidget* parent)
         button->setAccessibleName(action.text().remove('&'));
         row->addWidget(button);
     };
-    add(ViewerCommand::go_to_start, QStyle::SP_MediaSkipBackward);
-    add(ViewerCommand::step_back, QStyle::SP_ArrowLeft);
-    add(ViewerCommand::shuttle_back, QStyle::SP_MediaSeekBackward);
-    add(ViewerCommand::toggle_play, QStyle::SP_MediaPlay);
-    add(ViewerCommand::shuttle_forward, QStyle::SP_MediaSeekForward);
-    add(ViewerCommand::step_forward, QStyle::SP_ArrowRight);
-    add(ViewerCommand::go_to_end, QStyle::SP_MediaSkipForward);
+    add(ViewerCommand::go_to_start, TransportShape::to_start);
+    add(ViewerCommand::step_back, TransportShape::frame_back);
+    add(ViewerCommand::shuttle_back, TransportShape::backwards);
+    add(ViewerCommand::toggle_play, TransportShape::play);
+    add(ViewerCommand::shuttle_forward, TransportShape::forwards);
+    add(ViewerCommand::step_forward, TransportShape::frame_on);
+    add(ViewerCommand::go_to_end, TransportShape::to_end);
     row->addSpacing(8);
     row->addWidget(m_speed);
     row->addStretch();
@@ -61,6 +62,15 @@ TransportBar::TransportBar(ViewerActions& actions, QWidget* parent)
 void TransportBar::setPosition(QString const& position, QString const& length) {
     m_position->setText(position);
     m_length->setText(length);
+}
+
+void TransportBar::setPlaying(bool isPlaying) {
+    if (isPlaying == m_isPlaying) return;
+    m_isPlaying = isPlaying;
+    QAction& action = m_actions[ViewerCommand::toggle_play];
+    const auto shape = isPlaying ? TransportShape::pause : TransportShape::play;
+    action.setIcon(transportIcon(shape, palette().color(QPalette::ButtonText)));
+    action.setText(isPlaying ? "&Pause" : "&Play");
 }
 
 void TransportBar::setSpeed(QString const& text) {

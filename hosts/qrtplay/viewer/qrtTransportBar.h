@@ -3,7 +3,6 @@
 #include <QWidget>
 
 class QLabel;
-class QToolButton;
 
 namespace qrtplay {
 
@@ -20,10 +19,14 @@ public:
 
     /// The frame on show and the length of the timeline, in words.
     void setPosition(QString const& position, QString const& length);
+    /// What the middle button would do next.
+    void setPlaying(bool isPlaying);
     /// Such as "2x", "-1x"; empty while nothing plays.
     void setSpeed(QString const& text);
 
 private:
+    ViewerActions& m_actions;
+    bool m_isPlaying = false;
     QLabel* m_position;
     QLabel* m_length;
     QLabel* m_speed;

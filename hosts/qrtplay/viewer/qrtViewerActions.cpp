@@ -66,6 +66,13 @@ std::vector<ViewerActions::Entry> const& ViewerActions::entries() {
          "Turns round at the ends of the range.", true},
         {Command::next_mode, playbackMenu, "actionNextMode", "Next play mode", "M",
          "Changes between playing once, looping and ping-pong."},
+        {Command::repeat_range, playbackMenu, "actionRepeatRange", "Repeat in to out", "A",
+         "Plays from the in point to the out point over and over."},
+        {Command::stride_1, playbackMenu, "actionStride1", "Every frame", "", "Plays one frame after the other.", true,
+         true},
+        {Command::stride_2, playbackMenu, "actionStride2", "Every second frame", "", "Plays every second frame.", true},
+        {Command::stride_5, playbackMenu, "actionStride5", "Every fifth frame", "", "Plays every fifth frame.", true},
+        {Command::stride_10, playbackMenu, "actionStride10", "Every tenth frame", "", "Plays every tenth frame.", true},
         {Command::real_time, playbackMenu, "actionRealTime", "&Real time", "R",
          "Skips late frames and keeps time; off: shows every frame, however late.", true, true},
         {Command::mute, playbackMenu, "actionMute", "M&ute", "S", "Switches the sound off and on.", true},
@@ -123,9 +130,14 @@ ViewerActions::ViewerActions(QWidget* window) : QObject(window), m_actions(entri
         window->addAction(action);
         m_actions[static_cast<size_t>(entry.command)] = action;
     }
-    auto* const modes = new QActionGroup(this);
-    for (const Command mode : {Command::mode_single, Command::mode_loop, Command::mode_ping_pong})
-        modes->addAction(&(*this)[mode]);
+    makeGroup({Command::mode_single, Command::mode_loop, Command::mode_ping_pong});
+    makeGroup({Command::stride_1, Command::stride_2, Command::stride_5, Command::stride_10});
+}
+
+// Of a group one is checked.
+void ViewerActions::makeGroup(std::initializer_list<ViewerCommand> commands) {
+    auto* const group = new QActionGroup(this);
+    for (const Command command : commands) group->addAction(&(*this)[command]);
 }
 
 QAction& ViewerActions::operator[](ViewerCommand command) const {

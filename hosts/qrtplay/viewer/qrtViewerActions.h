@@ -2,7 +2,7 @@
 
 #include <QAction>
 #include <QObject>
-#include <array>
+#include <initializer_list>
 #include <vector>
 
 class QMenuBar;
@@ -36,6 +36,11 @@ enum class ViewerCommand {
     mode_loop,
     mode_ping_pong,
     next_mode,
+    repeat_range,
+    stride_1,
+    stride_2,
+    stride_5,
+    stride_10,
     real_time,
     mute,
     // Mark
@@ -91,6 +96,8 @@ public:
     void fill(QMenuBar& bar) const;
 
 private:
+    void makeGroup(std::initializer_list<ViewerCommand> commands);
+
     std::vector<QAction*> m_actions;  // by command; owned by this object
 };
 

@@ -3,6 +3,7 @@
 #include <QMainWindow>
 #include <functional>
 #include <memory>
+#include <utility>
 
 #include "base/qrtKit.h"
 #include "input/qrtPlayInput.h"
@@ -109,6 +110,7 @@ private:
     void seekBy(int64 frames);
     void shuttle(int direction);
     void nextMode();
+    void repeatRange();
     void nextNumbering();
     void askForFiles();
     void saveSnapshot();
@@ -118,6 +120,11 @@ private:
     void showKeyboard();
     void showAbout();
     [[nodiscard]] bool hasPicture();
+
+    static constexpr std::pair<ViewerCommand, int> strides[] = {{ViewerCommand::stride_1, 1},
+                                                                {ViewerCommand::stride_2, 2},
+                                                                {ViewerCommand::stride_5, 5},
+                                                                {ViewerCommand::stride_10, 10}};
 
     ViewerServices m_services;
     ViewerSettings m_settings;

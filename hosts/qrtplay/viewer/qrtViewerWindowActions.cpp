@@ -77,6 +77,9 @@ void ViewerWindow::connectTransportActions() {
     on(ViewerCommand::mode_loop, [this] { m_playback->setMode(PlayParams::loop); });
     on(ViewerCommand::mode_ping_pong, [this] { m_playback->setMode(PlayParams::ping_pong); });
     on(ViewerCommand::next_mode, [this] { nextMode(); });
+    on(ViewerCommand::repeat_range, [this] { repeatRange(); });
+    for (auto const& [command, frames] : strides)
+        on(command, [this, frames = frames] { m_playback->setStride(frames); });
     on(ViewerCommand::real_time, [this](bool wanted) {
         m_playback->setPolicy(wanted ? PacePolicy::real_time : PacePolicy::every_frame);
     });
@@ -132,6 +135,12 @@ void ViewerWindow::shuttle(int direction) {
 void ViewerWindow::nextMode() {
     constexpr int modes = 3;
     m_playback->setMode(static_cast<PlayParams::PlayMode>((m_playback->mode() + 1) % modes));
+}
+
+void ViewerWindow::repeatRange() {
+    m_playback->setMode(PlayParams::loop);
+    m_playback->seek(m_playback->range().first);
+    m_playback->play(m_playback->stride());
 }
 
 void ViewerWindow::nextNumbering() {

@@ -4,7 +4,6 @@
 #include <QLabel>
 #include <QMenu>
 #include <QStatusBar>
-#include <QStyle>
 
 #include "base/qrtProgramVersion.h"
 #include "playback/qrtTimecode.h"
@@ -44,11 +43,10 @@ void ViewerWindow::showState() {
     check(ViewerCommand::mode_single, m_playback->mode() == PlayParams::single);
     check(ViewerCommand::mode_loop, m_playback->mode() == PlayParams::loop);
     check(ViewerCommand::mode_ping_pong, m_playback->mode() == PlayParams::ping_pong);
+    for (auto const& [command, frames] : strides) check(command, m_playback->stride() == frames);
     check(ViewerCommand::real_time, m_playback->policy() == PacePolicy::real_time);
     check(ViewerCommand::mute, m_playback->isMuted());
-    QAction& play = (*m_actions)[ViewerCommand::toggle_play];
-    play.setText(m_playback->isPlaying() ? "&Pause" : "&Play");
-    play.setIcon(style()->standardIcon(m_playback->isPlaying() ? QStyle::SP_MediaPause : QStyle::SP_MediaPlay));
+    m_transport->setPlaying(m_playback->isPlaying());
     for (const ViewerCommand command :
          {ViewerCommand::reload, ViewerCommand::close, ViewerCommand::save_snapshot, ViewerCommand::copy_snapshot,
           ViewerCommand::export_range})
