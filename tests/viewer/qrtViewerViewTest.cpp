@@ -141,6 +141,25 @@ TEST_F(ViewerView, theKeysZoomThePicture) {
     EXPECT_GT(view.zoom().factor(), 10) << "a picture of 32 x 18 fills the window";
 }
 
+TEST_F(ViewerView, theKeysZoomTheTimeline) {
+    showFilm();
+    TimelineView& view = window().timelineView();
+    const double whole = view.positionOf(100) - view.positionOf(0);
+    press(Qt::Key_Plus, Qt::AltModifier);
+    EXPECT_GT(view.positionOf(100) - view.positionOf(0), whole);
+    press(Qt::Key_Minus, Qt::AltModifier);
+    press(Qt::Key_Plus, Qt::AltModifier);
+    press(Qt::Key_0, Qt::AltModifier);
+    EXPECT_DOUBLE_EQ(view.positionOf(100) - view.positionOf(0), whole);
+}
+
+TEST_F(ViewerView, quittingClosesTheWindow) {
+    showFilm();
+    press(Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_FALSE(window().isVisible());
+    EXPECT_FALSE(playback().isPlaying());
+}
+
 TEST_F(ViewerView, fAndADoubleClickShowNothingButThePicture) {
     showFilm();
     press(Qt::Key_F);
