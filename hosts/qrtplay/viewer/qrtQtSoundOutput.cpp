@@ -107,12 +107,15 @@ public:
     DeviceThread(QAudioDeviceInfo const& info, SoundFeed& feed, double volume)
         : m_info(info), m_feed(feed), m_volume(volume) {}
     ~DeviceThread() override {
+        if (!m_hasBegun) return;
         quit();
+        m_ended.get_future().wait();  // seen by ThreadSanitizer, to which Qt's own waiting is hidden
         wait();
     }
 
     /// False when the device cannot be opened.
     [[nodiscard]] bool begin() {
+        m_hasBegun = true;
         start(QThread::TimeCriticalPriority);
         return m_started.get_future().get();
     }
@@ -124,16 +127,22 @@ public:
     }
 
 protected:
-    void run() override;
+    void run() override {
+        serve();
+        m_ended.set_value();
+    }
 
 private:
+    void serve();
     std::unique_ptr<PlayingDevice> startDevice();
     void report(QAudioOutput& output);
 
     const QAudioDeviceInfo m_info;
     SoundFeed& m_feed;
     std::atomic<double> m_volume;
+    bool m_hasBegun = false;  // the owner's thread only
     std::promise<bool> m_started;
+    std::promise<void> m_ended;
     const WallClock m_wallClock;
 
     std::mutex m_mutex;
@@ -142,7 +151,7 @@ private:
     int64 m_startedAt = 0;               // nanoseconds of the feed
 };
 
-void QtSoundOutput::DeviceThread::run() {
+void QtSoundOutput::DeviceThread::serve() {
     const auto device = startDevice();
     m_started.set_value(device != nullptr);
     if (!device) return;
