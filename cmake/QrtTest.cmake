@@ -58,6 +58,6 @@ endfunction()
 function(qrt_set_test_environment name)
     set(suppressions ${PROJECT_SOURCE_DIR}/tests/sanitizers)
     set_tests_properties(${name} PROPERTIES
-        TIMEOUT 300
+        TIMEOUT 900
         ENVIRONMENT "ASAN_OPTIONS=detect_stack_use_after_return=1;LSAN_OPTIONS=suppressions=\"${suppressions}/leaks.txt\":print_suppressions=0;TSAN_OPTIONS=suppressions=\"${suppressions}/threads.txt\":halt_on_error=1:second_deadlock_stack=1;UBSAN_OPTIONS=print_stacktrace=1")
 endfunction()
