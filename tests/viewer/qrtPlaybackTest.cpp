@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QDeadlineTimer>
 #include <algorithm>
 #include <atomic>
 #include <cmath>
@@ -109,9 +110,12 @@ protected:
         settle();
         playback->onTick();
     }
-    /// A fetch is under way or done, and its frame on the way to the event loop.
+    /// A fetch is under way or done, and its frame on the way to the event loop. The player may have let go of the frame
+    /// before it was looked for; it was there all the same by the end of the time.
     void waitUntilBegun(int64 frame) const {
-        while (!player->player().isVideoBufferReady(frame))
+        constexpr int patienceInMs = 3000;
+        const QDeadlineTimer deadline(patienceInMs);
+        while (!player->player().isVideoBufferReady(frame) && !deadline.hasExpired())
             std::this_thread::yield();
     }
     /// When a tick is due, from the moment at which the first one was shown.
