@@ -257,7 +257,7 @@ TEST_F(PlaybackTest, playsOnAfterAScrubAsItPlayedBefore) {
     playback->scrub(30);
     EXPECT_FALSE(playback->isPlaying());
     playback->scrub(33);
-    ASSERT_TRUE(processUntil([&] { return shown.back().frame == 33; }));
+    ASSERT_TRUE(processUntil([&] { return !shown.empty() && shown.back().frame == 33; }));
     shown.clear();
     playback->endScrub();
     EXPECT_TRUE(playback->isPlaying());
@@ -293,7 +293,7 @@ TEST_F(PlaybackTest, rendersAheadTheWayTheUserSteps) {
     ASSERT_TRUE(processUntil([&] { return !shown.empty() && shown.back().frame == 49; }));
     const auto before = playback->statistics();
     playback->seek(48);
-    ASSERT_TRUE(processUntil([&] { return shown.back().frame == 48; }));
+    ASSERT_TRUE(processUntil([&] { return !shown.empty() && shown.back().frame == 48; }));
     EXPECT_EQ(playback->statistics().cacheHits, before.cacheHits + 1);
     EXPECT_TRUE(shown.back().wasReady);
 }
@@ -458,12 +458,12 @@ TEST_F(PlaybackTest, beginsAgainFromWhereARunWouldEnd) {
     begin(1);
     EXPECT_EQ(shown.back().frame, 50);
     playback->seek(10);
-    ASSERT_TRUE(processUntil([&] { return shown.back().frame == 10; }));
+    ASSERT_TRUE(processUntil([&] { return !shown.empty() && shown.back().frame == 10; }));
     begin(-1);
     EXPECT_EQ(shown.back().frame, 60);
     playback->setMode(PlayParams::loop);
     playback->seek(60);
-    ASSERT_TRUE(processUntil([&] { return shown.back().frame == 60; }));
+    ASSERT_TRUE(processUntil([&] { return !shown.empty() && shown.back().frame == 60; }));
     begin(1);
     EXPECT_EQ(shown.back().frame, 60);
 }
@@ -790,7 +790,7 @@ TEST_F(PlaybackTest, playsWithoutADeviceAndSaysSoOnce) {
     sound.isThere = false;
     for (int run = 0; run < 3; ++run) {
         playback->seek(10);
-        ASSERT_TRUE(processUntil([&] { return shown.back().frame == 10; }));
+        ASSERT_TRUE(processUntil([&] { return !shown.empty() && shown.back().frame == 10; }));
         shown.clear();
         begin();
         playOn(1, 3);
