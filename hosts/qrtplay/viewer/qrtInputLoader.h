@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <memory>
+#include <mutex>
 #include <thread>
 
 #include "playback/qrtPreparedInput.h"
@@ -15,7 +16,7 @@ class InputLoader final : public QObject {
     Q_OBJECT
 
 public:
-    explicit InputLoader(QObject* parent = nullptr) : QObject(parent) {}
+    explicit InputLoader(QObject* parent = nullptr);
     /// Waits for what is under way.
     ~InputLoader() override;
 
@@ -31,11 +32,14 @@ signals:
 private:
     struct Result;
 
-    void finish(quint64 request, std::shared_ptr<Result> const& result);
+    Q_INVOKABLE void takeResult();
 
     quint64 m_request = 0;
     quint64 m_finished = 0;
     std::thread m_thread;
+
+    std::mutex m_mutex;
+    std::unique_ptr<Result> m_result;  // on its way from the thread; under m_mutex
 };
 
 }  // namespace qrtplay
