@@ -61,7 +61,7 @@ public:
         m_lines << QTime::currentTime().toString("HH:mm:ss.zzz  ") + text;
         if (m_lines.size() > mostLines) m_lines.removeFirst();
         if (!m_panel || std::exchange(m_hasTold, true)) return;
-        QMetaObject::invokeMethod(m_panel, [panel = m_panel] { panel->take(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(m_panel, "take", Qt::QueuedConnection);
     }
 
     [[nodiscard]] QStringList takeAll() {

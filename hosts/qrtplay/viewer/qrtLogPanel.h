@@ -48,7 +48,7 @@ private:
     class Inbox;
 
     void makeControls();
-    void take();
+    Q_INVOKABLE void take();
     void append(QStringList const& lines);
     void showAll();
     void tell();
