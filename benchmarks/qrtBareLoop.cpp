@@ -49,8 +49,8 @@ BareLoop::BareLoop(VideoBufferResolution const& resolution) {
     format.setTextureTarget(GL_TEXTURE_RECTANGLE);
     format.setInternalTextureFormat(resolution.isFloat() ? GL_RGBA16F : GL_RGBA8);
     for (int i = 0; i < numFramebuffers; ++i) {
-        m_framebuffers.push_back(std::make_unique<QOpenGLFramebufferObject>(
-            QSize(resolution.getWidth(), resolution.getHeight()), format));
+        m_framebuffers.push_back(
+            std::make_unique<QOpenGLFramebufferObject>(QSize(resolution.getWidth(), resolution.getHeight()), format));
     }
 }
 

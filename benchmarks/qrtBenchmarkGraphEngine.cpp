@@ -29,9 +29,8 @@ Status BenchmarkGraphEngine::renderFrame(VideoBufferResolution const& resolution
         m_bareLoop = std::make_unique<BareLoop>(resolution);
         m_bareLoopResolution = resolution;
     }
-    const double seconds = m_bareLoop->run(bareLoopLength, [&](int bareFrame, GLuint bareTexture) {
-        drawQuad(resolution, bareFrame, bareTexture);
-    });
+    const double seconds = m_bareLoop->run(
+        bareLoopLength, [&](int bareFrame, GLuint bareTexture) { drawQuad(resolution, bareFrame, bareTexture); });
     bareSecondsPerFrame = seconds / bareLoopLength;
     return Status();
 }

@@ -73,7 +73,8 @@ void lookAheadAgainstBareLoop(benchmark::State& state) {
         player.startAt(frame);
         player.fetch(frame);  // the run has begun: what follows is steady
         const auto begin = Clock::now();
-        for (int i = 0; i < BenchmarkGraphEngine::bareLoopLength; ++i) player.fetch(++frame);
+        for (int i = 0; i < BenchmarkGraphEngine::bareLoopLength; ++i)
+            player.fetch(++frame);
         const double seconds = std::chrono::duration<double>(Clock::now() - begin).count();
         player.stop();
         ++frame;
@@ -96,7 +97,8 @@ BENCHMARK(lookAheadAgainstBareLoop)->UseManualTime()->Unit(benchmark::kMilliseco
 void cachedFrame(benchmark::State& state) {
     ReadyPlayer player(VideoBufferResolution(16, 16, 4, 8, false));
     player.fetch(7);
-    for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(player.fetch(7));
+    for ([[maybe_unused]] auto _ : state)
+        benchmark::DoNotOptimize(player.fetch(7));
 }
 BENCHMARK(cachedFrame)->Repetitions(3);
 

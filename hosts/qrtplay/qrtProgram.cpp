@@ -29,7 +29,8 @@ Outcome readCommandLine(int argc, char** argv, Options& options) {
     int count = 1;
     const QCoreApplication application(count, names);
     QStringList arguments;
-    for (int i = 0; i < argc; ++i) arguments << QString::fromLocal8Bit(argv[i]);
+    for (int i = 0; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
     return parseOptions(arguments, options);
 }
 

@@ -15,9 +15,9 @@ struct PlayParamsPrivate;
 
 /// Which frames a player produces, and in what order.
 ///
-/// A value object that lives in a `SharedPtr`. All frame positions are whole frame numbers at the object's own frame rate;
-/// the range includes both of its ends. Nothing is enforced after construction: the setters and `fromJson` store any
-/// value, and `Player::startProducing` checks what it is given.
+/// A value object that lives in a `SharedPtr`. All frame positions are whole frame numbers at the object's own frame
+/// rate; the range includes both of its ends. Nothing is enforced after construction: the setters and `fromJson` store
+/// any value, and `Player::startProducing` checks what it is given.
 ///
 /// Threading: none of its own. One object must not be changed while another thread uses it; the player keeps a copy.
 class QRT_PLAYER_EXPORT PlayParams : public RefCountedMT {

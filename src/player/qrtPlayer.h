@@ -29,8 +29,8 @@ class PlayerImpl;
 /// Turns a composition into video frames and audio samples, ahead of the host.
 ///
 /// A player owns one thread with an OpenGL 3.2 core-profile context that shares objects with the host's. Set a
-/// composition, start producing, and fetch frames by number: frames around the current one are rendered ahead and cached,
-/// any other is produced while the caller waits.
+/// composition, start producing, and fetch frames by number: frames around the current one are rendered ahead and
+/// cached, any other is produced while the caller waits.
 ///
 /// Threading: every method may be called from any host thread at any time, except that `initialize` and `uninitialize`
 /// run alone and on a thread that may create Qt surfaces (the GUI thread), and that no method that waits for the player
@@ -66,11 +66,11 @@ public:
     ///
     /// `nativeContext`, `nativeWindow`: the host's OpenGL context to share objects with. Under GLX its `GLXContext` and
     /// its X window or null; under EGL its `EGLContext` and `EGLDisplay`; on Windows its `HGLRC` and `HWND`; on macOS
-    /// its `NSOpenGLContext` and null. A null context shares with nobody. It must not be current on another thread while
-    /// this runs, except on the calling one.
-    /// Fails with `Status::already_initialized`; with `Status::general_failure` when there is no `QGuiApplication`, or
-    /// no OpenGL context can be had; or with the resource pools' own failure. In the last two cases the player runs but
-    /// cannot produce, and `uninitialize` must still be called.
+    /// its `NSOpenGLContext` and null. A null context shares with nobody. It must not be current on another thread
+    /// while this runs, except on the calling one. Fails with `Status::already_initialized`; with
+    /// `Status::general_failure` when there is no `QGuiApplication`, or no OpenGL context can be had; or with the
+    /// resource pools' own failure. In the last two cases the player runs but cannot produce, and `uninitialize` must
+    /// still be called.
     virtual Status initialize(void* nativeContext, void* nativeWindow);
     /// Ends the player thread once all earlier calls are done, and gives back every OpenGL object, those of frames that
     /// the host still holds included (their texture becomes 0; memory stays). `Status::not_initialized`.
@@ -87,17 +87,18 @@ public:
     [[nodiscard]] virtual bool isVideoBufferReady(int64 frame);
     /// Fetches a frame: from the cache, else by producing it before any other work, for which it waits.
     ///
-    /// While producing, a frame within the play range becomes the current frame, around which frames are rendered ahead.
-    /// `Status::not_initialized`, `Status::no_composition`, `Status::out_of_range` (frames from the composition's first
-    /// to one past its last are in range), `Status::no_resource` when the host holds all frames, or what production
-    /// reports. `buffer` is empty after a failure, except that a failure to move the current frame still sets it.
+    /// While producing, a frame within the play range becomes the current frame, around which frames are rendered
+    /// ahead. `Status::not_initialized`, `Status::no_composition`, `Status::out_of_range` (frames from the
+    /// composition's first to one past its last are in range), `Status::no_resource` when the host holds all frames, or
+    /// what production reports. `buffer` is empty after a failure, except that a failure to move the current frame
+    /// still sets it.
     virtual Status getVideoBuffer(int64 frame, SharedPtr<VideoBuffer>& buffer);
     /// Fills `size` bytes with audio from sample frame `position` of the composition on; the graph engine's result.
     virtual Status fillAudioBuffer(char* data, uint64 size, uint64 position);
 
     /// Starts rendering ahead; waits until it has been started. The parameters are copied.
-    /// `Status::already_producing`, `Status::no_composition`, or `Status::invalid_play_params` when the range leaves the
-    /// composition or the current frame leaves the range.
+    /// `Status::already_producing`, `Status::no_composition`, or `Status::invalid_play_params` when the range leaves
+    /// the composition or the current frame leaves the range.
     virtual Status startProducing(SharedPtr<PlayParams> const& params);
     /// Stops rendering ahead; waits. Cached frames stay. `Status::not_producing`, `Status::not_initialized`.
     virtual Status stopProducing();
@@ -113,8 +114,8 @@ public:
     virtual Rational const getDefaultSourceVideoFrameRate() const;
 
     /// Budgets the cache of frames that external segments have rendered. `secondSize` is the budget in mebibytes, 0
-    /// switches that kind of cache off; mode and `firstSize` are only stored. Always succeeds. Whether the segments of a
-    /// composition are cached is decided when the composition is set.
+    /// switches that kind of cache off; mode and `firstSize` are only stored. Always succeeds. Whether the segments of
+    /// a composition are cached is decided when the composition is set.
     virtual Status setExternalSegmentCacheConstraint(Resource::Type type, ResourceConstraint::ResizeMode mode,
                                                      uint64 firstSize, uint64 secondSize);
     virtual void getExternalSegmentCacheConstraint(Resource::Type type, ResourceConstraint::ResizeMode& mode,

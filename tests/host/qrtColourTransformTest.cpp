@@ -9,7 +9,8 @@ namespace {
 std::array<double, 3> applied(ColourTransform const& transform, std::array<double, 3> const& samples) {
     std::array<double, 3> rgb = transform.offset;
     for (size_t row = 0; row < 3; ++row) {
-        for (size_t column = 0; column < 3; ++column) rgb[row] += transform.matrix[row * 3 + column] * samples[column];
+        for (size_t column = 0; column < 3; ++column)
+            rgb[row] += transform.matrix[row * 3 + column] * samples[column];
     }
     return rgb;
 }
@@ -63,7 +64,8 @@ TEST(ColourTransform, scalesDeepSamplesFromEitherEndOfTheirChannel) {
 TEST(ColourTransform, leavesRedGreenAndBlueAlone) {
     expectColour(applied(transformOf(AVCOL_SPC_RGB, AVCOL_RANGE_JPEG, AV_PIX_FMT_RGB24), {0.25, 0.5, 1}), 0.25, 0.5, 1);
     const double unit = 1023 / 65535.0;
-    expectColour(applied(transformOf(AVCOL_SPC_RGB, AVCOL_RANGE_JPEG, AV_PIX_FMT_GBRP10LE), {0, unit / 2, unit}), 0, 0.5, 1);
+    expectColour(applied(transformOf(AVCOL_SPC_RGB, AVCOL_RANGE_JPEG, AV_PIX_FMT_GBRP10LE), {0, unit / 2, unit}), 0,
+                 0.5, 1);
 }
 
 TEST(ColourTransform, refusesAMatrixThatIsNotLinear) {
@@ -73,7 +75,8 @@ TEST(ColourTransform, refusesAMatrixThatIsNotLinear) {
 }
 
 TEST(PixelLayout, findsAFormatThatCanBeUploadedForEveryFormatThatCanBeConverted) {
-    for (const AVPixFmtDescriptor* format = av_pix_fmt_desc_next(nullptr); format; format = av_pix_fmt_desc_next(format)) {
+    for (const AVPixFmtDescriptor* format = av_pix_fmt_desc_next(nullptr); format;
+         format = av_pix_fmt_desc_next(format)) {
         const AVPixelFormat id = av_pix_fmt_desc_get_id(format);
         if (describeLayout(id) || !sws_isSupportedInput(id)) continue;
         const AVPixelFormat target = uploadableFormat(id);

@@ -6,8 +6,8 @@
 namespace qrtplay {
 namespace {
 
-/// Packets of a clip with `ticks` ticks per frame, given by the numbers of their frames in the order of decoding; decoding
-/// runs two frames ahead of presentation.
+/// Packets of a clip with `ticks` ticks per frame, given by the numbers of their frames in the order of decoding;
+/// decoding runs two frames ahead of presentation.
 FrameIndex indexOf(std::vector<int64> const& frames, int64 ticks = 10, int64 begin = 1000) {
     FrameIndex index;
     for (size_t i = 0; i < frames.size(); ++i) {

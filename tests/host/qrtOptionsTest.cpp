@@ -192,9 +192,10 @@ TEST_F(CommandLines, explainEveryCommandAndOption) {
     ASSERT_TRUE(parse({"--help"}).success());
     EXPECT_EQ(options.command, Options::Command::print);
     for (const char* const word :
-         {"render", "contact-sheet", "info", "self-test", "--version", "with-display.sh", "Exit status", "--start",
-          "--play", "--loop", "--ping-pong", "--full-screen", "--every-frame", "--mute", "--fps", "--allow-path",
-          "--resolution", "--scaling", "--ocio", "--display", "--view", "--vram", "--ram", "--head", "--tail", "--cache"})
+         {"render",  "contact-sheet", "info",         "self-test",   "--version",     "with-display.sh", "Exit status",
+          "--start", "--play",        "--loop",       "--ping-pong", "--full-screen", "--every-frame",   "--mute",
+          "--fps",   "--allow-path",  "--resolution", "--scaling",   "--ocio",        "--display",       "--view",
+          "--vram",  "--ram",         "--head",       "--tail",      "--cache"})
         EXPECT_THAT(options.text, HasSubstr(word));
     ASSERT_TRUE(parse({"view", "--help"}).success());
     for (const char* const word : {"--start", "--full-screen", "Examples", "Exit status"})

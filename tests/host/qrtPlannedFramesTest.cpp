@@ -29,7 +29,8 @@ protected:
         planned.collect(*store, *stats);
         std::vector<int64> frames;
         for (CacheStats::FrameRange const& range : stats->getFrameRanges())
-            for (int64 frame = range.first; frame <= range.last; ++frame) frames.push_back(frame);
+            for (int64 frame = range.first; frame <= range.last; ++frame)
+                frames.push_back(frame);
         return frames;
     }
 

@@ -99,7 +99,8 @@ std::vector<unsigned char> referenceColours(AVFrame const& picture, VideoFacts c
     for (int y = 0; y < picture.height; ++y) {
         for (int x = 0; x < picture.width; ++x) {
             if (isRgb) {
-                for (Samples const& channel : samples) colours.push_back(toByte(channel.at(x, y) / codeMax));
+                for (Samples const& channel : samples)
+                    colours.push_back(toByte(channel.at(x, y) / codeMax));
                 colours.push_back(255);
                 continue;
             }
@@ -107,7 +108,8 @@ std::vector<unsigned char> referenceColours(AVFrame const& picture, VideoFacts c
             double cb = 0;
             double cr = 0;
             if (!isGrey) {
-                // Chroma lies on the left one of the pixels that share it, or in their middle for JPEG, and halfway down.
+                // Chroma lies on the left one of the pixels that share it, or in their middle for JPEG, and halfway
+                // down.
                 const double chromaX = isJpeg ? (x - (shareX - 1) / 2) / shareX : x / shareX;
                 const double chromaY = (y - (shareY - 1) / 2) / shareY;
                 const double codeB = samples[1].between(chromaX, chromaY);
@@ -124,15 +126,16 @@ std::vector<unsigned char> referenceColours(AVFrame const& picture, VideoFacts c
     return colours;
 }
 
-int largestDifference(std::vector<unsigned char> const& bottomFirst, std::vector<unsigned char> const& topFirst, int width,
-                      int height) {
+int largestDifference(std::vector<unsigned char> const& bottomFirst, std::vector<unsigned char> const& topFirst,
+                      int width, int height) {
     const size_t rowSize = static_cast<size_t>(width) * 4;
     if (bottomFirst.size() != topFirst.size() || topFirst.size() != rowSize * static_cast<size_t>(height)) return 256;
     int largest = 0;
     for (size_t row = 0; row < static_cast<size_t>(height); ++row) {
         const unsigned char* const a = bottomFirst.data() + (static_cast<size_t>(height) - 1 - row) * rowSize;
         const unsigned char* const b = topFirst.data() + row * rowSize;
-        for (size_t i = 0; i < rowSize; ++i) largest = std::max(largest, std::abs(int{a[i]} - int{b[i]}));
+        for (size_t i = 0; i < rowSize; ++i)
+            largest = std::max(largest, std::abs(int{a[i]} - int{b[i]}));
     }
     return largest;
 }

@@ -2,8 +2,8 @@
 
 #include <vector>
 
-#include "media/qrtAv.h"
 #include "base/qrtKit.h"
+#include "media/qrtAv.h"
 #include "media/qrtVideoFacts.h"
 
 namespace qrtplay {
@@ -14,7 +14,7 @@ std::vector<unsigned char> referenceColours(AVFrame const& picture, VideoFacts c
 
 /// The largest difference between two pictures of `width` x `height` pixels, the first with its bottom row first (as
 /// OpenGL reads it), the second with its top row first. 256 when their sizes are not alike.
-int largestDifference(std::vector<unsigned char> const& bottomFirst, std::vector<unsigned char> const& topFirst, int width,
-                      int height);
+int largestDifference(std::vector<unsigned char> const& bottomFirst, std::vector<unsigned char> const& topFirst,
+                      int width, int height);
 
 }  // namespace qrtplay

@@ -37,7 +37,8 @@ TEST_F(TimelineCommand, scalesAsItIsTold) {
     ASSERT_EQ(run(render + QStringList{"fill.png", "--scaling", "fill"}).status, 0);
     ASSERT_EQ(run(render + QStringList{"one.png", "--scaling", "1:1"}).status, 0);
     const QColor colour(100, 20, 0);
-    for (const char* const name : {"fit.png", "fill.png", "one.png"}) EXPECT_EQ(middleOf(name), colour) << name;
+    for (const char* const name : {"fit.png", "fill.png", "one.png"})
+        EXPECT_EQ(middleOf(name), colour) << name;
     EXPECT_EQ(image("fit.png").pixelColor(1, 50), colour);
     EXPECT_EQ(image("fit.png").pixelColor(50, 1), QColor(Qt::black));
     EXPECT_EQ(image("fill.png").pixelColor(50, 1), colour);
@@ -70,15 +71,17 @@ colorspaces:
 }
 
 TEST_F(TimelineCommand, drawsAContactSheetOfATimeline) {
-    const QString file = put("cut.otio", otio::timeline({otio::track(
-                                             "Video", {otio::clip(otio::file(painted("film.mkv").toStdString()), {100, 12, 24}),
-                                                       otio::clip(otio::file(painted("pal.mkv").toStdString()), {50, 25, 25})})}));
-    const Result result = run({"contact-sheet", file, "--output", "sheet.png", "--columns", "2", "--rows", "1", "--width",
-                               "640"});
+    const QString file =
+        put("cut.otio", otio::timeline({otio::track(
+                            "Video", {otio::clip(otio::file(painted("film.mkv").toStdString()), {100, 12, 24}),
+                                      otio::clip(otio::file(painted("pal.mkv").toStdString()), {50, 25, 25})})}));
+    const Result result =
+        run({"contact-sheet", file, "--output", "sheet.png", "--columns", "2", "--rows", "1", "--width", "640"});
     ASSERT_EQ(result.status, 0) << result.errors;
     const QImage sheet = image("sheet.png");
     std::set<int> greens;
-    for (int x = 0; x < sheet.width(); ++x) greens.insert(sheet.pixelColor(x, sheet.height() / 3).green());
+    for (int x = 0; x < sheet.width(); ++x)
+        greens.insert(sheet.pixelColor(x, sheet.height() / 3).green());
     EXPECT_EQ(greens.count(20), 1u) << "a frame of film.mkv";
     EXPECT_EQ(greens.count(120), 1u) << "a frame of pal.mkv";
 }

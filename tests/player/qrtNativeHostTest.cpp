@@ -28,17 +28,27 @@ public:
     NativeGlxHost() {
         display = XOpenDisplay(nullptr);
         if (!display) return;
-        int const wanted[] = {GLX_X_RENDERABLE, True, GLX_DRAWABLE_TYPE, GLX_WINDOW_BIT, GLX_RENDER_TYPE, GLX_RGBA_BIT,
-                              GLX_RED_SIZE, 8, GLX_GREEN_SIZE, 8, GLX_BLUE_SIZE, 8, 0};
+        int const wanted[] = {GLX_X_RENDERABLE,
+                              True,
+                              GLX_DRAWABLE_TYPE,
+                              GLX_WINDOW_BIT,
+                              GLX_RENDER_TYPE,
+                              GLX_RGBA_BIT,
+                              GLX_RED_SIZE,
+                              8,
+                              GLX_GREEN_SIZE,
+                              8,
+                              GLX_BLUE_SIZE,
+                              8,
+                              0};
         int count = 0;
         GLXFBConfig* const configs = glXChooseFBConfig(display, DefaultScreen(display), wanted, &count);
         if (!configs || count == 0) return;
         XVisualInfo* const visual = glXGetVisualFromFBConfig(display, configs[0]);
         XSetWindowAttributes attributes{};
-        attributes.colormap =
-            XCreateColormap(display, RootWindow(display, visual->screen), visual->visual, AllocNone);
-        window = XCreateWindow(display, RootWindow(display, visual->screen), 0, 0, 64, 64, 0, visual->depth, InputOutput,
-                               visual->visual, CWColormap, &attributes);
+        attributes.colormap = XCreateColormap(display, RootWindow(display, visual->screen), visual->visual, AllocNone);
+        window = XCreateWindow(display, RootWindow(display, visual->screen), 0, 0, 64, 64, 0, visual->depth,
+                               InputOutput, visual->visual, CWColormap, &attributes);
         using CreateContext = GLXContext (*)(Display*, GLXFBConfig, GLXContext, int, int const*);
         const auto createContext = reinterpret_cast<CreateContext>(
             glXGetProcAddress(reinterpret_cast<GLubyte const*>("glXCreateContextAttribsARB")));
@@ -67,7 +77,8 @@ public:
         using FramebufferTexture2D = void (*)(GLenum, GLenum, GLenum, GLuint, GLint);
         const auto find = [](char const* name) { return glXGetProcAddress(reinterpret_cast<GLubyte const*>(name)); };
         const auto genFramebuffers = reinterpret_cast<GenFramebuffers>(find("glGenFramebuffers"));
-        const auto deleteFramebuffers = reinterpret_cast<void (*)(GLsizei, GLuint const*)>(find("glDeleteFramebuffers"));
+        const auto deleteFramebuffers =
+            reinterpret_cast<void (*)(GLsizei, GLuint const*)>(find("glDeleteFramebuffers"));
         const auto bindFramebuffer = reinterpret_cast<BindFramebuffer>(find("glBindFramebuffer"));
         const auto attach = reinterpret_cast<FramebufferTexture2D>(find("glFramebufferTexture2D"));
         constexpr GLenum framebufferTarget = 0x8D40;

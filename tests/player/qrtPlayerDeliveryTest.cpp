@@ -165,7 +165,8 @@ TEST_F(PlayerDelivery, aFrameIsReadyExactlyWhileItIsCached) {
     EXPECT_FALSE(player->isVideoBufferReady(5));
     ASSERT_EQ(fetch(5), Status::ok);
     EXPECT_TRUE(player->isVideoBufferReady(5));
-    for (int64 frame = 10; frame < 14; ++frame) ASSERT_EQ(fetch(frame), Status::ok);  // the pool holds four
+    for (int64 frame = 10; frame < 14; ++frame)
+        ASSERT_EQ(fetch(frame), Status::ok);  // the pool holds four
     EXPECT_FALSE(player->isVideoBufferReady(5)) << "evicted";
     EXPECT_TRUE(player->isVideoBufferReady(13));
     ASSERT_EQ(setComposition(FakeComposition::create(0, 100)).get(), Status::ok);
@@ -206,7 +207,8 @@ TEST_F(PlayerDelivery, isReadyBeforeInitializeIsFalse) {
 TEST_F(PlayerDelivery, aHostThatHoldsEveryFrameGetsNoResourceUntilItLetsOneGo) {
     start();
     SharedPtr<VideoBuffer> held[4];
-    for (int64 frame = 0; frame < 4; ++frame) ASSERT_EQ(player->getVideoBuffer(frame, held[frame]).get(), Status::ok);
+    for (int64 frame = 0; frame < 4; ++frame)
+        ASSERT_EQ(player->getVideoBuffer(frame, held[frame]).get(), Status::ok);
     const LogCapture log;
     EXPECT_EQ(fetch(9), 260);
     EXPECT_TRUE(log.contains("getVideoBuffer() failed = 260"));

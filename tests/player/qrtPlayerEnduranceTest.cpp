@@ -11,7 +11,7 @@ class PlayerEndurance : public PlayerFixture {};
 namespace {
 
 constexpr int numRounds = isUnderSanitizer ? 50 : 1000;  // races and leaks do not wait for the thousandth round
-constexpr bool canMeasureHeap = !isUnderSanitizer;  // the sanitizers' allocators keep no such count
+constexpr bool canMeasureHeap = !isUnderSanitizer;       // the sanitizers' allocators keep no such count
 
 size_t bytesInUse() {
     const auto info = mallinfo2();
@@ -46,8 +46,9 @@ TEST_F(PlayerEndurance, aThousandBudgetsForSegmentTexturesLeaveNoTextureBehind) 
     const int before = host.countTextures();
     ASSERT_EQ(player->startProducing(playParams(0, 0, 99, 1, PlayParams::loop)).get(), Status::ok);
     for (int round = 0; round < numRounds; ++round) {
-        EXPECT_EQ(player->setExternalSegmentCacheConstraint(Resource::Type::vram, ResourceConstraint::ResizeMode::fixed,
-                                                            0, static_cast<uint64>(1 + round % 7))
+        EXPECT_EQ(player
+                      ->setExternalSegmentCacheConstraint(Resource::Type::vram, ResourceConstraint::ResizeMode::fixed,
+                                                          0, static_cast<uint64>(1 + round % 7))
                       .get(),
                   Status::ok);
     }

@@ -33,8 +33,10 @@ protected:
 
     /// Waits until look-ahead has rendered so many frames and what it posted behind them has run too.
     Frames settle(size_t numFrames) {
-        while (FakeGraphEngine::renderedFrames().size() < numFrames) drain();
-        for (size_t i = 0; i < numFrames + 2; ++i) drain();  // every step posts at most one successor
+        while (FakeGraphEngine::renderedFrames().size() < numFrames)
+            drain();
+        for (size_t i = 0; i < numFrames + 2; ++i)
+            drain();  // every step posts at most one successor
         return FakeGraphEngine::renderedFrames();
     }
 };
@@ -45,8 +47,8 @@ TEST_P(PlayerProductionOrder, theCurrentFrameThenTheHeadThenTheTail) {
     RunCase const& run = GetParam();
     start();
     setCounts(run.head, run.tail);
-    ASSERT_EQ(
-        player->startProducing(playParams(run.current, run.start, run.end, run.step, run.mode)).get(), Status::ok);
+    ASSERT_EQ(player->startProducing(playParams(run.current, run.start, run.end, run.step, run.mode)).get(),
+              Status::ok);
     EXPECT_EQ(settle(run.expected.size()), run.expected);
 }
 
@@ -163,12 +165,14 @@ TEST_F(PlayerProduction, lookAheadNeverEvictsAFrameThatPlaybackStillNeeds) {
     setCounts(4, 0);  // six framebuffers: five wanted, one kept for a host that waits
     ASSERT_EQ(player->startProducing(playParams(0, 0, 50)).get(), Status::ok);
     waitUntilReady(4);
-    for (int64 frame = 0; frame < 5; ++frame) EXPECT_TRUE(player->isVideoBufferReady(frame)) << frame;
+    for (int64 frame = 0; frame < 5; ++frame)
+        EXPECT_TRUE(player->isVideoBufferReady(frame)) << frame;
     SharedPtr<VideoBuffer> buffer;
     ASSERT_EQ(player->getVideoBuffer(1, buffer).get(), Status::ok);
     waitUntilReady(5);  // frame 0 made room
     EXPECT_FALSE(player->isVideoBufferReady(0));
-    for (int64 frame = 1; frame < 6; ++frame) EXPECT_TRUE(player->isVideoBufferReady(frame)) << frame;
+    for (int64 frame = 1; frame < 6; ++frame)
+        EXPECT_TRUE(player->isVideoBufferReady(frame)) << frame;
 }
 
 TEST_F(PlayerProduction, aFrameOnDemandTakesTheLastFramebufferThatLookAheadLeaves) {

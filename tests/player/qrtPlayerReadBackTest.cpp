@@ -24,9 +24,10 @@ float halfToFloat(uint16_t half) {
 /// One channel of a block in memory as a number between 0 and 1.
 float channelAt(void const* data, VideoBufferResolution const& format, int x, int y, int channel) {
     const auto bytesPerChannel = static_cast<size_t>(format.getBitsPerChannel() / 8);
-    const size_t offset = static_cast<size_t>(y) * format.getRowSize() +
-                          (static_cast<size_t>(x) * static_cast<size_t>(format.getNumChannels()) +
-                           static_cast<size_t>(channel)) * bytesPerChannel;
+    const size_t offset =
+        static_cast<size_t>(y) * format.getRowSize() +
+        (static_cast<size_t>(x) * static_cast<size_t>(format.getNumChannels()) + static_cast<size_t>(channel)) *
+            bytesPerChannel;
     auto const* const bytes = static_cast<unsigned char const*>(data) + offset;
     uint16_t sixteen = 0;
     float value = 0.0f;
@@ -61,7 +62,8 @@ TEST_P(PlayerReadBack, theBlockEqualsThePicture) {
     for (int y = 0; y < format.getHeight(); ++y) {
         for (int x = 0; x < format.getWidth(); ++x) {
             for (int channel = 0; channel < format.getNumChannels(); ++channel) {
-                const bool isMarker = x == 0 && y == 0;  // the first pixel of the first row is the picture's bottom left
+                const bool isMarker =
+                    x == 0 && y == 0;  // the first pixel of the first row is the picture's bottom left
                 ASSERT_NEAR(channelAt(data, format, x, y, channel), isMarker ? 1.0f : expected[channel], tolerance)
                     << "pixel " << x << ", " << y << " channel " << channel;
             }
@@ -69,19 +71,18 @@ TEST_P(PlayerReadBack, theBlockEqualsThePicture) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Formats, PlayerReadBack,
-    ::testing::Values(Format{"rgba8", VideoBufferResolution(16, 8, 4, 8, false)},
-                      Format{"rgba8OddWidth", VideoBufferResolution(17, 5, 4, 8, false)},
-                      Format{"rgb8", VideoBufferResolution(16, 8, 3, 8, false)},
-                      Format{"rgb8OddWidth", VideoBufferResolution(17, 5, 3, 8, false)},
-                      Format{"rgba16", VideoBufferResolution(16, 8, 4, 16, false)},
-                      Format{"rgb16OddWidth", VideoBufferResolution(17, 5, 3, 16, false)},
-                      Format{"rgba16Float", VideoBufferResolution(16, 8, 4, 16, true)},
-                      Format{"rgb16FloatOddWidth", VideoBufferResolution(17, 5, 3, 16, true)},
-                      Format{"rgba32Float", VideoBufferResolution(16, 8, 4, 32, true)},
-                      Format{"rgb32FloatOddWidth", VideoBufferResolution(17, 5, 3, 32, true)}),
-    [](const auto& caseInfo) { return caseInfo.param.name; });
+INSTANTIATE_TEST_SUITE_P(Formats, PlayerReadBack,
+                         ::testing::Values(Format{"rgba8", VideoBufferResolution(16, 8, 4, 8, false)},
+                                           Format{"rgba8OddWidth", VideoBufferResolution(17, 5, 4, 8, false)},
+                                           Format{"rgb8", VideoBufferResolution(16, 8, 3, 8, false)},
+                                           Format{"rgb8OddWidth", VideoBufferResolution(17, 5, 3, 8, false)},
+                                           Format{"rgba16", VideoBufferResolution(16, 8, 4, 16, false)},
+                                           Format{"rgb16OddWidth", VideoBufferResolution(17, 5, 3, 16, false)},
+                                           Format{"rgba16Float", VideoBufferResolution(16, 8, 4, 16, true)},
+                                           Format{"rgb16FloatOddWidth", VideoBufferResolution(17, 5, 3, 16, true)},
+                                           Format{"rgba32Float", VideoBufferResolution(16, 8, 4, 32, true)},
+                                           Format{"rgb32FloatOddWidth", VideoBufferResolution(17, 5, 3, 32, true)}),
+                         [](const auto& caseInfo) { return caseInfo.param.name; });
 
 class PlayerRamOutputs : public PlayerFixture {};
 
@@ -90,7 +91,8 @@ TEST_F(PlayerRamOutputs, theFramebufferGoesBackToItsPoolWithEveryFrame) {
     ASSERT_EQ(player->setRamOutputs(true).get(), Status::ok);
     // Both pools hold four: were framebuffers kept, the fifth frame would need one that the host holds.
     SharedPtr<VideoBuffer> held[4];
-    for (int64 frame = 0; frame < 4; ++frame) ASSERT_EQ(player->getVideoBuffer(frame, held[frame]).get(), Status::ok);
+    for (int64 frame = 0; frame < 4; ++frame)
+        ASSERT_EQ(player->getVideoBuffer(frame, held[frame]).get(), Status::ok);
     ASSERT_EQ(player->setRamOutputs(false).get(), Status::ok);
     SharedPtr<VideoBuffer> textures[4];
     for (int64 frame = 0; frame < 4; ++frame) {
@@ -104,7 +106,8 @@ TEST_F(PlayerRamOutputs, aGrownResolutionIsReadBackWhole) {
     ASSERT_EQ(player->setRamOutputs(true).get(), Status::ok);
     SharedPtr<VideoBuffer> buffer;
     ASSERT_EQ(player->getVideoBuffer(1, buffer).get(), Status::ok);
-    for (auto const& resolution : {VideoBufferResolution(200, 100, 4, 8, false), VideoBufferResolution(8, 8, 4, 8, false)}) {
+    for (auto const& resolution :
+         {VideoBufferResolution(200, 100, 4, 8, false), VideoBufferResolution(8, 8, 4, 8, false)}) {
         ASSERT_EQ(player->setVideoResolution(resolution).get(), Status::ok);
         ASSERT_EQ(player->getVideoBuffer(9, buffer).get(), Status::ok);
         EXPECT_EQ(buffer->getResolution(), resolution);

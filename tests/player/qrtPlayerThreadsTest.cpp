@@ -34,13 +34,25 @@ protected:
             case 4: (void)player->fillAudioBuffer(samples, sizeof samples, 0); break;
             case 5: (void)player->startProducing(playParams(frame, 0, 99, 1, PlayParams::loop)); break;
             case 6: (void)player->stopProducing(); break;
-            case 7: (void)player->setVideoResolution(VideoBufferResolution(16 + static_cast<int32>(random() % 3), 8, 4, 8, false)); break;
+            case 7:
+                (void)player->setVideoResolution(
+                    VideoBufferResolution(16 + static_cast<int32>(random() % 3), 8, 4, 8, false));
+                break;
             case 8: (void)player->getVideoResolution(); break;
             case 9: (void)player->setVideoFrameRate(Rational(static_cast<int32>(24 + random() % 3), 1)); break;
-            case 10: (void)player->getVideoFrameRate(); (void)player->getDefaultSourceVideoFrameRate(); break;
+            case 10:
+                (void)player->getVideoFrameRate();
+                (void)player->getDefaultSourceVideoFrameRate();
+                break;
             case 11: (void)player->setDefaultSourceVideoFrameRate(Rational(25, 1)); break;
-            case 12: (void)player->setAudioFormat(ConstSharedPtr<AudioFormatInterface>(new Format)); (void)player->getAudioFormat(); break;
-            case 13: (void)player->setRamOutputs(random() % 2 == 0); (void)player->getRamOutputs(); break;
+            case 12:
+                (void)player->setAudioFormat(ConstSharedPtr<AudioFormatInterface>(new Format));
+                (void)player->getAudioFormat();
+                break;
+            case 13:
+                (void)player->setRamOutputs(random() % 2 == 0);
+                (void)player->getRamOutputs();
+                break;
             case 14:
                 (void)player->getCacheStats(CacheStats::CacheType::producer, stats);
                 (void)player->setExternalSegmentCacheConstraint(Resource::Type::vram, mode, 0, random() % 3);
@@ -75,7 +87,8 @@ TEST_F(PlayerThreads, twoHostsMakeAThousandMixedCallsEachAndEveryCallAnswers) {
     const auto call = [&](unsigned seed) {
         std::mt19937 random(seed);
         together.arrive_and_wait();
-        for (int i = 0; i < 1000; ++i) callSomething(random);
+        for (int i = 0; i < 1000; ++i)
+            callSomething(random);
     };
     std::thread first(call, 1u);
     std::thread second(call, 2u);

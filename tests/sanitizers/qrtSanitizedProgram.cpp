@@ -5,8 +5,8 @@
 #include <string>
 #include <thread>
 
-// Drivers stay loaded to the end: of one that is gone the sanitizers can neither name the frames nor see the pointers that
-// it still holds.
+// Drivers stay loaded to the end: of one that is gone the sanitizers can neither name the frames nor see the pointers
+// that it still holds.
 extern "C" [[gnu::visibility("default")]] int dlclose(void*) {
     return 0;
 }
@@ -23,10 +23,11 @@ bool isThreadLeft(std::string const& name) {
     return false;
 }
 
-/// Qt does not join its threads: the one that reads from the X server is still on its way out when the application object
-/// is gone. LeakSanitizer, which looks next, crashes on a thread that ends while it looks.
+/// Qt does not join its threads: the one that reads from the X server is still on its way out when the application
+/// object is gone. LeakSanitizer, which looks next, crashes on a thread that ends while it looks.
 [[maybe_unused]] const int isAwaitingQt = std::atexit([] {
-    while (isThreadLeft("QXcbEventQueue")) std::this_thread::yield();
+    while (isThreadLeft("QXcbEventQueue"))
+        std::this_thread::yield();
 });
 
 }  // namespace

@@ -56,10 +56,9 @@ TEST_P(DeviceClockAtSpeed, staysEvenAndRightThroughALongRun) {
         previous = played;
     }
 }
-INSTANTIATE_TEST_SUITE_P(Speeds, DeviceClockAtSpeed, ::testing::Values(1.0, 0.9997, 1.0003),
-                         [](const auto& caseInfo) {
-                             return caseInfo.param < 1 ? "slow" : caseInfo.param > 1 ? "fast" : "exact";
-                         });
+INSTANTIATE_TEST_SUITE_P(Speeds, DeviceClockAtSpeed, ::testing::Values(1.0, 0.9997, 1.0003), [](const auto& caseInfo) {
+    return caseInfo.param < 1 ? "slow" : caseInfo.param > 1 ? "fast" : "exact";
+});
 
 TEST(DeviceClock, standsAtZeroUntilTheDeviceHasBegun) {
     DeviceClock clock(interval, 0);

@@ -345,12 +345,12 @@ TEST_F(ExportDialogs, saysWhatIsWrongWithTheName) {
         char const* message;
     };
     make(shortJob());
-    for (Case const& wrong : {Case{"", "Name the file"}, Case{folder.path(), "This is a folder."},
-                              Case{"cut.avi", "The ending of the name says what is written. It has to be one of .png,"},
-                              Case{"frame.png", "Every frame becomes a file of its own"},
-                              Case{"#-#.png", "The name has more than one place"},
-                              Case{"cut.####.mp4", "A movie is one file"},
-                              Case{clip("bframes.mp4"), "This file is what is being exported."}}) {
+    for (Case const& wrong :
+         {Case{"", "Name the file"}, Case{folder.path(), "This is a folder."},
+          Case{"cut.avi", "The ending of the name says what is written. It has to be one of .png,"},
+          Case{"frame.png", "Every frame becomes a file of its own"},
+          Case{"#-#.png", "The name has more than one place"}, Case{"cut.####.mp4", "A movie is one file"},
+          Case{clip("bframes.mp4"), "This file is what is being exported."}}) {
         dialog->setOutput(wrong.output);
         EXPECT_THAT(message(), StartsWith(wrong.message));
         EXPECT_FALSE(button("exportStart")->isEnabled());
@@ -393,15 +393,41 @@ TEST(ExportArguments, holdEverySetting) {
     target.output = "/out/frame.####.tif";
     target.depth = PixelFormat::rgba16;
     target.onlyMissing = true;
-    EXPECT_EQ(renderArguments(job, target),
-              (QStringList{"render",        "--frames",      "10-57",    "--output",  "/out/frame.####.tif",
-                           "--depth",       "16",            "--json",   "--skip-existing",
-                           "--resolution",  "1920x1080",     "--scaling", "1:1",      "--fps",
-                           "24000/1001",    "--ocio",        "show.ocio", "--display", "sRGB",
-                           "--view",        "Film Look",     "--ram",    "--head",    "8",
-                           "--tail",        "2",             "--cache",  "512",       "--allow-path",
-                           "/media/one",    "--allow-path",  "/media/two", "--",      "a b.mp4",
-                           "-b.otio"}));
+    EXPECT_EQ(renderArguments(job, target), (QStringList{"render",
+                                                         "--frames",
+                                                         "10-57",
+                                                         "--output",
+                                                         "/out/frame.####.tif",
+                                                         "--depth",
+                                                         "16",
+                                                         "--json",
+                                                         "--skip-existing",
+                                                         "--resolution",
+                                                         "1920x1080",
+                                                         "--scaling",
+                                                         "1:1",
+                                                         "--fps",
+                                                         "24000/1001",
+                                                         "--ocio",
+                                                         "show.ocio",
+                                                         "--display",
+                                                         "sRGB",
+                                                         "--view",
+                                                         "Film Look",
+                                                         "--ram",
+                                                         "--head",
+                                                         "8",
+                                                         "--tail",
+                                                         "2",
+                                                         "--cache",
+                                                         "512",
+                                                         "--allow-path",
+                                                         "/media/one",
+                                                         "--allow-path",
+                                                         "/media/two",
+                                                         "--",
+                                                         "a b.mp4",
+                                                         "-b.otio"}));
 }
 
 TEST(ExportArguments, leaveTheSoundOutOfMoviesOnly) {

@@ -228,8 +228,8 @@ TEST_F(LogPanels, givesTheSinkBackWhenItGoes) {
     panel.reset();
     static QStringList heard;
     heard.clear();
-    const auto before = qInstallMessageHandler(
-        [](QtMsgType, QMessageLogContext const&, QString const& text) { heard << text; });
+    const auto before =
+        qInstallMessageHandler([](QtMsgType, QMessageLogContext const&, QString const& text) { heard << text; });
     QLoggingCategory::setFilterRules("QRT_PLAYER.debug=true");
     post("after");
     QLoggingCategory::setFilterRules("");

@@ -42,7 +42,8 @@ TEST_F(PictureViewOverlay, isABoxInTheTopLeftCorner) {
     EXPECT_GT(covered.pixelColor(box.topLeft()).red(), rim.red() + 20);
     int lightest = 0;
     for (int y = box.top(); y <= box.bottom(); ++y) {
-        for (int x = box.left(); x <= box.right(); ++x) lightest = std::max(lightest, covered.pixelColor(x, y).red());
+        for (int x = box.left(); x <= box.right(); ++x)
+            lightest = std::max(lightest, covered.pixelColor(x, y).red());
     }
     EXPECT_GT(lightest, 220);
 
@@ -71,7 +72,8 @@ TEST_F(PictureViewOverlay, staysTheSameWhenThePictureIsZoomed) {
     ASSERT_NO_FATAL_FAILURE(open(600, 400, memoryFrame(evenPicture(600, 400, Qt::lightGray))));
     view->setOverlay({"24 of 24 frames per second"});
     const QImage fitted = grab();
-    for (int i = 0; i < 4; ++i) view->zoomIn();
+    for (int i = 0; i < 4; ++i)
+        view->zoomIn();
     EXPECT_EQ(grab(), fitted);
 }
 
@@ -155,8 +157,10 @@ TEST_F(PictureViewOverlay, safeAreasLieOnWholePixelsOfTheStandard) {
     const QImage shown = grab();
     const int thickness = qRound(ratio);
     for (int i = 0; i < thickness; ++i) {
-        for (int x : {21 + i, 578 - i, 30 + i, 569 - i}) EXPECT_EQ(shown.pixelColor(x, 200), light) << x;
-        for (int y : {14 + i, 385 - i, 20 + i, 379 - i}) EXPECT_EQ(shown.pixelColor(300, y), light) << y;
+        for (int x : {21 + i, 578 - i, 30 + i, 569 - i})
+            EXPECT_EQ(shown.pixelColor(x, 200), light) << x;
+        for (int y : {14 + i, 385 - i, 20 + i, 379 - i})
+            EXPECT_EQ(shown.pixelColor(300, y), light) << y;
     }
     EXPECT_NE(shown.pixelColor(21 + thickness, 200), light);
 }

@@ -82,8 +82,7 @@ INSTANTIATE_TEST_SUITE_P(Formats, PictureViewMemory,
 TEST_P(PictureViewTexture, isShownPixelByPixel) {
     PlayerContext player;
     const QImage picture = testPicture(53, 31);
-    ASSERT_NO_FATAL_FAILURE(
-        open(420, 300, player.textureFrame(picture, formatOf(picture), GetParam().internalFormat)));
+    ASSERT_NO_FATAL_FAILURE(open(420, 300, player.textureFrame(picture, formatOf(picture), GetParam().internalFormat)));
     view->zoomToOriginal();
     EXPECT_EQ(grabPicture(), picture);
 }
@@ -166,7 +165,8 @@ TEST_F(PictureViewTest, enlargedPixelsAreEvenSquares) {
     ASSERT_NO_FATAL_FAILURE(open(420, 300, player.textureFrame(picture)));
     view->zoomToOriginal();
     for (int factor : {2, 3, 4}) {
-        while (view->zoom().factor() < factor) view->zoomIn();
+        while (view->zoom().factor() < factor)
+            view->zoomIn();
         ASSERT_EQ(view->zoom().factor(), factor);
         EXPECT_EQ(grabPicture(), picture.scaled(picture.size() * factor)) << factor;
     }
@@ -188,7 +188,8 @@ TEST_F(PictureViewTest, aShrunkCheckerboardIsGrey) {
     ASSERT_NO_FATAL_FAILURE(open(320, 200, player.textureFrame(checkerboard(1280, 800))));
     const QImage shown = grab();
     for (int y = 0; y < shown.height(); ++y) {
-        for (int x = 0; x < shown.width(); ++x) ASSERT_NEAR(shown.pixelColor(x, y).red(), 127.5, 1) << x << ", " << y;
+        for (int x = 0; x < shown.width(); ++x)
+            ASSERT_NEAR(shown.pixelColor(x, y).red(), 127.5, 1) << x << ", " << y;
     }
     // At a size that the squares do not go into, little is left of them.
     view->resize(QSize(300, 200) / ratio);
@@ -204,7 +205,8 @@ TEST_F(PictureViewTest, aPictureManyTimesTooLargeIsItsMean) {
     ASSERT_NO_FATAL_FAILURE(open(320, 200, memoryFrame(testPicture(50, 40))));
     QImage lines = evenPicture(1600, 4000, Qt::black);
     for (int y = 0; y < lines.height(); y += 4) {
-        for (int x = 0; x < lines.width(); ++x) lines.setPixelColor(x, y, QColor(200, 100, 40));
+        for (int x = 0; x < lines.width(); ++x)
+            lines.setPixelColor(x, y, QColor(200, 100, 40));
     }
     view->resize(QSize(320, 180) / ratio);
     view->showFrame(memoryFrame(lines));
@@ -215,7 +217,8 @@ TEST_F(PictureViewTest, aPictureManyTimesTooLargeIsItsMean) {
 TEST_F(PictureViewTest, backgroundIsSeenThroughTransparentParts) {
     QImage picture = evenPicture(400, 300, QColor(200, 100, 50, 128));
     for (int y = 0; y < 300; ++y) {
-        for (int x = 0; x < 200; ++x) picture.setPixelColor(x, y, Qt::transparent);
+        for (int x = 0; x < 200; ++x)
+            picture.setPixelColor(x, y, Qt::transparent);
     }
     for (const auto& frame : {player.textureFrame(picture), memoryFrame(picture)}) {
         ASSERT_NO_FATAL_FAILURE(open(400, 300, frame));
@@ -274,19 +277,23 @@ TEST_F(PictureViewTest, zoomStepsTellTheFactor) {
     view->zoomToFit();  // the same factor, but no longer the same manner
     EXPECT_TRUE(view->zoom().isFit());
     EXPECT_EQ(zoomed.count(), 3);
-    for (int i = 0; i < 50; ++i) view->zoomIn();
+    for (int i = 0; i < 50; ++i)
+        view->zoomIn();
     EXPECT_EQ(view->zoom().factor(), PictureZoom::largest);
-    for (int i = 0; i < 50; ++i) view->zoomOut();
+    for (int i = 0; i < 50; ++i)
+        view->zoomOut();
     EXPECT_EQ(view->zoom().factor(), PictureZoom::smallest);
 }
 
 TEST_F(PictureViewTest, wheelZoomsAroundThePointer) {
     ASSERT_NO_FATAL_FAILURE(open(400, 300, player.textureFrame(testPicture(400, 300))));
     const QColor under = testPicture(400, 300).pixelColor(100, 60);
-    for (int i = 0; i < 3; ++i) turnWheel(120, QPoint(100, 60));
+    for (int i = 0; i < 3; ++i)
+        turnWheel(120, QPoint(100, 60));
     EXPECT_DOUBLE_EQ(view->zoom().factor(), 2);
     EXPECT_EQ(pixel(100, 60), under);
-    for (int i = 0; i < 2; ++i) turnWheel(-60, QPoint(100, 60));  // a wheel of finer steps
+    for (int i = 0; i < 2; ++i)
+        turnWheel(-60, QPoint(100, 60));  // a wheel of finer steps
     EXPECT_DOUBLE_EQ(view->zoom().factor(), 1.5);
     EXPECT_NEAR(view->zoom().pictureRect().x(), -50, 1);
 }
@@ -369,7 +376,8 @@ TEST_F(PictureViewTest, viewsLeaveNothingBehind) {
     ASSERT_NO_FATAL_FAILURE(openAndClose());
     const int textures = player.countTextures();
     const int programs = player.countPrograms();
-    for (int i = 0; i < 50; ++i) ASSERT_NO_FATAL_FAILURE(openAndClose());
+    for (int i = 0; i < 50; ++i)
+        ASSERT_NO_FATAL_FAILURE(openAndClose());
     EXPECT_EQ(player.countTextures(), textures);
     EXPECT_EQ(player.countPrograms(), programs);
 }

@@ -36,20 +36,19 @@ TEST_P(PictureZoomFit, liesInTheMiddle) {
     EXPECT_DOUBLE_EQ(zoom.factor(), GetParam().factor);
     EXPECT_EQ(zoom.pictureRect(), GetParam().rect);
 }
-INSTANTIATE_TEST_SUITE_P(
-    Shapes, PictureZoomFit,
-    ::testing::Values(FitCase{"same", {640, 360}, {640, 360}, 1, {0, 0, 640, 360}},
-                      FitCase{"shrunk", {1920, 1080}, {960, 540}, 0.5, {0, 0, 960, 540}},
-                      FitCase{"enlarged", {320, 180}, {640, 360}, 2, {0, 0, 640, 360}},
-                      FitCase{"barsAboveAndBelow", {800, 400}, {400, 300}, 0.5, {0, 50, 400, 200}},
-                      FitCase{"barsLeftAndRight", {400, 800}, {300, 400}, 0.5, {50, 0, 200, 400}},
-                      FitCase{"onWholePixels", {100, 100}, {100, 103}, 1, {0, 2, 100, 100}},
-                      FitCase{"smallerThanTheLimit", {6400, 6400}, {64, 64}, 0.01, {0, 0, 64, 64}},
-                      FitCase{"largerThanTheLimit", {2, 2}, {128, 128}, 64, {0, 0, 128, 128}},
-                      FitCase{"noPicture", {}, {640, 360}, 1, {}},
-                      FitCase{"noView", {64, 36}, {}, 1, {-32, -18, 64, 36}},
-                      FitCase{"emptyPicture", {0, 100}, {640, 360}, 1, {}}),
-    [](const auto& given) { return given.param.name; });
+INSTANTIATE_TEST_SUITE_P(Shapes, PictureZoomFit,
+                         ::testing::Values(FitCase{"same", {640, 360}, {640, 360}, 1, {0, 0, 640, 360}},
+                                           FitCase{"shrunk", {1920, 1080}, {960, 540}, 0.5, {0, 0, 960, 540}},
+                                           FitCase{"enlarged", {320, 180}, {640, 360}, 2, {0, 0, 640, 360}},
+                                           FitCase{"barsAboveAndBelow", {800, 400}, {400, 300}, 0.5, {0, 50, 400, 200}},
+                                           FitCase{"barsLeftAndRight", {400, 800}, {300, 400}, 0.5, {50, 0, 200, 400}},
+                                           FitCase{"onWholePixels", {100, 100}, {100, 103}, 1, {0, 2, 100, 100}},
+                                           FitCase{"smallerThanTheLimit", {6400, 6400}, {64, 64}, 0.01, {0, 0, 64, 64}},
+                                           FitCase{"largerThanTheLimit", {2, 2}, {128, 128}, 64, {0, 0, 128, 128}},
+                                           FitCase{"noPicture", {}, {640, 360}, 1, {}},
+                                           FitCase{"noView", {64, 36}, {}, 1, {-32, -18, 64, 36}},
+                                           FitCase{"emptyPicture", {0, 100}, {640, 360}, 1, {}}),
+                         [](const auto& given) { return given.param.name; });
 
 TEST(PictureZoom, followsTheViewUntilItIsZoomed) {
     PictureZoom zoom = zoomOf({400, 300}, {400, 300});
@@ -128,7 +127,8 @@ TEST(PictureZoom, panningShowsEveryPartButLosesNone) {
 
 TEST(PictureZoom, aPictureZoomedBesideItselfStaysInSight) {
     PictureZoom zoom = zoomOf({100, 100}, {1000, 200});
-    for (int i = 0; i < 10; ++i) zoom.zoomTo(zoom.factor() * 2, {0, 0});
+    for (int i = 0; i < 10; ++i)
+        zoom.zoomTo(zoom.factor() * 2, {0, 0});
     EXPECT_TRUE(zoom.pictureRect().adjusted(-1, -1, 1, 1).contains(zoom.viewCentre()));
 }
 
@@ -143,7 +143,8 @@ TEST(PictureZoom, anotherPictureStaysInSight) {
 
 TEST(PictureZoom, neatFactorsAreAboutAQuarterApart) {
     std::vector<double> up{PictureZoom::smallest};
-    while (PictureZoom::nextLarger(up.back()) != up.back()) up.push_back(PictureZoom::nextLarger(up.back()));
+    while (PictureZoom::nextLarger(up.back()) != up.back())
+        up.push_back(PictureZoom::nextLarger(up.back()));
     EXPECT_EQ(up.back(), PictureZoom::largest);
     for (const double neat : {0.125, 0.25, 0.5, 1.0, 2.0, 4.0, 8.0, 16.0})
         EXPECT_NE(std::find(up.begin(), up.end(), neat), up.end()) << neat;
@@ -170,8 +171,7 @@ INSTANTIATE_TEST_SUITE_P(Factors, PictureZoomStep,
                          ::testing::Values(StepCase{"one", 1, 1.25, 0.8}, StepCase{"two", 2, 2.5, 1.5},
                                            StepCase{"half", 0.5, 0.64, 0.4}, StepCase{"between", 0.7, 0.8, 0.64},
                                            StepCase{"allButOne", 0.9999, 1.25, 0.8},
-                                           StepCase{"belowAll", 0.01, 0.0625, 0.01},
-                                           StepCase{"aboveAll", 64, 64, 32}),
+                                           StepCase{"belowAll", 0.01, 0.0625, 0.01}, StepCase{"aboveAll", 64, 64, 32}),
                          [](const auto& given) { return given.param.name; });
 
 }  // namespace

@@ -110,8 +110,8 @@ protected:
         settle();
         playback->onTick();
     }
-    /// A fetch is under way or done, and its frame on the way to the event loop. The player may have let go of the frame
-    /// before it was looked for; it was there all the same by the end of the time.
+    /// A fetch is under way or done, and its frame on the way to the event loop. The player may have let go of the
+    /// frame before it was looked for; it was there all the same by the end of the time.
     void waitUntilBegun(int64 frame) const {
         constexpr int patienceInMs = 3000;
         const QDeadlineTimer deadline(patienceInMs);
@@ -120,7 +120,8 @@ protected:
     }
     /// The player can lend only a few frames; while none is left it renders nothing ahead.
     void letGoOfFrames() {
-        for (FetchedFrame& frame : shown) frame.buffer.reset();
+        for (FetchedFrame& frame : shown)
+            frame.buffer.reset();
     }
     /// When a tick is due, from the moment at which the first one was shown.
     [[nodiscard]] int64 due(int64 tick) const {
@@ -300,14 +301,17 @@ TEST_F(PlaybackTest, rendersAheadTheWayTheUserSteps) {
 
 TEST_F(PlaybackTest, showsFramesInPassingWhileTheUserSteps) {
     open({"longgroup.mp4"}, 100);
-    for (int step = 1; step <= 20; ++step) playback->seek(100 + step);
+    for (int step = 1; step <= 20; ++step)
+        playback->seek(100 + step);
     ASSERT_TRUE(processUntil([&] { return !shown.empty() && shown.back().frame == 120; }));
-    for (size_t i = 1; i < shown.size(); ++i) EXPECT_GT(shown[i].frame, shown[i - 1].frame) << "never back";
+    for (size_t i = 1; i < shown.size(); ++i)
+        EXPECT_GT(shown[i].frame, shown[i - 1].frame) << "never back";
 }
 
 TEST_F(PlaybackTest, doesNotShowWhereAJumpHasOvertakenAnother) {
     open({"longgroup.mp4"}, 100);
-    for (const int64 frame : {10, 200, 30, 150, 70}) playback->seek(frame);
+    for (const int64 frame : {10, 200, 30, 150, 70})
+        playback->seek(frame);
     waitForShown(1);
     EXPECT_EQ(shown[0].frame, 70);
 }

@@ -88,8 +88,7 @@ private:
 class Preferences : public ::testing::Test {
 protected:
     explicit Preferences(ViewerSettings const& settings = {}) {
-        QObject::connect(&m_playback, &Playback::frameShown,
-                         [this](FetchedFrame const& frame) { m_shown = frame; });
+        QObject::connect(&m_playback, &Playback::frameShown, [this](FetchedFrame const& frame) { m_shown = frame; });
         m_panel.resize(340, 700);
         m_panel.show(settings);
         m_panel.show();
@@ -262,9 +261,8 @@ TEST_F(Preferences, refuseABudgetThatTheMachineCannotHold) {
 
 TEST_F(Preferences, setTheFormatOfFrames) {
     openClip();
-    const std::pair<char const*, PixelFormat> formats[] = {{"16-bit float", PixelFormat::rgba16f},
-                                                           {"32-bit float", PixelFormat::rgba32f},
-                                                           {"8-bit", PixelFormat::rgba8}};
+    const std::pair<char const*, PixelFormat> formats[] = {
+        {"16-bit float", PixelFormat::rgba16f}, {"32-bit float", PixelFormat::rgba32f}, {"8-bit", PixelFormat::rgba8}};
     for (auto const& [name, format] : formats) {
         const auto frame = frameAfter([this, name = name] { choose("depth", name); });
         ASSERT_TRUE(frame);
@@ -358,8 +356,7 @@ protected:
              [this] { return player().getVideoResolution().getWidth(); }},
             {"depth", [this] { choose("depth", "16-bit"); },
              [this] { return player().getVideoResolution().getBitsPerChannel(); }},
-            {"delivery", [this] { choose("delivery", "Memory"); },
-             [this] { return player().getRamOutputs() ? 1 : 0; }},
+            {"delivery", [this] { choose("delivery", "Memory"); }, [this] { return player().getRamOutputs() ? 1 : 0; }},
             {"scaling", [this] { choose("scaling", "Fill"); },
              [this] { return static_cast<int>(m_player->composition().presentation().scaling); }},
             {"headFrames", [this] { typeNumber("headFrames", 4); },
@@ -578,10 +575,9 @@ TEST_F(Preferences, keepWhatOthersSet) {
 }
 
 TEST_F(Preferences, nameAndExplainEveryControl) {
-    for (char const* const name :
-         {"resolution", "depth", "delivery", "scaling", "background", "headFrames", "tailFrames", "decodeCache",
-          "segmentCache", "ocioConfig", "ocioBrowse", "ocioNone", "ocioDisplay", "ocioView", "volume", "mute",
-          "policy"}) {
+    for (char const* const name : {"resolution", "depth", "delivery", "scaling", "background", "headFrames",
+                                   "tailFrames", "decodeCache", "segmentCache", "ocioConfig", "ocioBrowse", "ocioNone",
+                                   "ocioDisplay", "ocioView", "volume", "mute", "policy"}) {
         EXPECT_FALSE(find<QWidget>(name).toolTip().isEmpty()) << name;
         EXPECT_FALSE(find<QWidget>(name).accessibleName().isEmpty()) << name;
     }

@@ -69,7 +69,8 @@ QImage differenceOf(QImage const& seen, QImage const& expected) {
     const QImage expected(kept);
     if (expected.isNull() || expected.size() != seen.size()) {
         (void)seen.save(path);
-        return ::testing::AssertionFailure() << kept.toStdString() << " is missing or of another size; seen: " << path.toStdString();
+        return ::testing::AssertionFailure()
+               << kept.toStdString() << " is missing or of another size; seen: " << path.toStdString();
     }
     const QImage difference = differenceOf(seen, expected);
     if (difference.isNull()) return ::testing::AssertionSuccess();

@@ -11,8 +11,7 @@ namespace {
 
 SharedPtr<PlayParams> orderOf(int64 first, int64 last, int64 current, int step, PlayParams::PlayMode mode) {
     const Rational rate(24, 1);
-    auto order =
-        PlayParams::create(Time(0, rate), Time(0, rate), Time(1, rate), rate, step, mode, PlayParams::all);
+    auto order = PlayParams::create(Time(0, rate), Time(0, rate), Time(1, rate), rate, step, mode, PlayParams::all);
     order->setStartFrame(first);
     order->setEndFrame(last);
     order->setCurrentFrame(current);
@@ -127,15 +126,14 @@ TEST_P(SilentOrder, hasNoSound) {
     for (const int64 sample : samplesOf(order, 20'000))
         ASSERT_EQ(sample, silent);
 }
-INSTANTIATE_TEST_SUITE_P(
-    Orders, SilentOrder,
-    ::testing::Values(SilentCase{"backwards", -1, PlayParams::single, {24, 1}},
-                      SilentCase{"backwardsInALoop", -1, PlayParams::loop, {24, 1}},
-                      SilentCase{"everySecondFrame", 2, PlayParams::loop, {24, 1}},
-                      SilentCase{"everySecondFrameToAndFro", 2, PlayParams::ping_pong, {24, 1}},
-                      SilentCase{"atAStandstill", 0, PlayParams::loop, {24, 1}},
-                      SilentCase{"withoutARate", 1, PlayParams::loop, {0, 1}}),
-    [](const auto& caseInfo) { return caseInfo.param.name; });
+INSTANTIATE_TEST_SUITE_P(Orders, SilentOrder,
+                         ::testing::Values(SilentCase{"backwards", -1, PlayParams::single, {24, 1}},
+                                           SilentCase{"backwardsInALoop", -1, PlayParams::loop, {24, 1}},
+                                           SilentCase{"everySecondFrame", 2, PlayParams::loop, {24, 1}},
+                                           SilentCase{"everySecondFrameToAndFro", 2, PlayParams::ping_pong, {24, 1}},
+                                           SilentCase{"atAStandstill", 0, PlayParams::loop, {24, 1}},
+                                           SilentCase{"withoutARate", 1, PlayParams::loop, {0, 1}}),
+                         [](const auto& caseInfo) { return caseInfo.param.name; });
 
 TEST(SoundOrder, beginsALoopOfOneFrameAgainAtEachTick) {
     const auto params = orderOf(7, 7, 7, 1, PlayParams::loop);

@@ -27,7 +27,7 @@ using ::testing::ElementsAre;
 constexpr Rational film(24, 1);
 constexpr int64 frameCount = 100;
 constexpr int pixels = 8;  // to a frame: what the view's width gives
-constexpr QSize viewSize(frameCount * pixels + 2 * static_cast<int>(TimelineScale::margin), 220);
+constexpr QSize viewSize(frameCount* pixels + 2 * static_cast<int>(TimelineScale::margin), 220);
 
 ExactTime at(int64 frame) {
     return ExactTime::ofFrame(frame, film);
@@ -148,7 +148,8 @@ TEST_F(TimelineViewTest, leavesGapsEmptyUpToTheFrame) {
     const QImage image = imageOf(m_view);
     const int y = pointOn(lower, 0).y();
     EXPECT_NE(image.pixelColor(columnOf(40) - 3, y), m_colours.track);
-    for (int x = columnOf(40); x < columnOf(60); ++x) ASSERT_EQ(image.pixelColor(x, y), m_colours.track) << x;
+    for (int x = columnOf(40); x < columnOf(60); ++x)
+        ASSERT_EQ(image.pixelColor(x, y), m_colours.track) << x;
     EXPECT_NE(image.pixelColor(columnOf(60) + 2, y), m_colours.track);
     EXPECT_EQ(image.pixelColor(columnOf(100) + 1, y), m_colours.ground) << "behind the end";
 }
@@ -253,7 +254,8 @@ TEST_F(TimelineViewTest, marksTheWholeFrameWhereItIsWide) {
     m_view.setFrame(50);
     const int y = m_layout.track(lower).top() - 1;  // the space between two tracks
     const QImage image = imageOf(m_view);
-    for (int x = columnOf(50); x < columnOf(51); ++x) EXPECT_NE(image.pixelColor(x, y), m_colours.ground) << x;
+    for (int x = columnOf(50); x < columnOf(51); ++x)
+        EXPECT_NE(image.pixelColor(x, y), m_colours.ground) << x;
     EXPECT_EQ(image.pixelColor(columnOf(51), y), m_colours.ground);
 }
 
@@ -369,7 +371,8 @@ TEST_F(TimelineViewTest, scrollsSidewaysWhenZoomedIn) {
 }
 
 TEST_F(TimelineViewTest, keepsThePlayheadInViewWhenZoomedIn) {
-    for (int i = 0; i < 3; ++i) m_view.zoomIn();
+    for (int i = 0; i < 3; ++i)
+        m_view.zoomIn();
     for (int64 frame = 0; frame < frameCount; ++frame) {
         m_view.setFrame(frame);
         ASSERT_GE(m_view.positionOf(frame), 0) << frame;
@@ -379,7 +382,8 @@ TEST_F(TimelineViewTest, keepsThePlayheadInViewWhenZoomedIn) {
 
 TEST_F(TimelineViewTest, scrollsThroughMoreTracksThanFit) {
     std::vector<TrackView> tracks(50);
-    for (size_t i = 0; i < tracks.size(); ++i) tracks[i].items = {clipOf("clip", 0, 100, 0)};
+    for (size_t i = 0; i < tracks.size(); ++i)
+        tracks[i].items = {clipOf("clip", 0, 100, 0)};
     m_view.setTimeline(timelineOf(tracks), film, frameCount);
     const QPoint point(400, m_layout.tracks().top() + 3);
     EXPECT_TRUE(m_view.textAt(point).startsWith("V50\n"));
@@ -456,7 +460,8 @@ public:
 
 int areaOf(QRegion const& region) {
     int area = 0;
-    for (QRect const& rect : region) area += rect.width() * rect.height();
+    for (QRect const& rect : region)
+        area += rect.width() * rect.height();
     return area;
 }
 

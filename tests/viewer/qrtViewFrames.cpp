@@ -100,7 +100,8 @@ QImage testPicture(int width, int height) {
 QImage checkerboard(int width, int height) {
     QImage picture(width, height, QImage::Format_RGBA8888);
     for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) picture.setPixelColor(x, y, (x + y) % 2 == 0 ? Qt::white : Qt::black);
+        for (int x = 0; x < width; ++x)
+            picture.setPixelColor(x, y, (x + y) % 2 == 0 ? Qt::white : Qt::black);
     }
     return picture;
 }
@@ -173,7 +174,8 @@ constexpr GLuint highestName = 4096;  // names are given out from the lowest fre
 int PlayerContext::countTextures() {
     makeCurrent();
     int count = 0;
-    for (GLuint name = 1; name < highestName; ++name) count += m_context.functions()->glIsTexture(name) ? 1 : 0;
+    for (GLuint name = 1; name < highestName; ++name)
+        count += m_context.functions()->glIsTexture(name) ? 1 : 0;
     m_context.doneCurrent();
     return count;
 }
@@ -181,7 +183,8 @@ int PlayerContext::countTextures() {
 int PlayerContext::countPrograms() {
     makeCurrent();
     int count = 0;
-    for (GLuint name = 1; name < highestName; ++name) count += m_context.functions()->glIsProgram(name) ? 1 : 0;
+    for (GLuint name = 1; name < highestName; ++name)
+        count += m_context.functions()->glIsProgram(name) ? 1 : 0;
     m_context.doneCurrent();
     return count;
 }

@@ -4,10 +4,10 @@
 #include <QApplication>
 #include <QMainWindow>
 #include <QOffscreenSurface>
-#include <QPixmapCache>
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
 #include <QOpenGLWidget>
+#include <QPixmapCache>
 #include <QTest>
 #include <random>
 
@@ -77,9 +77,11 @@ protected:
     template <typename Round>
     static int64 growthOver(int rounds, Round round) {
         constexpr int warmUp = 4;  // fonts, shaders and what libraries make once
-        for (int i = 0; i < warmUp; ++i) round();
+        for (int i = 0; i < warmUp; ++i)
+            round();
         const int64 before = allocatedBytes();
-        for (int i = 0; i < rounds; ++i) round();
+        for (int i = 0; i < rounds; ++i)
+            round();
         return allocatedBytes() - before;
     }
 };
@@ -121,7 +123,8 @@ TEST_F(ViewerEndurance, scrubbingAllOverLeavesNothingBehindAndEndsOnTheExactFram
     constexpr int64 allowed = 4 << 20;
     const int64 growth = allocatedBytes() - bytes;
     EXPECT_LT(growth, allowed);
-    std::cout << scrubs << " scrubs: " << growth << " bytes more, " << countObjects() - objects << " objects of OpenGL more\n";
+    std::cout << scrubs << " scrubs: " << growth << " bytes more, " << countObjects() - objects
+              << " objects of OpenGL more\n";
 }
 
 }  // namespace

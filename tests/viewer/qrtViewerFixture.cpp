@@ -33,11 +33,11 @@ std::string ViewerFixture::film() {
 
 std::string ViewerFixture::timeline() {
     const std::string path = m_folder.filePath("cut.otio").toStdString();
-    writeText(path, otio::timeline({otio::track("Video", {otio::clip(otio::file(media + "/film.mkv"), {10, 48, 24}),
-                                                          otio::dissolve(12, 12, 24),
-                                                          otio::clip(otio::file(media + "/pal.mkv"), {25, 50, 25})}),
-                                    otio::track("Audio", {otio::clip(otio::file(media + "/impulses.wav"),
-                                                                     {0, 96, 24})})}));
+    writeText(path,
+              otio::timeline({otio::track("Video", {otio::clip(otio::file(media + "/film.mkv"), {10, 48, 24}),
+                                                    otio::dissolve(12, 12, 24),
+                                                    otio::clip(otio::file(media + "/pal.mkv"), {25, 50, 25})}),
+                              otio::track("Audio", {otio::clip(otio::file(media + "/impulses.wav"), {0, 96, 24})})}));
     return path;
 }
 

@@ -28,8 +28,8 @@ private:
 
 /// A window on media whose frames carry their numbers, with file dialogs that answer at once and settings of its own.
 ///
-/// Frame n of film.mkv (240 frames, 24 a second) is all of red n and green 20; the numbers are read from what the window
-/// shows.
+/// Frame n of film.mkv (240 frames, 24 a second) is all of red n and green 20; the numbers are read from what the
+/// window shows.
 class ViewerFixture : public ::testing::Test {
 protected:
     ViewerFixture();
@@ -63,9 +63,9 @@ protected:
     [[nodiscard]] QString message();
 
     QTemporaryDir m_folder;
-    QStringList m_chosenFiles;     // what the dialog for opening answers
-    QString m_chosenTarget;        // what the dialog for writing answers
-    QString m_proposedTarget;      // what it was offered
+    QStringList m_chosenFiles;  // what the dialog for opening answers
+    QString m_chosenTarget;     // what the dialog for writing answers
+    QString m_proposedTarget;   // what it was offered
     std::shared_ptr<MediaClock const> m_clock = std::make_shared<WallClock>();
     std::shared_ptr<SoundOutput> m_sound;
     std::unique_ptr<ViewerWindow> m_window;

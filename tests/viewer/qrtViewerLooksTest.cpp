@@ -23,8 +23,8 @@ protected:
 
     /// The window once the frame on show and all that is prepared ahead of it are there, and the caches shown.
     QImage look() {
-        constexpr int64 renderedAhead = 2;   // by the player, unless it is told otherwise
-        constexpr int64 decodedAhead = 33;   // by the graph engine, seen from the last of these
+        constexpr int64 renderedAhead = 2;  // by the player, unless it is told otherwise
+        constexpr int64 decodedAhead = 33;  // by the graph engine, seen from the last of these
         const int64 frame = playback().frame();
         const int64 last = playback().whole().last;
         const auto reach = [](std::vector<FrameSpan> const& spans, int64 first, int64 end) {

@@ -145,7 +145,8 @@ TEST_F(ViewerTransport, inAndOutPointsBoundWhatIsPlayed) {
     press(Qt::Key_Space);
     EXPECT_TRUE(waitFor([&] { return recorded.size() > 20; }));
     press(Qt::Key_Space);
-    for (const int64 frame : recorded) EXPECT_TRUE(frame >= 40 && frame <= 47) << frame;
+    for (const int64 frame : recorded)
+        EXPECT_TRUE(frame >= 40 && frame <= 47) << frame;
     press(Qt::Key_X);
     EXPECT_EQ(playback().range(), (FrameSpan{0, 239}));
 }
@@ -184,7 +185,8 @@ TEST_F(ViewerTransport, aRepeatsFromInToOut) {
     press(Qt::Key_A);
     EXPECT_EQ(playback().mode(), PlayParams::loop);
     EXPECT_TRUE(waitFor([&] { return recorded.size() > 12; }));
-    for (const int64 frame : recorded) EXPECT_TRUE(frame >= 30 && frame <= 33) << frame;
+    for (const int64 frame : recorded)
+        EXPECT_TRUE(frame >= 30 && frame <= 33) << frame;
 }
 
 TEST_F(ViewerTransport, theStepChoosesEveryNthFrame) {
@@ -196,7 +198,8 @@ TEST_F(ViewerTransport, theStepChoosesEveryNthFrame) {
     record();
     press(Qt::Key_L);
     EXPECT_TRUE(waitFor([&] { return recorded.size() > 3; }));
-    for (const int64 frame : recorded) EXPECT_EQ(frame % 5, 0);
+    for (const int64 frame : recorded)
+        EXPECT_EQ(frame % 5, 0);
     press(Qt::Key_L);
     EXPECT_EQ(playback().step(), 10) << "twice as fast";
 }
@@ -240,7 +243,8 @@ TEST_F(ViewerTransport, scrubbingFollowsTheMouseAndEndsOnTheExactFrame) {
         QMouseEvent move(QEvent::MouseMove, point, view.mapToGlobal(point), Qt::NoButton, Qt::LeftButton, {});
         QApplication::sendEvent(&view, &move);
     };
-    for (int64 frame = 11; frame < 230; frame += 3) dragTo(pointOf(frame));
+    for (int64 frame = 11; frame < 230; frame += 3)
+        dragTo(pointOf(frame));
     dragTo(pointOf(200));
     QTest::mouseRelease(&view, Qt::LeftButton, {}, pointOf(200));
     expectShows(static_cast<int>(view.frameAt(pointOf(200).x())));

@@ -36,7 +36,8 @@ TEST_F(ViewerView, everyActionStandsInAMenuWithItsKeysAToolTipAndAName) {
     showEmpty();
     std::set<QAction*> inMenus;
     for (QAction* const menu : window().menuBar()->actions())
-        for (QAction* const entry : menu->menu()->actions()) inMenus.insert(entry);
+        for (QAction* const entry : menu->menu()->actions())
+            inMenus.insert(entry);
     std::set<QString> keys;
     for (ViewerActions::Entry const& entry : ViewerActions::entries()) {
         QAction& one = action(entry.command);
@@ -46,7 +47,8 @@ TEST_F(ViewerView, everyActionStandsInAMenuWithItsKeysAToolTipAndAName) {
         EXPECT_TRUE(QString(entry.toolTip).endsWith('.')) << entry.name;
         for (QKeySequence const& sequence : one.shortcuts()) {
             EXPECT_FALSE(sequence.isEmpty()) << entry.name;
-            EXPECT_TRUE(keys.insert(sequence.toString()).second) << sequence.toString().toStdString() << " means two things";
+            EXPECT_TRUE(keys.insert(sequence.toString()).second)
+                << sequence.toString().toStdString() << " means two things";
         }
     }
 }

@@ -124,7 +124,8 @@ ExactTime ExactTime::operator-() const noexcept {
 ExactTime operator+(ExactTime const& a, ExactTime const& b) noexcept {
     const int64 shared = std::gcd(a.m_denominator, b.m_denominator);
     // At most 2^126 and 2^126 in size, whose sum still fits.
-    const Wide top = Wide{a.m_numerator} * (b.m_denominator / shared) + Wide{b.m_numerator} * (a.m_denominator / shared);
+    const Wide top =
+        Wide{a.m_numerator} * (b.m_denominator / shared) + Wide{b.m_numerator} * (a.m_denominator / shared);
     return reduced(top, Wide{a.m_denominator} * (b.m_denominator / shared));
 }
 

@@ -2,15 +2,15 @@
 
 #include <compare>
 
-#include "foundation/core/qrtRational.h"
 #include "base/qrtKit.h"
+#include "foundation/core/qrtRational.h"
 
 namespace qrtplay {
 
 /// A time or a length in seconds, kept as a fraction, so that frames of 24000/1001 a second stay exact over years.
 ///
-/// Always reduced, the denominator positive. What does not fit the fraction (no rates in use lead there) is rounded to a
-/// 705,600,000th of a second, of which all common frame and sample rates take a whole number; what does not fit even
+/// Always reduced, the denominator positive. What does not fit the fraction (no rates in use lead there) is rounded to
+/// a 705,600,000th of a second, of which all common frame and sample rates take a whole number; what does not fit even
 /// then is the largest or the smallest time.
 class ExactTime final {
 public:

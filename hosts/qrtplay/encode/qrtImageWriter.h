@@ -11,8 +11,8 @@
 
 namespace qrtplay {
 
-/// Encodes and writes image files on threads of its own: pictures coded for an sRGB display, which EXR files get as linear
-/// light.
+/// Encodes and writes image files on threads of its own: pictures coded for an sRGB display, which EXR files get as
+/// linear light.
 ///
 /// Threading: one thread uses it. `write` waits while as many images wait as there is room for.
 class ImageWriter final {

@@ -3,9 +3,9 @@
 #include <QOpenGLExtraFunctions>
 #include <string>
 
-#include "media/qrtAv.h"
 #include "base/qrtKit.h"
 #include "base/qrtOutcome.h"
+#include "media/qrtAv.h"
 #include "media/qrtVideoFacts.h"
 #include "timeline/qrtFramePlan.h"
 

@@ -3,7 +3,8 @@
 namespace qrtplay {
 
 bool PictureConverter::prepare(AVFrame const& picture, AVPixelFormat format) {
-    if (m_scaler && m_width == picture.width && m_height == picture.height && m_from == picture.format && m_to == format)
+    if (m_scaler && m_width == picture.width && m_height == picture.height && m_from == picture.format &&
+        m_to == format)
         return true;
     m_scaler.reset(sws_getContext(picture.width, picture.height, static_cast<AVPixelFormat>(picture.format),
                                   picture.width, picture.height, format,

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "media/qrtAv.h"
 #include "base/qrtKit.h"
+#include "media/qrtAv.h"
 
 namespace qrtplay {
 

@@ -49,8 +49,8 @@ public:
     /// What was noted last for the frame; empty when nothing was.
     [[nodiscard]] std::string failureOf(int64 frame) const;
 
-    /// How long the frame rendered last took the graph engine, in nanoseconds: waiting for its pictures and drawing them,
-    /// without what OpenGL does of it afterwards.
+    /// How long the frame rendered last took the graph engine, in nanoseconds: waiting for its pictures and drawing
+    /// them, without what OpenGL does of it afterwards.
     void noteRenderTime(int64 nanoseconds) noexcept { m_renderTime = nanoseconds; }
     [[nodiscard]] int64 renderTime() const noexcept { return m_renderTime; }
 

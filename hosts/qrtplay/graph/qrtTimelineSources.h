@@ -10,7 +10,8 @@
 
 namespace qrtplay {
 
-/// The pictures of a composition's media. Media that cannot be opened is a slate with its name; the composition is told.
+/// The pictures of a composition's media. Media that cannot be opened is a slate with its name; the composition is
+/// told.
 [[nodiscard]] std::shared_ptr<PictureStore> openPictureStore(SharedPtr<TimelineComposition> const& composition,
                                                              size_t budgetInBytes);
 

@@ -6,8 +6,8 @@
 
 namespace qrtplay {
 
-/// The OpenGL context of this program as `Player::initialize` takes it: under GLX the context and no window, under EGL the
-/// context and the display.
+/// The OpenGL context of this program as `Player::initialize` takes it: under GLX the context and no window, under EGL
+/// the context and the display.
 struct NativeContext {
     void* context = nullptr;  ///< null when Qt does not tell it
     void* window = nullptr;

@@ -18,7 +18,10 @@ int64 roundedNanoseconds(ExactTime const& time) {
 }  // namespace
 
 Pacer::Pacer(PlayParams& order, Rational const& rate, PacePolicy policy, int64 startAt)
-    : m_order(order.clone()), m_rate(rate), m_policy(policy), m_startAt(startAt),
+    : m_order(order.clone()),
+      m_rate(rate),
+      m_policy(policy),
+      m_startAt(startAt),
       m_next(Tick{0, order.getCurrentFrame(), startAt}) {}
 
 Pacer::Verdict Pacer::hasCome(int64 now, int64 fetchTime) {
@@ -64,7 +67,8 @@ void Pacer::goOn(int64 now, int64 fetchTime) {
     if (m_policy == PacePolicy::every_frame) return;
     // Aiming at the middle of a frame's time leaves room for a fetch that takes a little longer than the last one.
     const int64 readyAt = now + fetchTime - frameTime() / 2;
-    while (m_next->dueAt < readyAt && advance()) skip();
+    while (m_next->dueAt < readyAt && advance())
+        skip();
 }
 
 // False, with nothing changed, after the last frame of a run that ends.

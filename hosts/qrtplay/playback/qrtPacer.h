@@ -21,8 +21,8 @@ enum class PacePolicy {
 /// after the start, computed from n and never by adding up, so that nothing drifts. Where every frame is shown a late
 /// one moves the grid by whole frame times.
 ///
-/// A user of this asks for the frame of `next`, and when it has got it either shows it on its tick (`hasCome`) or learns
-/// that it is too late.
+/// A user of this asks for the frame of `next`, and when it has got it either shows it on its tick (`hasCome`) or
+/// learns that it is too late.
 ///
 /// Times are nanoseconds of the clock that the user reads. Threading: one thread.
 class Pacer final {
@@ -51,8 +51,8 @@ public:
         show,   ///< shown now, and counted
         skip,   ///< too late, and counted as skipped
     };
-    /// What becomes of the picture of `next` at the time `now`. After `show` and `skip` the run has gone on to the frame
-    /// that can be had in time if getting it takes `fetchTime`: the one after it, or, in real time, a later one.
+    /// What becomes of the picture of `next` at the time `now`. After `show` and `skip` the run has gone on to the
+    /// frame that can be had in time if getting it takes `fetchTime`: the one after it, or, in real time, a later one.
     ///
     /// In real time a picture that comes too late is shown all the same when the seven before it were not, and the last
     /// one of a run that ends always is.

@@ -8,8 +8,8 @@
 
 #include "base/qrtKit.h"
 #include "base/qrtPixelBlock.h"
-#include "graph/qrtPlacement.h"
 #include "foundation/core/qrtRational.h"
+#include "graph/qrtPlacement.h"
 
 namespace qrtplay {
 

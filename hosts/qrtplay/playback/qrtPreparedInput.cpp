@@ -62,9 +62,9 @@ Outcome prepareInput(PlayInput const& input, PlaySettings const& settings, Prepa
     if (Outcome outcome = makePresentation(settings, presentation); outcome.failed()) return outcome;
     prepared.name = input.files.front();
     prepared.ownResolution = ownSize(opened);
-    prepared.composition =
-        TimelineComposition::create(opened.timeline, openedFiles(opened), std::move(presentation));
-    for (std::string const& warning : opened.timeline->warnings()) prepared.composition->noteWarning(warning);
+    prepared.composition = TimelineComposition::create(opened.timeline, openedFiles(opened), std::move(presentation));
+    for (std::string const& warning : opened.timeline->warnings())
+        prepared.composition->noteWarning(warning);
     return Outcome();
 }
 

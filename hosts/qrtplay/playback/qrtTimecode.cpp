@@ -37,7 +37,8 @@ std::string durationText(double seconds) {
 
 std::string rateText(Rational const& rate) {
     QString text = QString::number(rate.getValue(), 'f', 3);
-    while (text.endsWith('0')) text.chop(1);
+    while (text.endsWith('0'))
+        text.chop(1);
     if (text.endsWith('.')) text.chop(1);
     return text.toStdString();
 }
@@ -65,8 +66,8 @@ Outcome parseRate(std::string const& text, Rational& rate) {
     }
     constexpr int64 fastest = 1000;
     if (!match.hasMatch() || numerator <= 0 || denominator <= 0 || numerator > fastest * denominator)
-        return Outcome::failure("rate '" + text + "': has to be frames per second up to 1000, for example 25, 23.976 or " +
-                                "24000/1001");
+        return Outcome::failure("rate '" + text +
+                                "': has to be frames per second up to 1000, for example 25, 23.976 or " + "24000/1001");
     const int divisor = std::gcd(numerator, denominator);
     rate = Rational(numerator / divisor, static_cast<uint32>(denominator / divisor));
     return Outcome();

@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "foundation/core/qrtRational.h"
 #include "base/qrtKit.h"
 #include "base/qrtOutcome.h"
+#include "foundation/core/qrtRational.h"
 
 namespace qrtplay {
 

@@ -40,7 +40,8 @@ std::string wrapped(std::string const& text, size_t column) {
 
 CommandLine::CommandLine(CommandSyntax syntax) : m_syntax(std::move(syntax)) {
     for (CommandSyntax::Group const& group : m_syntax.groups)
-        for (CommandSyntax::Option const& option : group.options) m_parser.addOption({option.name, "", option.value});
+        for (CommandSyntax::Option const& option : group.options)
+            m_parser.addOption({option.name, "", option.value});
     m_parser.addOption({{"h", "help"}, ""});
 }
 
@@ -67,7 +68,8 @@ std::string CommandLine::optionsHelp() const {
     std::string text;
     size_t widest = 0;
     for (CommandSyntax::Group const& group : m_syntax.groups)
-        for (CommandSyntax::Option const& option : group.options) widest = std::max(widest, spellingOf(option).size());
+        for (CommandSyntax::Option const& option : group.options)
+            widest = std::max(widest, spellingOf(option).size());
     const size_t column = 2 + widest + 2;
     for (CommandSyntax::Group const& group : m_syntax.groups) {
         text += "\n" + std::string(group.title) + ":\n";
@@ -83,14 +85,16 @@ std::string CommandLine::optionsHelp() const {
 std::vector<std::string> CommandLine::files() const {
     std::vector<std::string> files;
     const QStringList words = m_parser.positionalArguments().mid(1);
-    for (const QString& word : words) files.push_back(word.toStdString());
+    for (const QString& word : words)
+        files.push_back(word.toStdString());
     return files;
 }
 
 std::vector<std::string> CommandLine::values(char const* name) const {
     std::vector<std::string> values;
     const QStringList words = m_parser.values(name);
-    for (const QString& word : words) values.push_back(word.toStdString());
+    for (const QString& word : words)
+        values.push_back(word.toStdString());
     return values;
 }
 

@@ -8,13 +8,13 @@
 #include "encode/qrtBlockImage.h"
 #include "encode/qrtOutputFolder.h"
 #include "encode/qrtStillWriter.h"
+#include "playback/qrtTimecode.h"
 #include "render/qrtConsole.h"
 #include "render/qrtContactSheet.h"
 #include "render/qrtFailureReport.h"
 #include "render/qrtInterrupt.h"
 #include "render/qrtOpenInput.h"
 #include "render/qrtProgress.h"
-#include "playback/qrtTimecode.h"
 
 namespace qrtplay {
 
@@ -97,7 +97,8 @@ int runContactSheet(ContactSheetOptions const& options) {
     if (Outcome outcome = source->start(range); outcome.failed()) return failWith(outcome.message());
     const bool complete = drawFrames(*source, range, sheet);
     source->stop();
-    for (std::string const& warning : source->takeWarnings()) printError("warning: " + warning);
+    for (std::string const& warning : source->takeWarnings())
+        printError("warning: " + warning);
     if (Interrupt::isRequested()) {
         printError("interrupted");
         return exit_interrupted;

@@ -3,10 +3,10 @@
 #include <iostream>
 #include <optional>
 
+#include "playback/qrtTimecode.h"
 #include "render/qrtJsonText.h"
 #include "render/qrtOpenInput.h"
 #include "render/qrtRenderPlan.h"
-#include "playback/qrtTimecode.h"
 
 namespace qrtplay {
 
@@ -25,7 +25,8 @@ public:
         if (Outcome outcome = planRender(m_options, m_facts.frameCount, plan); outcome.failed())
             return fail(Outcome::failure(m_options.input.files.front() + ": " + outcome.message()), exit_usage);
         m_total = totalFrames(plan.asked);
-        for (std::string const& warning : m_facts.warnings) printError("warning: " + warning);
+        for (std::string const& warning : m_facts.warnings)
+            printError("warning: " + warning);
         if (m_isMovie)
             tellFile(m_options.output.text(), std::nullopt, plan.isWholeMovieThere);
         else
@@ -41,13 +42,18 @@ private:
         JsonText error;
         error.beginObject().add("event", "error").add("message", outcome.message()).endObject();
         JsonText summary;
-        summary.beginObject().add("event", "summary").add("exit", static_cast<int>(status)).add("dry_run", true).endObject();
+        summary.beginObject()
+            .add("event", "summary")
+            .add("exit", static_cast<int>(status))
+            .add("dry_run", true)
+            .endObject();
         std::cout << error.text() << '\n' << summary.text() << std::endl;
         return status;
     }
 
     void tellImages(RenderPlan const& plan) {
-        for (RenderPlan::Skipped const& skipped : plan.skipped) tellFile(skipped.path, skipped.frame, true);
+        for (RenderPlan::Skipped const& skipped : plan.skipped)
+            tellFile(skipped.path, skipped.frame, true);
         for (FrameRange const& range : plan.frames) {
             for (int64 position = 0; position < range.count(); ++position) {
                 const int64 frame = range.frame(position);
@@ -82,7 +88,8 @@ private:
             std::cout << "dry run: " << m_total << " frames of " << m_facts.resolution.width() << " x "
                       << m_facts.resolution.height() << ", " << rateText(m_facts.rate) << " frames/s, "
                       << nameOf(m_options.format.depth) << " bits";
-            if (m_isMovie) std::cout << ", " << nameOf(m_options.format.codec) << (hasSound() ? " with sound" : ", no sound");
+            if (m_isMovie)
+                std::cout << ", " << nameOf(m_options.format.codec) << (hasSound() ? " with sound" : ", no sound");
             std::cout << "; files: " << m_toWrite << " to write, " << m_toReplace << " to replace, " << m_toSkip
                       << " to skip" << std::endl;
             return;
@@ -96,7 +103,9 @@ private:
         else
             json.addNull("codec");
         json.add("depth", nameOf(m_options.format.depth)).add("width", m_facts.resolution.width());
-        json.add("height", m_facts.resolution.height()).add("rate", fractionText(m_facts.rate)).add("sound", hasSound());
+        json.add("height", m_facts.resolution.height())
+            .add("rate", fractionText(m_facts.rate))
+            .add("sound", hasSound());
         std::cout << json.endObject().text() << std::endl;
     }
 

@@ -9,7 +9,8 @@ namespace qrtplay {
 ///
 ///     plan     action ("write", "replace" or "skip"), path, frame (null: a movie)
 ///     error    message
-///     summary  exit, dry_run, total, to_write, to_replace, to_skip, output, codec (null: images), depth, width, height, rate,
+///     summary  exit, dry_run, total, to_write, to_replace, to_skip, output, codec (null: images), depth, width,
+///     height, rate,
 ///              sound
 int runDryRun(RenderOptions const& options);
 

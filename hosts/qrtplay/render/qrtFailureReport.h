@@ -7,8 +7,8 @@
 
 namespace qrtplay {
 
-/// Names the frames that failed. Frames that follow each other and fail for the same reason share a line: a clip that is
-/// cut off would bury the user in lines otherwise.
+/// Names the frames that failed. Frames that follow each other and fail for the same reason share a line: a clip that
+/// is cut off would bury the user in lines otherwise.
 ///
 /// Threading: one thread.
 class FailureReport final {

@@ -102,7 +102,8 @@ Outcome fitFrameRanges(std::vector<FrameRange>& ranges, int64 frameCount) {
 
 int64 totalFrames(std::vector<FrameRange> const& ranges) {
     int64 total = 0;
-    for (FrameRange const& range : ranges) total += range.count();
+    for (FrameRange const& range : ranges)
+        total += range.count();
     return total;
 }
 

@@ -22,12 +22,12 @@ struct FrameRange {
 };
 
 /// Reads a list such as "7", "0-99", "10-90x5", "100-", "99-0x-1" or "0-9,20,40-30". Without a step a range that falls
-/// plays backwards, and with any step it does not matter whether that is written with its sign. A last frame that the step
-/// does not hit is left out. Failures name the part that is wrong.
+/// plays backwards, and with any step it does not matter whether that is written with its sign. A last frame that the
+/// step does not hit is left out. Failures name the part that is wrong.
 Outcome parseFrameRanges(std::string const& text, std::vector<FrameRange>& ranges);
 
-/// Gives ranges to the end their last frame, and all frames when there are no ranges. Failures name the first part that is
-/// not among the first `frameCount` frames.
+/// Gives ranges to the end their last frame, and all frames when there are no ranges. Failures name the first part that
+/// is not among the first `frameCount` frames.
 Outcome fitFrameRanges(std::vector<FrameRange>& ranges, int64 frameCount);
 
 /// How many frames the ranges have together.

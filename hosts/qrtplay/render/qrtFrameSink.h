@@ -14,8 +14,8 @@
 
 namespace qrtplay {
 
-/// Where rendered frames go, in the order of playing. Encoding runs beside the caller, so that what becomes of a frame is
-/// known later.
+/// Where rendered frames go, in the order of playing. Encoding runs beside the caller, so that what becomes of a frame
+/// is known later.
 ///
 /// Threading: one thread.
 class FrameSink {
@@ -40,8 +40,8 @@ public:
 
 /// A file a frame; there is none for missing frames.
 [[nodiscard]] std::unique_ptr<FrameSink> makeImageSink(OutputPattern const& output, int quality);
-/// One movie. For a missing frame the one before is repeated, so that what follows keeps its time; before the first frame
-/// it is black. Nothing is left of a movie that is not finished.
+/// One movie. For a missing frame the one before is repeated, so that what follows keeps its time; before the first
+/// frame it is black. Nothing is left of a movie that is not finished.
 Outcome makeMovieSink(std::string const& path, MovieSettings const& settings, std::unique_ptr<FrameSink>& sink);
 /// Takes frames and keeps nothing.
 [[nodiscard]] std::unique_ptr<FrameSink> makeNullSink();

@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "foundation/core/qrtRational.h"
 #include "base/qrtExactTime.h"
 #include "base/qrtKit.h"
 #include "base/qrtOutcome.h"
 #include "base/qrtPixelBlock.h"
+#include "foundation/core/qrtRational.h"
 #include "render/qrtFrameRange.h"
 
 namespace qrtplay {

@@ -8,8 +8,8 @@
 
 namespace qrtplay {
 
-/// What `info` prints: a table for people, or one JSON object in a line. `problems`: of each media of the timeline, empty
-/// when it can be read.
+/// What `info` prints: a table for people, or one JSON object in a line. `problems`: of each media of the timeline,
+/// empty when it can be read.
 [[nodiscard]] std::string mediaTable(std::string const& path, MediaInfo const& info);
 [[nodiscard]] std::string mediaJson(std::string const& path, MediaInfo const& info);
 [[nodiscard]] std::string timelineTable(std::string const& path, Timeline const& timeline,

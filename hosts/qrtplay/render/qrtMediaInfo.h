@@ -24,7 +24,7 @@ struct MediaInfo {
     std::string container;  ///< in FFmpeg's words, such as "QuickTime / MOV"
     int64 bytes = 0;        ///< 0: not a single file
     ExactTime duration;
-    std::string timecode;   ///< of the first frame as the file states it; empty when it does not
+    std::string timecode;  ///< of the first frame as the file states it; empty when it does not
     std::optional<VideoFacts> video;
     std::vector<Sound> sounds;
 };

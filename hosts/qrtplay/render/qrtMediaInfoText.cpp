@@ -1,9 +1,9 @@
 #include <QString>
 
-#include "render/qrtInfoText.h"
-#include "render/qrtJsonText.h"
 #include "playback/qrtPreparedInput.h"
 #include "playback/qrtTimecode.h"
+#include "render/qrtInfoText.h"
+#include "render/qrtJsonText.h"
 
 namespace qrtplay {
 
@@ -84,7 +84,8 @@ std::string mediaJson(std::string const& path, MediaInfo const& info) {
         json.add("range", nameOrUnknown(av_color_range_name(video.colour.range)));
         json.add("primaries", nameOrUnknown(av_color_primaries_name(video.colour.primaries)));
         json.add("transfer", nameOrUnknown(av_color_transfer_name(video.colour.transfer))).endObject();
-        json.add("rotation", video.clockwiseQuarterTurns * degreesOfAQuarter).add("mirrored", video.isFlippedHorizontally);
+        json.add("rotation", video.clockwiseQuarterTurns * degreesOfAQuarter)
+            .add("mirrored", video.isFlippedHorizontally);
         json.endObject();
     } else {
         json.addNull("video");

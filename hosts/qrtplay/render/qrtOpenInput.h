@@ -5,13 +5,13 @@
 #include <string>
 #include <vector>
 
-#include "foundation/core/qrtRational.h"
 #include "base/qrtKit.h"
 #include "base/qrtOutcome.h"
+#include "foundation/core/qrtRational.h"
 #include "input/qrtPlayInput.h"
+#include "playback/qrtPlaySettings.h"
 #include "render/qrtConsole.h"
 #include "render/qrtFrameSource.h"
-#include "playback/qrtPlaySettings.h"
 
 namespace qrtplay {
 
@@ -24,8 +24,8 @@ struct InputFacts {
     std::vector<std::string> warnings;
 };
 
-/// Looks at what is to be played; needs no OpenGL. Failures name what is wrong and set `status` to what the program ends
-/// with for it.
+/// Looks at what is to be played; needs no OpenGL. Failures name what is wrong and set `status` to what the program
+/// ends with for it.
 Outcome describeInput(PlayInput const& input, PlaySettings const& settings, InputFacts& facts, ExitStatus& status);
 
 /// What the program ends with for a failure to open.

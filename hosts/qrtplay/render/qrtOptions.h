@@ -9,10 +9,10 @@
 #include "base/qrtOutcome.h"
 #include "encode/qrtOutputFormat.h"
 #include "input/qrtPlayInput.h"
-#include "render/qrtFrameRange.h"
-#include "render/qrtOutputPattern.h"
 #include "playback/qrtPlaySettings.h"
 #include "player/qrtPlayParams.h"
+#include "render/qrtFrameRange.h"
+#include "render/qrtOutputPattern.h"
 
 namespace qrtplay {
 
@@ -62,7 +62,7 @@ struct ViewOptions {
     bool isMuted = false;
     std::optional<PlayParams::PlayMode> mode;
     std::string screenshot;  ///< a file to write a picture of the window to, which then ends; empty: none
-    QStringList words;  ///< the whole command line
+    QStringList words;       ///< the whole command line
 };
 
 /// What the user wants.

@@ -50,7 +50,8 @@ Outcome parseOcio(CommandLine const& line, OcioSettings& ocio) {
 }  // namespace
 
 CommandSyntax::Option allowPathOption() {
-    return {"allow-path", "DIR", "A timeline may take media from this folder only; can be repeated. Anywhere without it."};
+    return {"allow-path", "DIR",
+            "A timeline may take media from this folder only; can be repeated. Anywhere without it."};
 }
 
 CommandSyntax::Option frameRateOption() {

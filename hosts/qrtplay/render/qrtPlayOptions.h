@@ -15,8 +15,8 @@ namespace qrtplay {
 /// How the engine is used.
 [[nodiscard]] CommandSyntax::Group playerOptions();
 
-/// Reads what a command line says of the frame rate and of both groups into `play`; what it does not say stays as it is.
-/// Failures name the option.
+/// Reads what a command line says of the frame rate and of both groups into `play`; what it does not say stays as it
+/// is. Failures name the option.
 Outcome parsePlayOptions(CommandLine const& line, PlaySettings& play);
 
 }  // namespace qrtplay

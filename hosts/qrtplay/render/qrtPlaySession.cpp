@@ -33,8 +33,8 @@ Outcome PlaySession::start(FrameRange const& range) {
     const int64 first = std::min(range.first, range.last);
     const int64 last = std::max(range.first, range.last);
     const auto params = m_player->parameters(first, last, range.first, range.step, PlayParams::single);
-    return outcomeOf(m_player->player().startProducing(params), "frames " + std::to_string(range.first) + "-" +
-                                                                    std::to_string(range.last) + " cannot be played");
+    return outcomeOf(m_player->player().startProducing(params),
+                     "frames " + std::to_string(range.first) + "-" + std::to_string(range.last) + " cannot be played");
 }
 
 void PlaySession::stop() {

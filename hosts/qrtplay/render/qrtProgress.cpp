@@ -28,7 +28,10 @@ double Progress::steadySeconds() {
 }
 
 Progress::Progress(std::ostream& stream, bool isTerminal, int64 totalFrames, Clock clock)
-    : m_stream(stream), m_isTerminal(isTerminal), m_total(std::max<int64>(1, totalFrames)), m_clock(std::move(clock)),
+    : m_stream(stream),
+      m_isTerminal(isTerminal),
+      m_total(std::max<int64>(1, totalFrames)),
+      m_clock(std::move(clock)),
       m_begin(m_clock()) {}
 
 void Progress::update(int64 done) {
@@ -57,8 +60,8 @@ void Progress::writeLine(int64 done) {
     const int64 tenths = done * parts / m_total;
     if (tenths <= m_tenthsWritten) return;
     m_tenthsWritten = tenths;
-    m_stream << "qrtplay: " << done << " of " << m_total << " frames, "
-             << speedAndRest(done, m_total, elapsedSeconds()) << std::endl;
+    m_stream << "qrtplay: " << done << " of " << m_total << " frames, " << speedAndRest(done, m_total, elapsedSeconds())
+             << std::endl;
 }
 
 void Progress::clear() {

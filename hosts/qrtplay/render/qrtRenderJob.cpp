@@ -61,7 +61,8 @@ std::vector<float> RenderJob::soundOfNextFrame() {
 }
 
 void RenderJob::tellResults() {
-    for (std::string const& warning : m_source.takeWarnings()) m_report.warn(warning);
+    for (std::string const& warning : m_source.takeWarnings())
+        m_report.warn(warning);
     for (WriteResult const& result : m_sink.takeResults()) {
         if (result.failed())
             m_report.failed(result.frame, "frame " + std::to_string(result.frame) + ": " + result.failure);

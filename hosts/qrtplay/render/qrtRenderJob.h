@@ -21,7 +21,10 @@ public:
     using IsInterrupted = std::function<bool()>;
 
     RenderJob(FrameSource& source, FrameSink& sink, RenderReport& report, IsInterrupted isInterrupted)
-        : m_source(source), m_sink(sink), m_report(report), m_isInterrupted(std::move(isInterrupted)),
+        : m_source(source),
+          m_sink(sink),
+          m_report(report),
+          m_isInterrupted(std::move(isInterrupted)),
           m_sound(source.rate()) {}
 
     /// `loops`: how many times the ranges are played.

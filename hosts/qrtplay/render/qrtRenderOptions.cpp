@@ -41,33 +41,34 @@ Examples:
 )";
 
 CommandSyntax renderSyntax() {
-    return {"render",
-            "Renders frames of media files, image sequences and timelines into image files or a movie. Several FILEs are\n"
-            "played one after the other.",
-            "FILE... --output PATTERN [options]",
-            1,
-            anyNumberOfFiles,
-            {
-                {"What is rendered",
-                 {{"frames", "RANGES", "Which frames, see below; all without it."},
-                  frameRateOption(),
-                  {"loop", "N", "Plays it N times and tells how the memory grows; with --no-output."},
-                  allowPathOption()}},
-                {"What is written",
-                 {{"output", "PATTERN", "The files to write, see below."},
-                  {"no-output", "", "Plays without writing anything."},
-                  {"depth", "BITS", "Bits per channel: 8 or 16 for PNG, TIFF and movies, 16f or 32f for EXR."},
-                  {"quality", "Q", "Of JPEG (90) and H.264 (64): 1 to 100."},
-                  {"codec", "CODEC", "Of a movie: h264, prores or ffv1."},
-                  {"no-sound", "", "Leaves the sound out of a movie."},
-                  {"skip-existing", "", "Leaves out frames whose file is there, and a movie that is there."},
-                  {"dry-run", "", "Says what would be written, and writes nothing. Needs no OpenGL."}}},
-                pictureOptions(),
-                playerOptions(),
-                {"Report",
-                 {{"json", "", "One JSON object a line on standard output for everything that happens, a summary last."}}},
-            },
-            examples};
+    return {
+        "render",
+        "Renders frames of media files, image sequences and timelines into image files or a movie. Several FILEs are\n"
+        "played one after the other.",
+        "FILE... --output PATTERN [options]",
+        1,
+        anyNumberOfFiles,
+        {
+            {"What is rendered",
+             {{"frames", "RANGES", "Which frames, see below; all without it."},
+              frameRateOption(),
+              {"loop", "N", "Plays it N times and tells how the memory grows; with --no-output."},
+              allowPathOption()}},
+            {"What is written",
+             {{"output", "PATTERN", "The files to write, see below."},
+              {"no-output", "", "Plays without writing anything."},
+              {"depth", "BITS", "Bits per channel: 8 or 16 for PNG, TIFF and movies, 16f or 32f for EXR."},
+              {"quality", "Q", "Of JPEG (90) and H.264 (64): 1 to 100."},
+              {"codec", "CODEC", "Of a movie: h264, prores or ffv1."},
+              {"no-sound", "", "Leaves the sound out of a movie."},
+              {"skip-existing", "", "Leaves out frames whose file is there, and a movie that is there."},
+              {"dry-run", "", "Says what would be written, and writes nothing. Needs no OpenGL."}}},
+            pictureOptions(),
+            playerOptions(),
+            {"Report",
+             {{"json", "", "One JSON object a line on standard output for everything that happens, a summary last."}}},
+        },
+        examples};
 }
 
 /// Options that say how files are written make no sense without files.
@@ -88,11 +89,13 @@ Outcome parseFormat(CommandLine const& line, RenderOptions& render) {
     FormatWishes wishes;
     if (line.has("depth")) {
         wishes.depth = depthOf(line.value("depth"));
-        if (!wishes.depth) return Outcome::failure("--depth '" + line.value("depth") + "': has to be 8, 16, 16f or 32f");
+        if (!wishes.depth)
+            return Outcome::failure("--depth '" + line.value("depth") + "': has to be 8, 16, 16f or 32f");
     }
     if (line.has("codec")) {
         wishes.codec = videoCodecOf(line.value("codec"));
-        if (!wishes.codec) return Outcome::failure("--codec '" + line.value("codec") + "': has to be h264, prores or ffv1");
+        if (!wishes.codec)
+            return Outcome::failure("--codec '" + line.value("codec") + "': has to be h264, prores or ffv1");
     }
     constexpr int best = 100;
     if (Outcome outcome = line.number("quality", 1, best, wishes.quality); outcome.failed()) return outcome;
@@ -125,7 +128,8 @@ Outcome parseRender(QStringList const& arguments, Options& options) {
     options.command = Options::Command::render;
     render.input.files = line.files();
     render.input.allowPaths = line.values("allow-path");
-    for (const QString& word : arguments) render.words.push_back(word.toStdString());
+    for (const QString& word : arguments)
+        render.words.push_back(word.toStdString());
     if (Outcome outcome = parseOutput(line, render); outcome.failed()) return outcome;
     if (Outcome outcome = parsePlayOptions(line, render.play); outcome.failed()) return outcome;
     render.play.depth = render.format.depth;

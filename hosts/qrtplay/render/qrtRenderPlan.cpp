@@ -42,7 +42,8 @@ Outcome planRender(RenderOptions const& options, int64 frameCount, RenderPlan& p
                                 "': has no place for the number of more than one frame; add '####'");
     planned.isWholeMovieThere = isMovieOutput && options.skipExisting && isWritten(options.output.text());
     if (options.skipExisting && options.hasOutput && !isMovieOutput) {
-        for (FrameRange const& range : planned.asked) addMissing(range, options.output, planned);
+        for (FrameRange const& range : planned.asked)
+            addMissing(range, options.output, planned);
     } else if (!planned.isWholeMovieThere) {
         planned.frames = planned.asked;
     }

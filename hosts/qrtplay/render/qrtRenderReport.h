@@ -29,23 +29,20 @@ struct RunFacts {
 
 /// How the memory has grown over a looped run.
 struct LoopMemory {
-    int64 loops = 0;  ///< 0: not a looped run
+    int64 loops = 0;      ///< 0: not a looped run
     int64 firstLoop = 0;  ///< resident bytes at the end of the first loop ...
     int64 end = 0;        ///< ... and of the last one
 };
 
-/// Tells what becomes of a run of `render`: people on standard error (and one line on standard output at the end), programs
-/// as one JSON object a line on standard output, where people then get nothing. The objects have a member "event":
+/// Tells what becomes of a run of `render`: people on standard error (and one line on standard output at the end),
+/// programs as one JSON object a line on standard output, where people then get nothing. The objects have a member
+/// "event":
 ///
-///     start        version, inputs, output (null: none), codec (null: images), depth, width, height, rate, frames, sound
-///     frame        frame, path (null: not written), done, total, seconds (since the start)
-///     skipped      frame, path
-///     failed       frame, message
-///     warning      message
-///     loop         loop, resident_bytes
-///     interrupted  done, total, resume (a command line)
-///     error        message: why the run ended
-///     summary      exit, total, written, skipped, failed, seconds, frames_per_second, cache_hits, on_demand, output
+///     start        version, inputs, output (null: none), codec (null: images), depth, width, height, rate, frames,
+///     sound frame        frame, path (null: not written), done, total, seconds (since the start) skipped      frame,
+///     path failed       frame, message warning      message loop         loop, resident_bytes interrupted  done,
+///     total, resume (a command line) error        message: why the run ended summary      exit, total, written,
+///     skipped, failed, seconds, frames_per_second, cache_hits, on_demand, output
 ///                  and, of a looped run, loops, resident_bytes_first_loop, resident_bytes
 ///
 /// `summary` comes last, whatever happened.

@@ -20,9 +20,9 @@ namespace qrtplay {
 
 namespace {
 
-constexpr std::array decoderNames{"h264",  "hevc", "av1",  "vp9", "mpeg2video", "mpeg4", "prores", "dnxhd",  "ffv1",
-                                  "mjpeg", "png",  "tiff", "exr", "dpx",        "aac",   "mp3",    "flac",   "opus",
-                                  "vorbis", "ac3", "pcm_s16le", "pcm_s24le"};
+constexpr std::array decoderNames{"h264", "hevc",  "av1",    "vp9",  "mpeg2video", "mpeg4",    "prores", "dnxhd",
+                                  "ffv1", "mjpeg", "png",    "tiff", "exr",        "dpx",      "aac",    "mp3",
+                                  "flac", "opus",  "vorbis", "ac3",  "pcm_s16le",  "pcm_s24le"};
 
 struct Check {
     std::string name;
@@ -53,7 +53,8 @@ int largestDifference(PixelBlock const& a, PixelBlock const& b) {
     if (a.empty() || a.width != b.width || a.height != b.height || a.format != b.format) return incomparable;
     int largest = 0;
     for (int y = 0; y < a.height; ++y)
-        for (size_t i = 0; i < a.strideInBytes(); ++i) largest = std::max(largest, std::abs(a.row(y)[i] - b.row(y)[i]));
+        for (size_t i = 0; i < a.strideInBytes(); ++i)
+            largest = std::max(largest, std::abs(a.row(y)[i] - b.row(y)[i]));
     return largest;
 }
 
@@ -77,10 +78,12 @@ Check checkSound(FrameSource& source) {
     const std::vector<float> expected = SelfTestMovie::sound();
     std::vector<float> heard;
     const auto count = static_cast<int64>(expected.size() / 2);
-    if (Outcome outcome = source.readSound(0, count, heard); outcome.failed()) return {"sound", false, outcome.message()};
+    if (Outcome outcome = source.readSound(0, count, heard); outcome.failed())
+        return {"sound", false, outcome.message()};
     if (heard.size() != expected.size()) return {"sound", false, "another number of samples than asked for"};
     float largest = 0;
-    for (size_t i = 0; i < expected.size(); ++i) largest = std::max(largest, std::abs(heard[i] - expected[i]));
+    for (size_t i = 0; i < expected.size(); ++i)
+        largest = std::max(largest, std::abs(heard[i] - expected[i]));
     constexpr float rounding = 1e-6F;  // of 24 bits
     return {"sound", largest <= rounding,
             QString("%1 samples, largest difference %2").arg(count).arg(static_cast<double>(largest)).toStdString()};
@@ -109,7 +112,8 @@ std::vector<Check> runChecks() {
     if (Outcome outcome = SelfTestMovie::write(path); outcome.failed())
         return {{"writing a movie", false, outcome.message()}};
     std::vector<Check> checks{{"writing a movie", true, "FFV1 and PCM in Matroska"}};
-    for (const bool ram : {false, true}) checkDelivery(path, ram, checks);
+    for (const bool ram : {false, true})
+        checkDelivery(path, ram, checks);
     return checks;
 }
 
@@ -122,7 +126,8 @@ void printTable(OpenGlNames const& opengl, std::vector<Check> const& checks) {
     std::cout << "OpenGL    " << opengl.version << ", " << opengl.renderer << " (" << opengl.vendor << ")\n";
     std::string present;
     std::string missing;
-    for (char const* const name : decoderNames) (hasDecoder(name) ? present : missing) += std::string(" ") + name;
+    for (char const* const name : decoderNames)
+        (hasDecoder(name) ? present : missing) += std::string(" ") + name;
     std::cout << "decoders " << present << "\n";
     if (!missing.empty()) std::cout << "missing  " << missing << "\n";
     for (Check const& check : checks)

@@ -28,7 +28,8 @@ std::string quoted(std::string const& word) {
 
 std::string shellCommand(std::vector<std::string> const& words) {
     std::string line;
-    for (std::string const& word : words) line += (line.empty() ? "" : " ") + quoted(word);
+    for (std::string const& word : words)
+        line += (line.empty() ? "" : " ") + quoted(word);
     return line;
 }
 

@@ -2,8 +2,8 @@
 
 #include <vector>
 
-#include "foundation/core/qrtRational.h"
 #include "base/qrtKit.h"
+#include "foundation/core/qrtRational.h"
 #include "render/qrtFrameRange.h"
 
 namespace qrtplay {
@@ -33,9 +33,9 @@ private:
     [[nodiscard]] int64 sampleOf(int64 frame) const;
 
     const Rational m_rate;
-    int64 m_position = 0;      // of the next frame in the movie
-    int64 m_rangeBegin = 0;    // first sample of the range in what is played ...
-    int64 m_movieBegin = 0;    // ... and in the movie
+    int64 m_position = 0;    // of the next frame in the movie
+    int64 m_rangeBegin = 0;  // first sample of the range in what is played ...
+    int64 m_movieBegin = 0;  // ... and in the movie
 };
 
 }  // namespace qrtplay

@@ -1,8 +1,8 @@
 #include <QString>
 
+#include "playback/qrtTimecode.h"
 #include "render/qrtInfoText.h"
 #include "render/qrtJsonText.h"
-#include "playback/qrtTimecode.h"
 
 namespace qrtplay {
 
@@ -80,7 +80,8 @@ std::string timelineTable(std::string const& path, Timeline const& timeline, std
     table += row("timecode", clockText(timeline.clockStart(), timeline.rate()));
     for (TrackView const& track : timeline.tracks()) {
         table += "\n" + std::string(nameOf(track.kind)) + " track " + track.name + "\n";
-        for (TrackItem const& item : track.items) table += itemRow(item, timeline);
+        for (TrackItem const& item : track.items)
+            table += itemRow(item, timeline);
     }
     if (!timeline.markers().empty()) table += "\nmarkers\n";
     for (Marker const& marker : timeline.markers())
@@ -90,7 +91,8 @@ std::string timelineTable(std::string const& path, Timeline const& timeline, std
     for (size_t i = 0; i < timeline.media().size(); ++i)
         table += "  " + timeline.media()[i].text() + (problems[i].empty() ? "" : "  PROBLEM: " + problems[i]) + "\n";
     if (!timeline.warnings().empty()) table += "\nwarnings\n";
-    for (std::string const& warning : timeline.warnings()) table += "  " + warning + "\n";
+    for (std::string const& warning : timeline.warnings())
+        table += "  " + warning + "\n";
     return table;
 }
 
@@ -98,17 +100,23 @@ std::string timelineJson(std::string const& path, Timeline const& timeline, std:
     JsonText json;
     json.beginObject().add("kind", "timeline").add("path", path).add("name", timeline.name());
     json.add("rate", fractionText(timeline.rate())).add("frames", timeline.frameCount());
-    json.add("seconds", timeline.duration().seconds()).add("timecode", clockText(timeline.clockStart(), timeline.rate()));
+    json.add("seconds", timeline.duration().seconds())
+        .add("timecode", clockText(timeline.clockStart(), timeline.rate()));
     json.beginArray("tracks");
     for (TrackView const& track : timeline.tracks()) {
         json.beginObject().add("kind", nameOf(track.kind)).add("name", track.name).beginArray("items");
-        for (TrackItem const& item : track.items) addItem(json, item, timeline);
+        for (TrackItem const& item : track.items)
+            addItem(json, item, timeline);
         json.endArray().endObject();
     }
     json.endArray().beginArray("media");
     for (size_t i = 0; i < timeline.media().size(); ++i) {
         MediaReference const& media = timeline.media()[i];
-        json.beginObject().add("text", media.text()).add("kind", nameOf(media.kind)).add("problem", problems[i]).endObject();
+        json.beginObject()
+            .add("text", media.text())
+            .add("kind", nameOf(media.kind))
+            .add("problem", problems[i])
+            .endObject();
     }
     json.endArray().beginArray("generators");
     for (Generator const& generator : timeline.generators())

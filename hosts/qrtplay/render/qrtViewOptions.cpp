@@ -22,28 +22,29 @@ Examples:
 )";
 
 CommandSyntax viewSyntax() {
-    return {"view",
-            "Shows media files, image sequences or a timeline in a window. Several FILEs are played one after the other.\n"
-            "The word 'view' may be left out.",
-            "[FILE...] [options]",
-            0,
-            anyNumberOfFiles,
-            {
-                {"What is shown",
-                 {{"start", "FRAME", "Begins at this frame; frames are numbered from 0."},
-                  {"play", "", "Plays at once."},
-                  {"loop", "", "Begins again at the end."},
-                  {"ping-pong", "", "Turns round at the ends."},
-                  {"full-screen", "", "Shows nothing but the picture."},
-                  {"every-frame", "", "Shows every frame, however late; without it late ones are skipped."},
-                  {"mute", "", "Without sound."},
-                  {"screenshot", "PNG", "Writes a picture of the window (after two seconds with --play) and ends."},
-                  frameRateOption(),
-                  allowPathOption()}},
-                pictureOptions(),
-                playerOptions(),
-            },
-            examples};
+    return {
+        "view",
+        "Shows media files, image sequences or a timeline in a window. Several FILEs are played one after the other.\n"
+        "The word 'view' may be left out.",
+        "[FILE...] [options]",
+        0,
+        anyNumberOfFiles,
+        {
+            {"What is shown",
+             {{"start", "FRAME", "Begins at this frame; frames are numbered from 0."},
+              {"play", "", "Plays at once."},
+              {"loop", "", "Begins again at the end."},
+              {"ping-pong", "", "Turns round at the ends."},
+              {"full-screen", "", "Shows nothing but the picture."},
+              {"every-frame", "", "Shows every frame, however late; without it late ones are skipped."},
+              {"mute", "", "Without sound."},
+              {"screenshot", "PNG", "Writes a picture of the window (after two seconds with --play) and ends."},
+              frameRateOption(),
+              allowPathOption()}},
+            pictureOptions(),
+            playerOptions(),
+        },
+        examples};
 }
 
 /// A word that is neither a file nor looks like one was meant for a command.

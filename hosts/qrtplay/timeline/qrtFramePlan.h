@@ -29,13 +29,13 @@ struct FrameNode {
 
 /// A stretch of sound of one media, to be added to the output with a gain.
 struct SoundSpan {
-    size_t media = 0;        ///< index into `Timeline::media()`
-    int64 firstSample = 0;   ///< on the output's sample grid, from the beginning of the timeline on
+    size_t media = 0;       ///< index into `Timeline::media()`
+    int64 firstSample = 0;  ///< on the output's sample grid, from the beginning of the timeline on
     int64 sampleCount = 0;
-    ExactTime time;          ///< of the first sample, from the source's first frame on
-    ExactTime speed{1, 1};   ///< source seconds per second of output; negative plays backwards
-    double gainFrom = 1;     ///< of the first sample ...
-    double gainTo = 1;       ///< ... changing linearly up to this of the sample after the last
+    ExactTime time;         ///< of the first sample, from the source's first frame on
+    ExactTime speed{1, 1};  ///< source seconds per second of output; negative plays backwards
+    double gainFrom = 1;    ///< of the first sample ...
+    double gainTo = 1;      ///< ... changing linearly up to this of the sample after the last
 
     [[nodiscard]] bool operator==(SoundSpan const&) const noexcept = default;
 };

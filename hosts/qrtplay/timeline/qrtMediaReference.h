@@ -3,9 +3,9 @@
 #include <optional>
 #include <string>
 
-#include "foundation/core/qrtRational.h"
 #include "base/qrtExactTime.h"
 #include "base/qrtKit.h"
+#include "foundation/core/qrtRational.h"
 
 namespace qrtplay {
 
@@ -32,9 +32,9 @@ struct MediaReference {
     enum class Kind { file, image_sequence, missing };
 
     Kind kind = Kind::missing;
-    std::string path;           ///< of a file
-    ImageSequenceName images;   ///< of an image sequence
-    std::string name;           ///< what people call it: the file's name, or the clip's when none is known
+    std::string path;          ///< of a file
+    ImageSequenceName images;  ///< of an image sequence
+    std::string name;          ///< what people call it: the file's name, or the clip's when none is known
 
     /// What a person looks for when it is not there: the path, the pattern or the name.
     [[nodiscard]] std::string text() const;

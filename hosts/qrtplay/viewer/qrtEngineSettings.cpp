@@ -154,8 +154,8 @@ EngineSettings::Result EngineSettings::carryOut(std::function<Status(TimelinePla
     const QString words = status.toString().c_str();
     if (status == Status::not_while_producing && m_playback.isPlaying())
         return {"Not while playing: " + words + ". Pause first."};
-    return {"The player refuses this: " + words + ".", mayLose && !(status == Status::not_while_producing) &&
-                                                           !(status == Status::invalid_argument)};
+    return {"The player refuses this: " + words + ".",
+            mayLose && !(status == Status::not_while_producing) && !(status == Status::invalid_argument)};
 }
 
 Outcome EngineSettings::check(PlaySettings const& present, PlaySettings const& wanted) const {
@@ -173,8 +173,8 @@ Outcome EngineSettings::check(PlaySettings const& present, PlaySettings const& w
     PlaySettings complete = wanted;
     for (KnownPreference const& known : knownPreferences()) {
         if (!(complete.*known.member) || !fixedBy(*known.name).isEmpty())
-            complete.*known.member = fixedBy(*known.name).isEmpty() ? defaultPreference(*known.name)
-                                                                    : preference(*known.name);
+            complete.*known.member =
+                fixedBy(*known.name).isEmpty() ? defaultPreference(*known.name) : preference(*known.name);
     }
     return checkFrames(size, complete, largestFrameSide());
 }

@@ -68,7 +68,10 @@ Control* named(Control* control, char const* objectName, QString const& accessib
 }  // namespace
 
 ExportDialog::ExportDialog(ExportJob job, QString program, QString folder, QWidget* parent)
-    : QDialog(parent), m_job(std::move(job)), m_program(std::move(program)), m_folder(std::move(folder)),
+    : QDialog(parent),
+      m_job(std::move(job)),
+      m_program(std::move(program)),
+      m_folder(std::move(folder)),
       m_process(new ExportProcess(this)) {
     setWindowTitle("Export");
     setModal(false);
@@ -262,8 +265,9 @@ bool ExportDialog::asksToReplace() {
     m_question = Question::replace;
     m_replaceText = wanted.fileName() + " is there already. \"Replace\" writes it anew.";
     if (m_job.frameCount() > 1 && !wanted.isMovie())
-        m_replaceText = QString("%1 of the %2 %3 there already. \"Replace\" writes them anew; \"Only missing frames\" "
-                                "keeps them.")
+        m_replaceText = QString(
+                            "%1 of the %2 %3 there already. \"Replace\" writes them anew; \"Only missing frames\" "
+                            "keeps them.")
                             .arg(existing)
                             .arg(framesText(m_job.frameCount()), existing == 1 ? "is" : "are");
     return true;
@@ -332,10 +336,7 @@ void ExportDialog::noteEnd() {
     QString text = summary.text;
     for (QString const& warning : m_process->report().warnings())
         text += "\nNote: " + warning;
-    conclude(summary.success, text,
-             summary.success              ? Tone::good
-             : m_process->isCancelled() ? Tone::plain
-                                          : Tone::bad);
+    conclude(summary.success, text, summary.success ? Tone::good : m_process->isCancelled() ? Tone::plain : Tone::bad);
 }
 
 void ExportDialog::conclude(bool success, QString const& text, Tone tone) {

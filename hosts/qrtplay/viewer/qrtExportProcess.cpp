@@ -86,15 +86,15 @@ void ExportProcess::readErrors() {
 void ExportProcess::noteError(QProcess::ProcessError error) {
     if (error != QProcess::FailedToStart) return;  // all others end the process, which is told by itself
     m_end.how = ExportEnd::How::not_started;
-    m_end.errorText = QString("The export could not begin: the program %1 is missing or may not be run.")
-                          .arg(m_process.program());
+    m_end.errorText =
+        QString("The export could not begin: the program %1 is missing or may not be run.").arg(m_process.program());
     finish();
 }
 
 void ExportProcess::noteEnd(int status, QProcess::ExitStatus how) {
     readErrors();
     readOutput();
-    m_end.how = m_isKilled                    ? ExportEnd::How::killed
+    m_end.how = m_isKilled                   ? ExportEnd::How::killed
                 : how == QProcess::CrashExit ? ExportEnd::How::crashed
                                              : ExportEnd::How::by_itself;
     m_end.status = status;

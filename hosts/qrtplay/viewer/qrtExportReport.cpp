@@ -78,8 +78,9 @@ private:
     void tellFailedFrames() {
         m_summary.hasWritten = m_target.isMovie() || m_report.written() > 0;
         if (m_target.isMovie())
-            m_summary.text = QString("The movie %1 is exported, but %2 of %3 could not be had. Each of them repeats "
-                                     "the frame before it.")
+            m_summary.text = QString(
+                                 "The movie %1 is exported, but %2 of %3 could not be had. Each of them repeats "
+                                 "the frame before it.")
                                  .arg(m_target.output)
                                  .arg(m_report.failed())
                                  .arg(framesText(m_report.total()));
@@ -91,8 +92,9 @@ private:
     void tellCancelled() {
         m_summary.text = m_end.wasCancelled ? "Cancelled." : "The export was interrupted.";
         if (m_end.how == ExportEnd::How::killed) {
-            m_summary.text = "Cancelled. The export did not answer and was stopped. It may have left a file behind "
-                             "that has six random letters after its name; that can be deleted.";
+            m_summary.text =
+                "Cancelled. The export did not answer and was stopped. It may have left a file behind "
+                "that has six random letters after its name; that can be deleted.";
         }
         tellWhatIsThere();
     }
@@ -115,8 +117,9 @@ private:
         if (there == 0)
             m_summary.text += " No frame was written.";
         else
-            m_summary.text += QString(" %1 of %2 %3 there, each of them whole. Export with \"Only missing frames\" to "
-                                      "do the others.")
+            m_summary.text += QString(
+                                  " %1 of %2 %3 there, each of them whole. Export with \"Only missing frames\" to "
+                                  "do the others.")
                                   .arg(there)
                                   .arg(framesText(m_report.total() + m_report.skipped()), there == 1 ? "is" : "are");
     }

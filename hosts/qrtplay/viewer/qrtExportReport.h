@@ -59,9 +59,9 @@ struct ExportEnd {
 
 /// What became of an export, for its user.
 struct ExportSummary {
-    bool success = false;  ///< all is there
+    bool success = false;     ///< all is there
     bool hasWritten = false;  ///< something is there
-    bool canGoOn = false;  ///< another run with `onlyMissing` does the rest
+    bool canGoOn = false;     ///< another run with `onlyMissing` does the rest
     QString text;
 };
 

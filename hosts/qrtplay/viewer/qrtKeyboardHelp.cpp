@@ -47,7 +47,8 @@ QString keyboardHelp() {
         html += row(keysOf(entry), entry.toolTip);
     }
     html += "<tr><td colspan='2'><h3>Mouse</h3></td></tr>";
-    for (MouseUse const& use : mouseUses) html += row(use.what, use.does);
+    for (MouseUse const& use : mouseUses)
+        html += row(use.what, use.does);
     return html + "</table>";
 }
 

@@ -57,8 +57,8 @@ private:
 
     const std::shared_ptr<Inbox> m_inbox;
     QStringList m_lines;
-    int m_shown = 0;      // of the kept lines; counts those that a pause holds back too
-    int m_heldBack = 0;   // the last ones, come during a pause
+    int m_shown = 0;     // of the kept lines; counts those that a pause holds back too
+    int m_heldBack = 0;  // the last ones, come during a pause
     bool m_isPaused = false;
     QString m_failure;
     QLineEdit* m_filter;

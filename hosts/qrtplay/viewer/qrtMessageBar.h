@@ -16,8 +16,8 @@ class MessageBar final : public QFrame {
 
 public:
     enum class Kind { notice, failure };
-    static constexpr int mostLines = 3;           ///< of the text
-    static constexpr int mostInToolTip = 20;      ///< messages; a taller tool tip leaves the screen
+    static constexpr int mostLines = 3;       ///< of the text
+    static constexpr int mostInToolTip = 20;  ///< messages; a taller tool tip leaves the screen
 
     explicit MessageBar(QWidget* parent = nullptr);
 

@@ -27,8 +27,7 @@ struct PictureView::GlObjects {
         QSize view;
     };
 
-    explicit GlObjects(QOpenGLExtraFunctions& gl)
-        : renderer(gl), reader(gl), uploaded(gl), overlay(gl), message(gl) {}
+    explicit GlObjects(QOpenGLExtraFunctions& gl) : renderer(gl), reader(gl), uploaded(gl), overlay(gl), message(gl) {}
 
     [[nodiscard]] PictureRenderer::Picture pictureOf(VideoBuffer const& frame);
 
@@ -262,8 +261,9 @@ void PictureView::paintMessage() {
         text.view = view;
     }
     const QSize rest = view - text.texture.size();
-    m_gl->renderer.draw(pictureOf(text.texture), QRectF(QPoint(rest.width() / 2, rest.height() / 2),
-                        text.texture.size()), PictureRenderer::Enlarged::sharp);
+    m_gl->renderer.draw(pictureOf(text.texture),
+                        QRectF(QPoint(rest.width() / 2, rest.height() / 2), text.texture.size()),
+                        PictureRenderer::Enlarged::sharp);
 }
 
 void PictureView::zoomToFit() {
@@ -291,8 +291,10 @@ void PictureView::wheelEvent(QWheelEvent* event) {
     if ((turned < 0) != (m_wheelRest < 0)) m_wheelRest = 0;
     m_wheelRest += turned;
     double factor = m_zoom.factor();
-    for (; m_wheelRest >= wheelNotch; m_wheelRest -= wheelNotch) factor = PictureZoom::nextLarger(factor);
-    for (; m_wheelRest <= -wheelNotch; m_wheelRest += wheelNotch) factor = PictureZoom::nextSmaller(factor);
+    for (; m_wheelRest >= wheelNotch; m_wheelRest -= wheelNotch)
+        factor = PictureZoom::nextLarger(factor);
+    for (; m_wheelRest <= -wheelNotch; m_wheelRest += wheelNotch)
+        factor = PictureZoom::nextSmaller(factor);
     if (factor != m_zoom.factor()) zoomTo(factor, event->position() * devicePixelRatioF());
     event->accept();
 }

@@ -429,7 +429,8 @@ void Playback::showDue(Pacer::Tick const& tick, int64 now) {
     m_hasShown = true;
     const int64 wall = m_wallClock.nanoseconds();
     m_shownAt.push_back(wall);
-    while (m_shownAt.front() < wall - nanosecondsPerSecond) m_shownAt.pop_front();
+    while (m_shownAt.front() < wall - nanosecondsPerSecond)
+        m_shownAt.pop_front();
     show(frame);
     if (isLate && m_followsSound && m_policy == PacePolicy::every_frame) waitForPictures(now);
 }

@@ -29,9 +29,9 @@ struct FrameSpan {
 
 /// Plays a timeline: which frame is shown, how it goes on from there, and what is heard.
 ///
-/// Playing follows the sound where there is sound to hear (forwards at normal speed, with a device that works), else the
-/// wall clock. Frames are fetched on another thread; a newer wish overtakes an older one, and the last one is always
-/// fulfilled.
+/// Playing follows the sound where there is sound to hear (forwards at normal speed, with a device that works), else
+/// the wall clock. Frames are fetched on another thread; a newer wish overtakes an older one, and the last one is
+/// always fulfilled.
 ///
 /// A run begins when its first picture has come and its sound can be heard, and ends a frame time after its last one.
 /// What changes while playing (the range, the mode, the speed) takes effect with the next frame, on the tick that was
@@ -44,11 +44,11 @@ class Playback final : public QObject {
 
 public:
     struct Statistics {
-        Pacer::Counts counts;   ///< of the present run, or of the last one
-        double rate = 0;        ///< frames shown per second, over the last second of playing
-        int64 cacheHits = 0;    ///< since the timeline was set
-        int64 onDemand = 0;     ///< since the timeline was set
-        int64 fetchTime = 0;    ///< nanoseconds that the last frame took to fetch
+        Pacer::Counts counts;  ///< of the present run, or of the last one
+        double rate = 0;       ///< frames shown per second, over the last second of playing
+        int64 cacheHits = 0;   ///< since the timeline was set
+        int64 onDemand = 0;    ///< since the timeline was set
+        int64 fetchTime = 0;   ///< nanoseconds that the last frame took to fetch
     };
 
     /// `wallClock` and `sound` have to last longer than this; `sound` may be null, for silence.
@@ -66,8 +66,8 @@ public:
     [[nodiscard]] int step() const noexcept { return m_step; }
     /// The frame that is wanted: while playing the one shown last, else the one that was sought.
     [[nodiscard]] int64 frame() const noexcept { return m_frame; }
-    [[nodiscard]] FrameSpan whole() const noexcept;           ///< the timeline; empty (0, -1) without one
-    [[nodiscard]] FrameSpan range() const noexcept;           ///< from the in point to the out point
+    [[nodiscard]] FrameSpan whole() const noexcept;  ///< the timeline; empty (0, -1) without one
+    [[nodiscard]] FrameSpan range() const noexcept;  ///< from the in point to the out point
     [[nodiscard]] std::optional<int64> inPoint() const noexcept { return m_in; }
     [[nodiscard]] std::optional<int64> outPoint() const noexcept { return m_out; }
     [[nodiscard]] PlayParams::PlayMode mode() const noexcept { return m_mode; }
@@ -83,8 +83,8 @@ public slots:
     void play(int step);
     void pause();
     void togglePlay();
-    /// J and L: as long as the key is pressed again in one direction the speed doubles, to 8; the other direction starts
-    /// at normal speed.
+    /// J and L: as long as the key is pressed again in one direction the speed doubles, to 8; the other direction
+    /// starts at normal speed.
     void shuttle(int direction);
     /// Shows a frame, clamped into the timeline; ends playing.
     void seek(int64 frame);
@@ -164,7 +164,7 @@ private:
     std::mutex m_fetchedMutex;
     std::deque<FetchedFrame> m_fetched;       // on its way from the fetcher's thread; under m_fetchedMutex
     std::unique_ptr<FrameFetcher> m_fetcher;  // while there is a player
-    uint64 m_request = 0;  // the newest
+    uint64 m_request = 0;                     // the newest
     uint64 m_shownRequest = 0;
     std::optional<int64> m_frameOnShow;
 
@@ -184,8 +184,8 @@ private:
     std::unique_ptr<Pacer> m_pacer;  // while playing
     RunClock m_clock;
     QTimer m_timer;
-    bool m_isBegun = false;             // the first frame has been due
-    bool m_hasShown = false;            // a frame, since playing began
+    bool m_isBegun = false;              // the first frame has been due
+    bool m_hasShown = false;             // a frame, since playing began
     std::optional<FetchedFrame> m_kept;  // the pacer's next one
     int64 m_requestedAt = 0;
     int64 m_fetchTime = 0;

@@ -36,7 +36,8 @@ QString timesText(Playback const& playback, FetchedFrame const& shown) {
 QString rateWords(Playback const& playback) {
     const QString wanted = QString::fromStdString(rateText(playback.player()->rate()));
     const double real = playback.statistics().rate;
-    return QString("%1 frames/s wanted, %2 shown").arg(wanted, playback.isPlaying() ? QString::number(real, 'f', 1) : "-");
+    return QString("%1 frames/s wanted, %2 shown")
+        .arg(wanted, playback.isPlaying() ? QString::number(real, 'f', 1) : "-");
 }
 
 }  // namespace

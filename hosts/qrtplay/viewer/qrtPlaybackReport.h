@@ -8,8 +8,8 @@
 
 namespace qrtplay {
 
-/// How playing goes, for the overlay over the picture: both timecodes, frame, wanted and real rate, what was skipped and
-/// late, how frames were had, and the size and kind of the last one.
+/// How playing goes, for the overlay over the picture: both timecodes, frame, wanted and real rate, what was skipped
+/// and late, how frames were had, and the size and kind of the last one.
 [[nodiscard]] QStringList overlayLines(Playback const& playback, FrameNumbering const& numbering,
                                        FetchedFrame const& shown);
 

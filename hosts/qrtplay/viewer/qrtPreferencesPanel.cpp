@@ -90,18 +90,18 @@ void PreferencesPanel::addPicture(QVBoxLayout& column) {
         row->setRefusal("Type width x height, such as 1280x720.");
         showSettings();
     });
-    m_depth = addChoice(
-        rows, "depth", "Format", "More bits for each colour keep finer shades and take more memory.",
-        {"8-bit", "16-bit", "16-bit float", "32-bit float"},
-        [](ViewerSettings& settings, int index) { settings.play.depth = static_cast<PixelFormat>(index); });
-    m_delivery = addChoice(
-        rows, "delivery", "Delivered as", "Textures are shown as they are; memory is copied there and back first.",
-        {"Texture (VRAM)", "Memory (RAM)"},
-        [](ViewerSettings& settings, int index) { settings.play.ramOutputs = index == 1; });
-    m_scaling = addChoice(
-        rows, "scaling", "Scaling", "How a picture gets the size of the frame when the two differ.",
-        {"Fit (bars)", "Fill (cut off)", "1:1 (pixel for pixel)"},
-        [](ViewerSettings& settings, int index) { settings.play.scaling = static_cast<Scaling>(index); });
+    m_depth = addChoice(rows, "depth", "Format", "More bits for each colour keep finer shades and take more memory.",
+                        {"8-bit", "16-bit", "16-bit float", "32-bit float"}, [](ViewerSettings& settings, int index) {
+                            settings.play.depth = static_cast<PixelFormat>(index);
+                        });
+    m_delivery = addChoice(rows, "delivery", "Delivered as",
+                           "Textures are shown as they are; memory is copied there and back first.",
+                           {"Texture (VRAM)", "Memory (RAM)"},
+                           [](ViewerSettings& settings, int index) { settings.play.ramOutputs = index == 1; });
+    m_scaling =
+        addChoice(rows, "scaling", "Scaling", "How a picture gets the size of the frame when the two differ.",
+                  {"Fit (bars)", "Fill (cut off)", "1:1 (pixel for pixel)"},
+                  [](ViewerSettings& settings, int index) { settings.play.scaling = static_cast<Scaling>(index); });
 
     m_background = new ColourButton;
     m_background->setObjectName("background");
@@ -119,10 +119,9 @@ void PreferencesPanel::addLookAhead(QVBoxLayout& column) {
                              "Rendered before they are due. More of them bridge slow ones and take more memory.",
                              ViewerSettings::mostFrames,
                              [](ViewerSettings& settings, int value) { settings.play.headFrames = value; });
-    m_tailFrames = addNumber(rows, "tailFrames", "Frames behind",
-                             "Kept after they were shown, for stepping back without a wait.",
-                             ViewerSettings::mostFrames,
-                             [](ViewerSettings& settings, int value) { settings.play.tailFrames = value; });
+    m_tailFrames = addNumber(
+        rows, "tailFrames", "Frames behind", "Kept after they were shown, for stepping back without a wait.",
+        ViewerSettings::mostFrames, [](ViewerSettings& settings, int value) { settings.play.tailFrames = value; });
 }
 
 void PreferencesPanel::addMemory(QVBoxLayout& column) {

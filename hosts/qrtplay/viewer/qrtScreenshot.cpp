@@ -26,7 +26,7 @@ void write(ViewerWindow& window, QString const& path) {
 void takeScreenshot(ViewerWindow& window, QString const& path) {
     constexpr int lookMs = 50;
     constexpr int playedMs = 2000;  // long enough for the caches and the rates to have something to show
-    constexpr int drawnMs = 500;  // for the caches that are shown beside the frame
+    constexpr int drawnMs = 500;    // for the caches that are shown beside the frame
     auto* const look = new QTimer(&window);
     QObject::connect(look, &QTimer::timeout, &window, [&window, look, path] {
         const bool isReady = window.pictureView().frame() || !window.messageBar().text().isEmpty();

@@ -84,9 +84,9 @@ QString SettingRow::refusal() const {
 
 void SettingRow::setFixedBy(QString const& variable) {
     m_control->setEnabled(variable.isEmpty());
-    m_explanation->setText(variable.isEmpty() ? m_explanationText
-                                              : m_explanationText + "\nFixed by the environment variable " + variable +
-                                                    ".");
+    m_explanation->setText(variable.isEmpty()
+                               ? m_explanationText
+                               : m_explanationText + "\nFixed by the environment variable " + variable + ".");
     m_control->setToolTip(m_explanation->text());
 }
 

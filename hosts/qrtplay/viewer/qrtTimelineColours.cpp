@@ -105,9 +105,9 @@ QColor TimelineColours::marker(std::string const& name) const {
         QRgb dark;
     };
     static constexpr Named colours[] = {
-        {"RED", 0xffd32f2f, 0xffef5350},    {"PINK", 0xffd8588f, 0xfff48fb1},    {"ORANGE", 0xffe07a10, 0xffffa040},
-        {"YELLOW", 0xffc9a400, 0xfffdd835}, {"GREEN", 0xff2e9d3a, 0xff66bb6a},   {"CYAN", 0xff0097a7, 0xff26c6da},
-        {"BLUE", 0xff1f6fd0, 0xff5c9ded},   {"PURPLE", 0xff7b3fb5, 0xffa877dc},  {"MAGENTA", 0xffb3259f, 0xffe05cc9},
+        {"RED", 0xffd32f2f, 0xffef5350},    {"PINK", 0xffd8588f, 0xfff48fb1},   {"ORANGE", 0xffe07a10, 0xffffa040},
+        {"YELLOW", 0xffc9a400, 0xfffdd835}, {"GREEN", 0xff2e9d3a, 0xff66bb6a},  {"CYAN", 0xff0097a7, 0xff26c6da},
+        {"BLUE", 0xff1f6fd0, 0xff5c9ded},   {"PURPLE", 0xff7b3fb5, 0xffa877dc}, {"MAGENTA", 0xffb3259f, 0xffe05cc9},
         {"BLACK", 0xff202020, 0xff606060},  {"WHITE", 0xffb8b8b8, 0xffffffff},
     };
     const QString wanted = QString::fromStdString(name).trimmed().toUpper();

@@ -23,24 +23,24 @@ public:
     TimelineColours() = default;
     explicit TimelineColours(QPalette const& palette);
 
-    QColor ground;       ///< behind all
+    QColor ground;  ///< behind all
     QColor ruler;
-    QColor line;         ///< of small ticks and edges
-    QColor tick;         ///< of labelled ticks
+    QColor line;  ///< of small ticks and edges
+    QColor tick;  ///< of labelled ticks
     QColor label;
-    QColor track;        ///< where nothing is on it
-    QColor bar;          ///< of a cache, where it holds nothing
+    QColor track;  ///< where nothing is on it
+    QColor bar;    ///< of a cache, where it holds nothing
     QColor rendered;
     QColor decoded;
-    QColor dim;          ///< over what is not played; translucent
-    QColor range;        ///< in and out points
+    QColor dim;    ///< over what is not played; translucent
+    QColor range;  ///< in and out points
     QColor playhead;
     QColor playheadText;
     QColor playheadFrame;  ///< over the frame on show; translucent
     QColor transition;     ///< over the clips that turn into each other; translucent
     QColor transitionEdge;
-    QColor crowd;          ///< clips too narrow to tell apart
-    QColor thumb;          ///< where a scrolled view is in the whole; translucent
+    QColor crowd;  ///< clips too narrow to tell apart
+    QColor thumb;  ///< where a scrolled view is in the whole; translucent
 
     /// The same media has the same colour in every timeline.
     [[nodiscard]] ClipLook clip(TrackItem const& item, Timeline const& timeline) const;

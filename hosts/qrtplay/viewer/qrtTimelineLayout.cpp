@@ -69,9 +69,11 @@ std::pair<size_t, size_t> TimelineLayout::visibleTracks() const noexcept {
     const QRect seen = tracks();
     const size_t count = m_video + m_audio;
     size_t first = 0;
-    while (first < count && track(first).bottom() < seen.top()) ++first;
+    while (first < count && track(first).bottom() < seen.top())
+        ++first;
     size_t end = first;
-    while (end < count && track(end).top() <= seen.bottom()) ++end;
+    while (end < count && track(end).top() <= seen.bottom())
+        ++end;
     return {first, end};
 }
 

@@ -16,8 +16,8 @@ public:
     static constexpr int markerHeight = 16;
     static constexpr int lowestTrack = 20;
     static constexpr int highestTrack = 48;
-    static constexpr int trackSpace = 2;    ///< under each track
-    static constexpr int mediumSpace = 6;   ///< more between pictures and sound
+    static constexpr int trackSpace = 2;   ///< under each track
+    static constexpr int mediumSpace = 6;  ///< more between pictures and sound
 
     void setSize(QSize size) noexcept;
     void setTracks(size_t video, size_t audio, bool hasMarkers) noexcept;

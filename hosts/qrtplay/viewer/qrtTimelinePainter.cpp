@@ -117,9 +117,8 @@ void TimelinePainter::paintMarkers() {
         const int column = scale.columnOf(marker->first);
         if (column > m_scene.layout.size().width()) break;
         // Of those in one column the first one is shown.
-        const auto next = std::partition_point(marker, markers.end(), [&](SpanOfFrames const& span) {
-            return scale.columnOf(span.first) <= column;
-        });
+        const auto next = std::partition_point(
+            marker, markers.end(), [&](SpanOfFrames const& span) { return scale.columnOf(span.first) <= column; });
         const bool isLast = next == markers.end();
         paintMarker(*marker, isLast ? m_scene.layout.size().width() : scale.columnOf(next->first));
         marker = next;

@@ -132,7 +132,8 @@ TimelineRuler::Step TimelineRuler::tickStep(Step const& labels, TimelineScale co
 void TimelineRuler::forEachTick(Step const& step, int64 first, int64 last,
                                 std::function<void(int64 frame, int64 second)> const& visit) const {
     if (m_shown == Numbering::frames) {
-        for (int64 frame = roundedUpTo(first, step.count); frame <= last; frame += step.count) visit(frame, 0);
+        for (int64 frame = roundedUpTo(first, step.count); frame <= last; frame += step.count)
+            visit(frame, 0);
         return;
     }
     const int64 stride = step.isOfSeconds ? step.count : 1;

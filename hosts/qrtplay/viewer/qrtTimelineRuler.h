@@ -22,7 +22,7 @@ class TimelineRuler final {
 public:
     using TextWidth = std::function<double(QString const&)>;  ///< in pixels
 
-    static constexpr double labelIndent = 4;   ///< from a tick to its label
+    static constexpr double labelIndent = 4;  ///< from a tick to its label
     static constexpr double labelSpace = 10;  ///< at least, from a label to the next tick
     static constexpr double tickSpace = 6;    ///< at least, between two ticks
 
@@ -48,12 +48,12 @@ private:
                      std::function<void(int64 frame, int64 second)> const& visit) const;
     [[nodiscard]] QString label(int64 frame, int64 second, Step const& step) const;
 
-    [[nodiscard]] int64 secondOf(int64 frame) const;      ///< the second, as it is counted, that a frame is in
+    [[nodiscard]] int64 secondOf(int64 frame) const;        ///< the second, as it is counted, that a frame is in
     [[nodiscard]] int64 beginOfSecond(int64 second) const;  ///< the first frame of it
 
     const FrameNumbering m_numbering;
     const Numbering m_shown;
-    const bool m_dropFrame;  // asked for, and had by the rate
+    const bool m_dropFrame;   // asked for, and had by the rate
     const int64 m_perSecond;  // frames, as they are counted
     const int64 m_dropped;    // numbers left out at the begin of most minutes
     const int64 m_start;      // the number of frame 0

@@ -68,8 +68,10 @@ int64 TimelineScale::frameAt(double x) const noexcept {
     const double guess = std::floor((x - margin + m_offset) / m_pixelsPerFrame);
     auto frame = static_cast<int64>(std::clamp(guess, 0.0, last));
     // The division rounds, and a frame may begin later in the same column.
-    while (frame > 0 && !beginsBefore(frame, x)) --frame;
-    while (frame + 1 < m_frameCount && beginsBefore(frame + 1, x)) ++frame;
+    while (frame > 0 && !beginsBefore(frame, x))
+        --frame;
+    while (frame + 1 < m_frameCount && beginsBefore(frame + 1, x))
+        ++frame;
     return frame;
 }
 

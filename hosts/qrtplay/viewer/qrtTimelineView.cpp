@@ -156,9 +156,7 @@ QString TimelineView::markerTextAt(QPoint const& point) const {
 }
 
 QString TimelineView::spanText(int64 first, int64 end) const {
-    const auto text = [&](int64 frame) {
-        return m_scene->numbering.text(frame, m_scene->shown, m_scene->dropFrame);
-    };
+    const auto text = [&](int64 frame) { return m_scene->numbering.text(frame, m_scene->shown, m_scene->dropFrame); };
     if (end - first == 1) return tr("%1, 1 frame").arg(text(first));
     return tr("%1 to %2, %3 frames").arg(text(first), text(end - 1)).arg(end - first);
 }

@@ -42,8 +42,8 @@ public:
     /// The frame under a horizontal position of the widget, clamped into the timeline; and where a frame begins.
     [[nodiscard]] int64 frameAt(double x) const;
     [[nodiscard]] double positionOf(int64 frame) const;
-    /// For tests and tool tips, a line each: the marker; or the track, the clip, transition or nested timeline, its span
-    /// and its media under a point. Empty where there is none.
+    /// For tests and tool tips, a line each: the marker; or the track, the clip, transition or nested timeline, its
+    /// span and its media under a point. Empty where there is none.
     [[nodiscard]] QString textAt(QPoint const& point) const;
 
     [[nodiscard]] QSize sizeHint() const override;

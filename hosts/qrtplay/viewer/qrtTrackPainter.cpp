@@ -11,7 +11,7 @@ constexpr int narrowestClip = 2;         // pixels, that is told apart from its 
 constexpr int narrowestRoundedClip = 6;  // below it, corners and edges leave nothing of the colour
 constexpr int narrowestNamedClip = 28;
 constexpr int clipNameIndent = 6;
-constexpr int beyondTrackView = 16;      // how far shapes go on where they leave the view: their ends must not show
+constexpr int beyondTrackView = 16;  // how far shapes go on where they leave the view: their ends must not show
 
 }  // namespace
 

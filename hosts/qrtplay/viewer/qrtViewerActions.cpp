@@ -20,7 +20,8 @@ constexpr char helpMenu[] = "&Help";
 
 QString withKeys(QString const& toolTip, QAction const& action) {
     QStringList keys;
-    for (QKeySequence const& sequence : action.shortcuts()) keys << sequence.toString(QKeySequence::NativeText);
+    for (QKeySequence const& sequence : action.shortcuts())
+        keys << sequence.toString(QKeySequence::NativeText);
     return keys.isEmpty() ? toolTip : toolTip + " (" + keys.join(", ") + ")";
 }
 
@@ -61,7 +62,8 @@ std::vector<ViewerActions::Entry> const& ViewerActions::entries() {
         {Command::go_to_end, playbackMenu, "actionGoToEnd", "Go to end", "End", "Goes to the last frame."},
         {Command::mode_single, playbackMenu, "actionModeSingle", "Play &once", "", "Stops at the end of the range.",
          true, true},
-        {Command::mode_loop, playbackMenu, "actionModeLoop", "&Loop", "", "Begins again at the end of the range.", true},
+        {Command::mode_loop, playbackMenu, "actionModeLoop", "&Loop", "", "Begins again at the end of the range.",
+         true},
         {Command::mode_ping_pong, playbackMenu, "actionModePingPong", "Pin&g-pong", "",
          "Turns round at the ends of the range.", true},
         {Command::next_mode, playbackMenu, "actionNextMode", "Next play mode", "M",
@@ -102,8 +104,8 @@ std::vector<ViewerActions::Entry> const& ViewerActions::entries() {
          "Changes how positions are told."},
         {Command::drop_frame, viewMenu, "actionDropFrame", "&Drop-frame timecode", "D",
          "Counts in drop-frame timecode where the rate has it.", true},
-        {Command::timeline_zoom_in, viewMenu, "actionTimelineZoomIn", "Zoom timeline in", "Alt++, Alt+=",
-         "Shows less of the timeline, larger.", false, true},
+        {Command::timeline_zoom_in, viewMenu, "actionTimelineZoomIn", "Zoom timeline in",
+         "Alt++, Alt+=", "Shows less of the timeline, larger.", false, true},
         {Command::timeline_zoom_out, viewMenu, "actionTimelineZoomOut", "Zoom timeline out", "Alt+-",
          "Shows more of the timeline."},
         {Command::timeline_zoom_fit, viewMenu, "actionTimelineZoomFit", "Whole timeline", "Alt+0",
@@ -137,7 +139,8 @@ ViewerActions::ViewerActions(QWidget* window) : QObject(window), m_actions(entri
 // Of a group one is checked.
 void ViewerActions::makeGroup(std::initializer_list<ViewerCommand> commands) {
     auto* const group = new QActionGroup(this);
-    for (const Command command : commands) group->addAction(&(*this)[command]);
+    for (const Command command : commands)
+        group->addAction(&(*this)[command]);
 }
 
 QAction& ViewerActions::operator[](ViewerCommand command) const {

@@ -16,7 +16,8 @@ namespace {
 class SharedContextScope final {
 public:
     SharedContextScope()
-        : m_before(QOpenGLContext::currentContext()), m_surfaceBefore(m_before ? m_before->surface() : nullptr),
+        : m_before(QOpenGLContext::currentContext()),
+          m_surfaceBefore(m_before ? m_before->surface() : nullptr),
           m_shared(QOpenGLContext::globalShareContext()) {
         if (!m_shared) return;
         m_surface.setFormat(m_shared->format());

@@ -6,8 +6,8 @@ class QWidget;
 
 namespace qrtplay {
 
-/// What keys mean beyond being short cuts: whether K is held down, and that a control with the focus keeps the keys that
-/// work it (space on a button, arrows in a list), which would play or step otherwise.
+/// What keys mean beyond being short cuts: whether K is held down, and that a control with the focus keeps the keys
+/// that work it (space on a button, arrows in a list), which would play or step otherwise.
 ///
 /// Threading: the GUI thread.
 class ViewerKeys final : public QObject {

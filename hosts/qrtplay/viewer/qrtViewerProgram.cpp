@@ -11,8 +11,8 @@ namespace qrtplay {
 
 namespace {
 
-/// What a person who watches wants, who has not chosen anything: enough ahead to bridge a picture that takes its time, and
-/// a step back without a wait.
+/// What a person who watches wants, who has not chosen anything: enough ahead to bridge a picture that takes its time,
+/// and a step back without a wait.
 void setUsualCounts(PlaySettings& settings) {
     constexpr int framesAhead = 8;
     constexpr int framesBehind = 2;

@@ -29,8 +29,8 @@ struct ViewerSettings {
     QColor background{24, 24, 24};
     double volume = 1;
     bool muted = false;
-    QByteArray geometry;  ///< of the window, ...
-    QByteArray layout;    ///< ... and of its docks and tool bars
+    QByteArray geometry;      ///< of the window, ...
+    QByteArray layout;        ///< ... and of its docks and tool bars
     QStringList recentFiles;  ///< latest first; several files that were opened together are one entry, a line each
     QString exportFolder;
 

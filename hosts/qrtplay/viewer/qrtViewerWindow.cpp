@@ -37,7 +37,8 @@ constexpr char emptyText[] = "Open a file (Ctrl+O) or drop one here";
 
 QStringList namesOf(PlayInput const& input) {
     QStringList names;
-    for (std::string const& file : input.files) names << QString::fromStdString(file);
+    for (std::string const& file : input.files)
+        names << QString::fromStdString(file);
     return names;
 }
 
@@ -137,8 +138,8 @@ void ViewerWindow::addDocks() {
     m_logDock->setObjectName("logDock");
     m_logDock->setWidget(m_log);
     addDockWidget(Qt::BottomDockWidgetArea, m_logDock);
-    for (auto const& [dock, command] : {std::pair{m_preferencesDock, ViewerCommand::preferences},
-                                        std::pair{m_logDock, ViewerCommand::log}}) {
+    for (auto const& [dock, command] :
+         {std::pair{m_preferencesDock, ViewerCommand::preferences}, std::pair{m_logDock, ViewerCommand::log}}) {
         dock->hide();
         QAction& action = (*m_actions)[command];
         connect(&action, &QAction::triggered, dock, &QDockWidget::setVisible);

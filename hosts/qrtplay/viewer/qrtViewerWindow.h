@@ -47,8 +47,8 @@ struct ViewerServices {
 
 /// How the viewer begins.
 struct ViewerStart {
-    PlayInput input;                 ///< without files nothing is opened
-    std::optional<int64> frame;      ///< to begin at
+    PlayInput input;             ///< without files nothing is opened
+    std::optional<int64> frame;  ///< to begin at
     bool isPlaying = false;
     bool isFullScreen = false;
     ViewerSettings settings;

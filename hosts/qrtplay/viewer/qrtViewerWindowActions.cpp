@@ -80,9 +80,8 @@ void ViewerWindow::connectTransportActions() {
     on(ViewerCommand::repeat_range, [this] { repeatRange(); });
     for (auto const& [command, frames] : strides)
         on(command, [this, frames = frames] { m_playback->setStride(frames); });
-    on(ViewerCommand::real_time, [this](bool wanted) {
-        m_playback->setPolicy(wanted ? PacePolicy::real_time : PacePolicy::every_frame);
-    });
+    on(ViewerCommand::real_time,
+       [this](bool wanted) { m_playback->setPolicy(wanted ? PacePolicy::real_time : PacePolicy::every_frame); });
     on(ViewerCommand::mute, [this](bool wanted) { m_playback->setMuted(wanted); });
 }
 
@@ -156,7 +155,8 @@ void ViewerWindow::askForFiles() {
     const QStringList files = m_services.chooseFiles(this, folder);
     if (files.isEmpty()) return;
     PlayInput input;
-    for (QString const& file : files) input.files.push_back(file.toStdString());
+    for (QString const& file : files)
+        input.files.push_back(file.toStdString());
     open(input);
 }
 
@@ -169,8 +169,9 @@ bool ViewerWindow::hasPicture() {
 void ViewerWindow::saveSnapshot() {
     if (!hasPicture()) return;
     const QFileInfo source(QString::fromStdString(m_input.files.front()));
-    const QString proposal =
-        QString("%1/%2.%3.png").arg(source.absolutePath(), source.completeBaseName()).arg(m_shown.frame, 4, 10, QChar('0'));
+    const QString proposal = QString("%1/%2.%3.png")
+                                 .arg(source.absolutePath(), source.completeBaseName())
+                                 .arg(m_shown.frame, 4, 10, QChar('0'));
     const QImage image = m_picture->snapshot();  // before the dialog: of the frame on show now
     const QString path = m_services.chooseTarget(this, proposal, "Images (*.png *.tif *.jpg)");
     if (path.isEmpty()) return;
@@ -194,13 +195,15 @@ void ViewerWindow::exportRange() {
     }
     if (m_export) m_export->deleteLater();
     ExportJob job;
-    for (std::string const& file : m_input.files) job.files << QString::fromStdString(file);
-    for (std::string const& path : m_input.allowPaths) job.allowPaths << QString::fromStdString(path);
+    for (std::string const& file : m_input.files)
+        job.files << QString::fromStdString(file);
+    for (std::string const& path : m_input.allowPaths)
+        job.allowPaths << QString::fromStdString(path);
     job.range = m_playback->range();
     m_preferences->store(m_settings);
     job.play = m_settings.play;
-    const QString folder = m_settings.exportFolder.isEmpty() ? QFileInfo(job.files.first()).absolutePath()
-                                                             : m_settings.exportFolder;
+    const QString folder =
+        m_settings.exportFolder.isEmpty() ? QFileInfo(job.files.first()).absolutePath() : m_settings.exportFolder;
     m_export = new ExportDialog(job, m_services.program, folder, this);
     connect(m_export, &ExportDialog::finished, this, [this](bool success, QString const& text) {
         if (success) m_settings.exportFolder = QFileInfo(m_export->output()).absolutePath();
@@ -255,7 +258,8 @@ void ViewerWindow::showAbout() {
     box->setTextInteractionFlags(Qt::TextSelectableByMouse);
     box->setText(QString("<b>qrtplay %1</b>").arg(versionNumber));
     const QString openGl = m_openGl.empty() ? QString("No OpenGL") : QString::fromStdString(m_openGl);
-    box->setInformativeText(QString("Plays media and timelines through the QRT player.\n\nQt %1\n%2").arg(qVersion(), openGl));
+    box->setInformativeText(
+        QString("Plays media and timelines through the QRT player.\n\nQt %1\n%2").arg(qVersion(), openGl));
     box->open();
 }
 

@@ -22,7 +22,8 @@ std::vector<FrameSpan> cachedSpans(Player& player, CacheStats::CacheType type) {
     ConstSharedPtr<CacheStats> stats;
     std::vector<FrameSpan> spans;
     if (player.getCacheStats(type, stats).failure() || !stats) return spans;
-    for (CacheStats::FrameRange const& range : stats->getFrameRanges()) spans.push_back({range.first, range.last});
+    for (CacheStats::FrameRange const& range : stats->getFrameRanges())
+        spans.push_back({range.first, range.last});
     return spans;
 }
 
@@ -43,13 +44,13 @@ void ViewerWindow::showState() {
     check(ViewerCommand::mode_single, m_playback->mode() == PlayParams::single);
     check(ViewerCommand::mode_loop, m_playback->mode() == PlayParams::loop);
     check(ViewerCommand::mode_ping_pong, m_playback->mode() == PlayParams::ping_pong);
-    for (auto const& [command, frames] : strides) check(command, m_playback->stride() == frames);
+    for (auto const& [command, frames] : strides)
+        check(command, m_playback->stride() == frames);
     check(ViewerCommand::real_time, m_playback->policy() == PacePolicy::real_time);
     check(ViewerCommand::mute, m_playback->isMuted());
     m_transport->setPlaying(m_playback->isPlaying());
-    for (const ViewerCommand command :
-         {ViewerCommand::reload, ViewerCommand::close, ViewerCommand::save_snapshot, ViewerCommand::copy_snapshot,
-          ViewerCommand::export_range})
+    for (const ViewerCommand command : {ViewerCommand::reload, ViewerCommand::close, ViewerCommand::save_snapshot,
+                                        ViewerCommand::copy_snapshot, ViewerCommand::export_range})
         (*m_actions)[command].setEnabled(m_player != nullptr);
     (*m_actions)[ViewerCommand::drop_frame].setEnabled(m_numbering.hasDropFrame());
     showTexts();
@@ -113,7 +114,8 @@ void ViewerWindow::showRecentFiles() {
         if (files.size() > 1) text += QString(" and %1 more").arg(files.size() - 1);
         m_recentFiles->addAction(text.replace('&', "&&"), this, [this, files] {
             PlayInput input;
-            for (QString const& file : files) input.files.push_back(file.toStdString());
+            for (QString const& file : files)
+                input.files.push_back(file.toStdString());
             open(input);
         });
     }

@@ -23,7 +23,7 @@ enum cache_eviction_mode_t : int {
 /// Which entries `evict` may drop, and in what order.
 enum cache_eviction_strategy_t : int {
     evict_least_recently_used = 2,  ///< the cache's own order; the advisor is not asked
-    evict_advised = 3               ///< the same order, but only entries that the advisor lets go; none without an advisor
+    evict_advised = 3  ///< the same order, but only entries that the advisor lets go; none without an advisor
 };
 
 /// A keyed cache without a limit of its own: whoever fills it evicts when room is needed.
@@ -81,9 +81,9 @@ private:
 
     mutable std::mutex m_mutex;
     std::condition_variable m_added;
-    Entries m_entries;                                             // under m_mutex
-    std::unordered_map<String, Position> m_index;                  // under m_mutex
-    SharedPtr<EvictionAdvisorInterfaceBase<Data>> m_advisor;       // under m_mutex
+    Entries m_entries;                                        // under m_mutex
+    std::unordered_map<String, Position> m_index;             // under m_mutex
+    SharedPtr<EvictionAdvisorInterfaceBase<Data>> m_advisor;  // under m_mutex
 };
 
 extern template class CacheBase<SharedPtr<CacheData>>;

@@ -4,7 +4,8 @@
 
 namespace QRT_0_81 {
 
-/// What a `Subject` tells its observers. The plain base says only that something has changed; the derived type says what.
+/// What a `Subject` tells its observers. The plain base says only that something has changed; the derived type says
+/// what.
 class QRT_CORE_EXPORT NotificationHint {
 public:
     NotificationHint() noexcept = default;

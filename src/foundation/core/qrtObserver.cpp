@@ -11,7 +11,8 @@ Observer::~Observer() {
 }
 
 void Observer::stopObserving() {
-    for (auto const& registration : m_registrations->snapshot()) registration->end();
+    for (auto const& registration : m_registrations->snapshot())
+        registration->end();
 }
 
 }  // namespace QRT_0_81

@@ -13,9 +13,9 @@ class Subject;
 /// Receives the notifications of the subjects that it is registered with.
 ///
 /// Threading: `update` runs on whatever thread notifies, possibly on several at once.
-/// Lifetime: a subject and an observer may die in either order and on different threads. Because a base class destructor
-/// runs after the derived object is gone, a class whose subjects notify from other threads calls `stopObserving` first
-/// thing in its own destructor.
+/// Lifetime: a subject and an observer may die in either order and on different threads. Because a base class
+/// destructor runs after the derived object is gone, a class whose subjects notify from other threads calls
+/// `stopObserving` first thing in its own destructor.
 class QRT_CORE_EXPORT Observer {
 public:
     virtual ~Observer();

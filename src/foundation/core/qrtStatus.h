@@ -7,30 +7,30 @@ namespace QRT_0_81 {
 
 /// The result of an operation: success or the kind of failure, as one number.
 ///
-/// A default-constructed `Status` is success. Values are cheap to copy and carry no text; `toString` gives words for people.
-/// The numbers are part of the binary interface; numbers outside the list may come from a host's own graph engine or
-/// composition and are passed through as they are.
+/// A default-constructed `Status` is success. Values are cheap to copy and carry no text; `toString` gives words for
+/// people. The numbers are part of the binary interface; numbers outside the list may come from a host's own graph
+/// engine or composition and are passed through as they are.
 class [[nodiscard]] QRT_CORE_EXPORT Status final {
 public:
     enum Type : int {
         ok = 0,
-        general_failure = 1,              ///< no buffer object, incomplete framebuffer, unknown play mode in a seek
-        invalid_argument = 3,             ///< negative preference, invalid resolution, null pointer, zero size
-        invalid_query = 4,                ///< wrong buffer kinds for read-back, unknown cache statistics type
+        general_failure = 1,   ///< no buffer object, incomplete framebuffer, unknown play mode in a seek
+        invalid_argument = 3,  ///< negative preference, invalid resolution, null pointer, zero size
+        invalid_query = 4,     ///< wrong buffer kinds for read-back, unknown cache statistics type
         not_initialized = 256,
         already_producing = 257,
-        out_of_range = 258,               ///< frame out of range; cached record of the wrong kind
+        out_of_range = 258,  ///< frame out of range; cached record of the wrong kind
         invalid_play_params = 259,
-        no_resource = 260,                ///< no pooled resource is free
-        invalid_pool_configuration = 262, ///< invalid resolution, unsupported channel count, buffer size 0
+        no_resource = 260,                 ///< no pooled resource is free
+        invalid_pool_configuration = 262,  ///< invalid resolution, unsupported channel count, buffer size 0
         no_composition = 265,
-        composition_incomplete = 269,     ///< from a graph engine: adopted, but not everything in it can be rendered
+        composition_incomplete = 269,  ///< from a graph engine: adopted, but not everything in it can be rendered
         not_producing = 271,
         already_initialized = 272,
         no_composition_to_update = 273,
-        graphics_failure = 274,           ///< pixel-buffer failure during read-back
+        graphics_failure = 274,  ///< pixel-buffer failure during read-back
         not_while_producing = 275,
-        invalid_text = 532,               ///< text is not a valid JSON form of the object
+        invalid_text = 532,  ///< text is not a valid JSON form of the object
         not_in_cache = 1536
     };
 

@@ -8,7 +8,8 @@
 
 namespace QRT_0_81 {
 
-/// A growing array. A thin value type over `std::vector`; indexing and `back` of an empty vector are undefined as there.
+/// A growing array. A thin value type over `std::vector`; indexing and `back` of an empty vector are undefined as
+/// there.
 template <class T>
 class QRT_VISIBLE_TEMPLATE Vector final {
 public:

@@ -9,9 +9,9 @@ namespace QRT_0_81 {
 
 /// One frame as a host receives it: a GL texture (framebuffer kind) or a block of memory (memory kind).
 ///
-/// Ownership: the frame's storage is lent for as long as a reference to the buffer lives; dropping the last one gives it
-/// back. References may be dropped on any thread, with or without an OpenGL context current.
-/// Threading: a buffer never changes; every method may be called from any thread.
+/// Ownership: the frame's storage is lent for as long as a reference to the buffer lives; dropping the last one gives
+/// it back. References may be dropped on any thread, with or without an OpenGL context current. Threading: a buffer
+/// never changes; every method may be called from any thread.
 class QRT_CORE_EXPORT VideoBuffer : public RefCountedMT {
 public:
     static constexpr unsigned char framebufferKind = 0;

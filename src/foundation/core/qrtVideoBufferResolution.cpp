@@ -14,7 +14,8 @@ uint64 VideoBufferResolution::getRowSize() const noexcept {
 uint64 VideoBufferResolution::getBufferSize() const noexcept {
     // The largest row is below 2^36 bytes and the largest height below 2^31: the product may not fit 64 bits.
     uint64 size = 0;
-    if (__builtin_mul_overflow(getRowSize(), static_cast<uint64>(m_height > 0 ? m_height : 0), &size)) return ~uint64{0};
+    if (__builtin_mul_overflow(getRowSize(), static_cast<uint64>(m_height > 0 ? m_height : 0), &size))
+        return ~uint64{0};
     return size;
 }
 

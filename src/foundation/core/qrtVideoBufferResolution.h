@@ -12,7 +12,10 @@ public:
     constexpr VideoBufferResolution() noexcept = default;
     constexpr VideoBufferResolution(int32 width, int32 height, int32 numChannels, int32 bitsPerChannel,
                                     bool isFloat) noexcept
-        : m_width(width), m_height(height), m_numChannels(numChannels), m_bitsPerChannel(bitsPerChannel),
+        : m_width(width),
+          m_height(height),
+          m_numChannels(numChannels),
+          m_bitsPerChannel(bitsPerChannel),
           m_isFloat(isFloat) {}
 
     /// Whether the four numbers are positive. Says nothing about what OpenGL supports.
@@ -30,8 +33,8 @@ public:
 
     /// Bytes of one frame in memory, exactly what a read-back writes with a pack alignment of 4; 0 when invalid.
     ///
-    /// 16 and 32 bits take 2 and 4 bytes a channel and every other depth 1; 1 and 3 channels travel as they are and every
-    /// other count as 4. Saturates at the largest number instead of wrapping.
+    /// 16 and 32 bits take 2 and 4 bytes a channel and every other depth 1; 1 and 3 channels travel as they are and
+    /// every other count as 4. Saturates at the largest number instead of wrapping.
     [[nodiscard]] uint64 getBufferSize() const noexcept;
 
     [[nodiscard]] constexpr bool operator==(VideoBufferResolution const& other) const noexcept = default;

@@ -10,8 +10,8 @@ namespace QRT_0_81 {
 
 /// Keeps the frames in the producer cache that playback still needs: the current one, those ahead and those behind.
 ///
-/// It shares the play parameters with the production loop, so the frames it keeps follow every seek; the two counts stay
-/// those of the moment at which the run started. Threading: player thread only, the one writer of the parameters.
+/// It shares the play parameters with the production loop, so the frames it keeps follow every seek; the two counts
+/// stay those of the moment at which the run started. Threading: player thread only, the one writer of the parameters.
 class CacheEvictionAdvisor final : public EvictionAdvisorInterfaceBase<SharedPtr<CacheData>> {
 public:
     CacheEvictionAdvisor(SharedPtr<PlayParams> const& playParams, int32 headFrames, int32 tailFrames);

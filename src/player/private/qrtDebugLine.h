@@ -7,8 +7,8 @@ namespace QRT_0_81 {
 
 /// The player's lines on the log channel "QRT_PLAYER".
 ///
-/// A line reads "thread_id=", the posting thread's id in a field 14 characters wide, "-", then the message; messages are
-/// cut to 1023 characters and to their first line.
+/// A line reads "thread_id=", the posting thread's id in a field 14 characters wide, "-", then the message; messages
+/// are cut to 1023 characters and to their first line.
 struct DebugLine {
     static constexpr char channel[] = "QRT_PLAYER";
 
@@ -19,7 +19,8 @@ struct DebugLine {
     static void post(char const* file, int line, char const* format, ...) QRT_PRINTF_FORMAT(3, 4);
 };
 
-/// Posts a debug line. Every place decides once, on its first use, whether the lines are on; nothing is formatted when not.
+/// Posts a debug line. Every place decides once, on its first use, whether the lines are on; nothing is formatted when
+/// not.
 #define QRT_DEBUG_LINE(file, ...)                                                \
     do {                                                                         \
         static const bool isDebugOn = ::QRT_0_81::DebugLine::isOn();             \

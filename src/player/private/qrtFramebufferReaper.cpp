@@ -14,7 +14,8 @@ SharedPtr<FramebufferReaper> FramebufferReaper::create() {
 }
 
 FramebufferReaper::~FramebufferReaper() {
-    for (QOpenGLFramebufferObject* framebuffer : m_waiting) delete framebuffer;
+    for (QOpenGLFramebufferObject* framebuffer : m_waiting)
+        delete framebuffer;
 }
 
 QOpenGLFramebufferObject* FramebufferReaper::make(QSize const& sizeInPixels,
@@ -52,10 +53,12 @@ void FramebufferReaper::reap() {
                                               [&](auto* framebuffer) { return m_alive.at(framebuffer) != current; });
         dead.assign(firstDead, m_waiting.end());
         m_waiting.erase(firstDead, m_waiting.end());
-        for (QOpenGLFramebufferObject* framebuffer : dead) m_alive.erase(framebuffer);
+        for (QOpenGLFramebufferObject* framebuffer : dead)
+            m_alive.erase(framebuffer);
         m_isAnyWaiting.store(!m_waiting.empty(), std::memory_order_release);
     }
-    for (QOpenGLFramebufferObject* framebuffer : dead) delete framebuffer;
+    for (QOpenGLFramebufferObject* framebuffer : dead)
+        delete framebuffer;
 }
 
 void FramebufferReaper::closeContext() {

@@ -15,9 +15,10 @@ namespace QRT_0_81 {
 
 /// Makes the framebuffers of one player and sees to it that each is deleted in the context that made it.
 ///
-/// The last reference to a frame may go on any thread, often with another context current or none. Deleting a framebuffer
-/// there would lose its texture, or hit a framebuffer of the host's that happens to have the same name: framebuffers are
-/// not shared between contexts. So what cannot be deleted on the spot waits for the thread that owns the context.
+/// The last reference to a frame may go on any thread, often with another context current or none. Deleting a
+/// framebuffer there would lose its texture, or hit a framebuffer of the host's that happens to have the same name:
+/// framebuffers are not shared between contexts. So what cannot be deleted on the spot waits for the thread that owns
+/// the context.
 ///
 /// Threading: `make` and `closeContext` with the owning context current; everything else on any thread. The lock is a
 /// leaf: nothing is called and no OpenGL object is deleted while it is held.
@@ -37,8 +38,8 @@ public:
     /// Deletes what waits for the current context. Cheap when nothing does.
     void reap();
 
-    /// The current context is about to be destroyed: deletes what waits for it, and takes the texture and the framebuffer
-    /// away from under every object that is still lent, since nobody could delete them later.
+    /// The current context is about to be destroyed: deletes what waits for it, and takes the texture and the
+    /// framebuffer away from under every object that is still lent, since nobody could delete them later.
     void closeContext();
 
     /// How many framebuffers exist in living contexts.

@@ -7,8 +7,7 @@
 namespace QRT_0_81 {
 
 QVariant toQtNativeHandle(NativeContext const& native, QSurface*) {
-    return QVariant::fromValue(
-        QWGLNativeContext(static_cast<HGLRC>(native.context), static_cast<HWND>(native.window)));
+    return QVariant::fromValue(QWGLNativeContext(static_cast<HGLRC>(native.context), static_cast<HWND>(native.window)));
 }
 
 // These systems adopt a context without making it current.
@@ -37,10 +36,10 @@ HostContextRelease::~HostContextRelease() = default;
 
 #else
 
-#include <QOpenGLContext>
-#include <QSurface>
 #include <EGL/egl.h>
 #include <GL/glx.h>
+#include <QOpenGLContext>
+#include <QSurface>
 #include <QtPlatformHeaders/QEGLNativeContext>
 #include <QtPlatformHeaders/QGLXNativeContext>
 

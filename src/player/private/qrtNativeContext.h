@@ -22,8 +22,8 @@ struct NativeContext {
 
 /// Lets go of the host's context for one scope, if it is current on the calling thread, and makes it current again.
 ///
-/// To adopt a context under GLX or EGL, Qt makes it current on the adopting thread for a moment. A context must not be current on two
-/// threads: drivers refuse that, or lose the drawable that the host had with it.
+/// To adopt a context under GLX or EGL, Qt makes it current on the adopting thread for a moment. A context must not be
+/// current on two threads: drivers refuse that, or lose the drawable that the host had with it.
 class HostContextRelease final {
 public:
     explicit HostContextRelease(NativeContext const& native);

@@ -27,7 +27,8 @@ FramebufferBindingGuard::~FramebufferBindingGuard() {
     m_functions->glBindFramebuffer(GL_READ_FRAMEBUFFER, static_cast<GLuint>(m_readFramebuffer));
 }
 
-TextureFramebuffer::TextureFramebuffer(unsigned int texture, bool rectangle) : m_functions(functionsOfCurrentContext()) {
+TextureFramebuffer::TextureFramebuffer(unsigned int texture, bool rectangle)
+    : m_functions(functionsOfCurrentContext()) {
     m_functions->glGenFramebuffers(1, &m_framebuffer);
     m_functions->glBindFramebuffer(GL_FRAMEBUFFER, m_framebuffer);
     const GLenum target = rectangle ? GL_TEXTURE_RECTANGLE : GL_TEXTURE_2D;

@@ -29,8 +29,7 @@ int64 truncated(double value) {
 SharedPtr<PlayParams> PlayParams::create(Time const& current, Time const& start, Time const& duration,
                                          Rational const& frameRate, int step, PlayMode playMode,
                                          ProductionMode productionMode) {
-    return SharedPtr<PlayParams>(
-        new PlayParams(current, start, duration, frameRate, step, playMode, productionMode));
+    return SharedPtr<PlayParams>(new PlayParams(current, start, duration, frameRate, step, playMode, productionMode));
 }
 
 PlayParams::PlayParams(Time const& current, Time const& start, Time const& duration, Rational const& frameRate,

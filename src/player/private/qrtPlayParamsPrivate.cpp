@@ -37,14 +37,12 @@ bool PlayParamsPrivate::next() {
     const bool isInside = isForward ? currentFrame <= endFrame : currentFrame >= startFrame;
 
     switch (playMode) {
-        case PlayParams::single:
-            return isInside;
+        case PlayParams::single: return isInside;
         case PlayParams::loop:
             if (!isInside) currentFrame = isForward ? startFrame : endFrame;
             return true;
         case PlayParams::ping_pong:
-        default:
-            break;
+        default: break;
     }
 
     if (isInside) return true;
@@ -60,8 +58,7 @@ Status PlayParamsPrivate::seek(int64 frame) {
 
     switch (playMode) {
         case PlayParams::single:
-        case PlayParams::loop:
-            break;
+        case PlayParams::loop: break;
         case PlayParams::ping_pong:
             if ((frame > currentFrame && step < 0) || (frame < currentFrame && step > 0)) step = wrappingNegate(step);
             break;

@@ -41,7 +41,8 @@ QSurfaceFormat surfaceFormat() {
 PlayerImpl::PlayerImpl(VideoBufferResolution const& resolution, GraphEngineFactory factory)
     : m_producerCacheNbHeadFrames(defaultNbHeadFrames),
       m_producerCacheNbTailFrames(defaultNbTailFrames),
-      m_playParams(PlayParams::create(Time(), Time(), Time(), defaultFrameRate, 1, PlayParams::single, PlayParams::all)),
+      m_playParams(
+          PlayParams::create(Time(), Time(), Time(), defaultFrameRate, 1, PlayParams::single, PlayParams::all)),
       m_videoResolution(resolution),
       m_videoFrameRate(defaultFrameRate),
       m_defaultSourceVideoFrameRate(defaultFrameRate),
@@ -215,10 +216,11 @@ void PlayerImpl::_tearDown() {
 }
 
 void PlayerImpl::update(Subject* subject, NotificationHint const& hint) {
-    const bool isPool = subject == static_cast<Subject*>(m_ramPool.get()) ||
-                        subject == static_cast<Subject*>(m_fboPool.get());
+    const bool isPool =
+        subject == static_cast<Subject*>(m_ramPool.get()) || subject == static_cast<Subject*>(m_fboPool.get());
     if (isPool) {
-        // What a step of the loop itself gives back must not restart the loop: a step that fails would be tried for ever.
+        // What a step of the loop itself gives back must not restart the loop: a step that fails would be tried for
+        // ever.
         const bool isOwnStep = QThread::currentThread() == this && m_isLookingAhead;
         const bool isRelease = dynamic_cast<ResourcePoolInterface::ReleaseHint const*>(&hint) != nullptr;
         if (m_producing && isRelease && !isOwnStep) _queueProduceNext();

@@ -205,8 +205,8 @@ private:
     SharedPtr<ExternalSegmentWrappers> m_externalSegments;
     bool m_isLookingAhead = false;  // inside a step of the production loop
 
-    // Under m_engineMutex: written by the player thread (or by hosts while there is none), read by any. Objects that are
-    // replaced are let go of outside the lock.
+    // Under m_engineMutex: written by the player thread (or by hosts while there is none), read by any. Objects that
+    // are replaced are let go of outside the lock.
     mutable std::mutex m_engineMutex;
     VideoBufferResolution m_videoResolution;
     Rational m_videoFrameRate;

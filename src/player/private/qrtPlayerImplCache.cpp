@@ -49,8 +49,7 @@ Status PlayerImpl::_cacheGet(int64 frameNumber, SharedPtr<VideoBuffer>& videoBuf
     videoBuffer.reset();
     const String key = cacheKey(frameNumber);
     SharedPtr<CacheData> data;
-    const Status status =
-        timeoutMs == 0 ? m_producerCache->get(key, data) : m_producerCache->get(key, timeoutMs, data);
+    const Status status = timeoutMs == 0 ? m_producerCache->get(key, data) : m_producerCache->get(key, timeoutMs, data);
     if (status.failure()) return status;
     auto const* const produced = dynamic_cast<ProducedVideoBuffer const*>(data.get());
     if (!produced) return Status::out_of_range;

@@ -24,7 +24,8 @@ int64 saturatingAdd(int64 a, int64 b) {
 
 }  // namespace
 
-// ---- Host threads -------------------------------------------------------------------------------------------------------
+// ---- Host threads
+// -------------------------------------------------------------------------------------------------------
 
 Status PlayerImpl::setPref(String const& name, int value) {
     const Status status = m_initialized ? _execute<CmdSetPref>(name, value) : _setPref(name, value);
@@ -76,8 +77,7 @@ Status PlayerImpl::stopProducing() {
 }
 
 Status PlayerImpl::setVideoResolution(VideoBufferResolution const& resolution) {
-    const Status status =
-        m_initialized ? _execute<CmdSetVideoResolution>(resolution) : _setVideoResolution(resolution);
+    const Status status = m_initialized ? _execute<CmdSetVideoResolution>(resolution) : _setVideoResolution(resolution);
     notify(NotificationHint());
     return status;
 }
@@ -103,7 +103,8 @@ Status PlayerImpl::setRamOutputs(bool ramOutputs) {
     return status;
 }
 
-// ---- Player thread ------------------------------------------------------------------------------------------------------
+// ---- Player thread
+// ------------------------------------------------------------------------------------------------------
 
 Status PlayerImpl::_startProducing(SharedPtr<PlayParams> const& params) {
     if (m_producing) return Status::already_producing;
@@ -192,7 +193,8 @@ void PlayerImpl::_observeSegments(List<SharedPtr<ExternalSegment>> const& segmen
     {
         List<SharedPtr<ExternalSegment>> replacement = segments;
         const std::lock_guard lock(m_engineMutex);
-        for (auto const& segment : m_observedSegments) m_retiredSegments.append(segment);
+        for (auto const& segment : m_observedSegments)
+            m_retiredSegments.append(segment);
         std::swap(m_observedSegments, replacement);
     }
     for (auto const& segment : segments) {
@@ -239,8 +241,8 @@ Status PlayerImpl::_setVideoResolution(VideoBufferResolution const& resolution) 
     if (m_producing) return Status::not_while_producing;
 
     (void)m_producerCache->clear();
-    for (ResourcePool* const pool : {static_cast<ResourcePool*>(m_fboPool.get()),
-                                     static_cast<ResourcePool*>(m_ramPool.get())}) {
+    for (ResourcePool* const pool :
+         {static_cast<ResourcePool*>(m_fboPool.get()), static_cast<ResourcePool*>(m_ramPool.get())}) {
         if (!pool->isInitialized()) continue;
         if (const Status status = pool->setResolution(resolution); status.failure()) return status;
     }

@@ -4,8 +4,8 @@
 
 namespace QRT_0_81 {
 
-// The commands of the player thread: each carries one request across and calls the engine's method for it. The synchronous
-// ones refer to their caller's arguments, which live until the caller wakes.
+// The commands of the player thread: each carries one request across and calls the engine's method for it. The
+// synchronous ones refer to their caller's arguments, which live until the caller wakes.
 
 class PlayerImpl::CmdStartProducing final : public CmdSynchronous {
 public:

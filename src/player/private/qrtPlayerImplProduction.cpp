@@ -16,7 +16,8 @@ namespace {
 constexpr int64 noFrame = -1;
 }  // namespace
 
-// ---- The loop -----------------------------------------------------------------------------------------------------------
+// ---- The loop
+// -----------------------------------------------------------------------------------------------------------
 
 void PlayerImpl::_queueProduceNext() {
     m_commandQueue.pushBack(std::make_unique<CmdProduceNextVideoBuffer>());
@@ -81,7 +82,8 @@ Status PlayerImpl::_updateCurrentFrameNumber(int64 frameNumber) {
     return Status();
 }
 
-// ---- One frame ----------------------------------------------------------------------------------------------------------
+// ---- One frame
+// ----------------------------------------------------------------------------------------------------------
 
 Status PlayerImpl::_produceVideoBuffer(int64 frameNumber, bool onDemand, SharedPtr<VideoBuffer>& videoBuffer) {
     if (const Status cached = _cacheGet(frameNumber, videoBuffer, 0); cached.success()) return cached;
@@ -132,7 +134,8 @@ Status PlayerImpl::_render(QOpenGLFramebufferObject& framebuffer, int64 frameNum
     return status;
 }
 
-// ---- Read-back ----------------------------------------------------------------------------------------------------------
+// ---- Read-back
+// ----------------------------------------------------------------------------------------------------------
 
 Status PlayerImpl::_readBack(SharedPtr<VideoBufferPrivate> const& source, bool onDemand,
                              SharedPtr<VideoBufferPrivate>& destination) {

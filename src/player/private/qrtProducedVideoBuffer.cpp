@@ -8,8 +8,8 @@ ProducedVideoBuffer::ProducedVideoBuffer(int64 frameNumber, SharedPtr<VideoBuffe
     : m_frameNumber(frameNumber), m_videoBuffer(videoBuffer) {}
 
 ProducedVideoBuffer::~ProducedVideoBuffer() {
-    QRT_DEBUG_LINE("src/player/private/qrtProducedVideoBuffer", "%s %lld", "Releasing frameNumber =",
-                   static_cast<long long>(m_frameNumber));
+    QRT_DEBUG_LINE("src/player/private/qrtProducedVideoBuffer", "%s %lld",
+                   "Releasing frameNumber =", static_cast<long long>(m_frameNumber));
     m_videoBuffer.reset();
 }
 

@@ -20,8 +20,7 @@ bool ResourcePool::isInitialized() const {
 uint32 ResourcePool::getNumResources() {
     const std::lock_guard lock(m_mutex);
     switch (m_sizeUnit) {
-        case SizeUnit::buffers:
-            return static_cast<uint32>(m_size);
+        case SizeUnit::buffers: return static_cast<uint32>(m_size);
         case SizeUnit::megabytes: {
             constexpr int mebibyteShift = 20;
             const uint64 bufferSize = getBufferSize();

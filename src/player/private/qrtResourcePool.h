@@ -61,8 +61,8 @@ private:
     Status initializeIfConfigured();
 };
 
-/// Moves the free resource that came back last into `locked` and returns it; null when none may go: the last one is kept
-/// for callers with `allowLast`.
+/// Moves the free resource that came back last into `locked` and returns it; null when none may go: the last one is
+/// kept for callers with `allowLast`.
 template <class T>
 [[nodiscard]] T* lendLast(std::deque<T*>& free, std::unordered_set<T*>& locked, bool allowLast) {
     if (free.empty() || (free.size() == 1 && !allowLast)) return nullptr;

@@ -20,7 +20,9 @@ Status setInternalFormat(VideoBufferResolution const& resolution, QOpenGLFramebu
         case 8: formats = {GL_RGB8, GL_RGBA8}; break;
         case 10: formats = {GL_RGB10, GL_RGB10_A2}; break;
         case 16: formats = resolution.isFloat() ? Formats{GL_RGB16F, GL_RGBA16F} : Formats{GL_RGB16, GL_RGBA16}; break;
-        case 32: formats = resolution.isFloat() ? Formats{GL_RGB32F, GL_RGBA32F} : Formats{GL_RGB32UI, GL_RGBA32UI}; break;
+        case 32:
+            formats = resolution.isFloat() ? Formats{GL_RGB32F, GL_RGBA32F} : Formats{GL_RGB32UI, GL_RGBA32UI};
+            break;
         default: format.setInternalTextureFormat(0); return Status();
     }
     switch (resolution.getNumChannels()) {
@@ -54,7 +56,8 @@ Status ResourcePoolFBO::initialize() {
 
     const uint32 count = getNumResources();
     const QSize size(m_resolution.getWidth(), m_resolution.getHeight());
-    for (uint32 made = 0; made < count; ++made) m_freeFbos.push_back(m_reaper->make(size, format));
+    for (uint32 made = 0; made < count; ++made)
+        m_freeFbos.push_back(m_reaper->make(size, format));
     m_lockedFbos.clear();
     QRT_DEBUG_LINE(fboSource, "ResourcePoolFBO::initialize()-numAllocatedFBO=%d", static_cast<int>(count));
     m_initialized = true;
@@ -65,7 +68,8 @@ Status ResourcePoolFBO::uninitialize() {
     const std::lock_guard lock(m_mutex);
     if (!m_initialized) return Status();
     int numDeleted = 0;
-    for (; !m_freeFbos.empty(); m_freeFbos.pop_back(), ++numDeleted) m_reaper->dispose(m_freeFbos.back());
+    for (; !m_freeFbos.empty(); m_freeFbos.pop_back(), ++numDeleted)
+        m_reaper->dispose(m_freeFbos.back());
     m_lockedFbos.clear();
     QRT_DEBUG_LINE(fboSource, "ResourcePoolFBO::uninitialize()-numDeletedFBO=%d", numDeleted);
     m_initialized = false;

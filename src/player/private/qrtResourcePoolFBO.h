@@ -24,7 +24,8 @@ public:
 
     [[nodiscard]] PoolType getType() const override { return PoolType::fbo; }
     /// `Status::invalid_pool_configuration` for an invalid resolution, or another channel count than 3 or 4 with 8, 10,
-    /// 16 or 32 bits. Other depths get the internal format 0. Whether the driver completes a framebuffer is not checked.
+    /// 16 or 32 bits. Other depths get the internal format 0. Whether the driver completes a framebuffer is not
+    /// checked.
     Status initialize() override;
     Status uninitialize() override;
     [[nodiscard]] bool isSameResolution(VideoBufferResolution const& a, VideoBufferResolution const& b) const override;

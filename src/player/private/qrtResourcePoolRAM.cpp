@@ -25,7 +25,8 @@ Status ResourcePoolRAM::initialize() {
     const uint64 bytes = getBufferSize();
     if (bytes == 0) return Status::invalid_pool_configuration;
 
-    for (uint32 count = getNumResources(); count > 0; --count) m_freeBuffers.push_back(std::malloc(bytes));
+    for (uint32 count = getNumResources(); count > 0; --count)
+        m_freeBuffers.push_back(std::malloc(bytes));
     m_lockedBuffers.clear();
     m_initialized = true;
     return Status();
@@ -34,7 +35,8 @@ Status ResourcePoolRAM::initialize() {
 Status ResourcePoolRAM::uninitialize() {
     const std::lock_guard lock(m_mutex);
     if (!m_initialized) return Status();
-    for (; !m_freeBuffers.empty(); m_freeBuffers.pop_back()) std::free(m_freeBuffers.back());
+    for (; !m_freeBuffers.empty(); m_freeBuffers.pop_back())
+        std::free(m_freeBuffers.back());
     m_lockedBuffers.clear();
     m_initialized = false;
     return Status();

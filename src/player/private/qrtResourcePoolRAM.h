@@ -8,8 +8,8 @@ namespace QRT_0_81 {
 
 /// A fixed set of equal memory blocks, each large enough for one frame of the pool's resolution.
 ///
-/// Ownership: the pool owns its free blocks. A lent block belongs to the borrower until `release`; one that the pool has
-/// forgotten meanwhile, because it was rebuilt, is freed then. Memory is not cleared and aligned as malloc aligns.
+/// Ownership: the pool owns its free blocks. A lent block belongs to the borrower until `release`; one that the pool
+/// has forgotten meanwhile, because it was rebuilt, is freed then. Memory is not cleared and aligned as malloc aligns.
 class ResourcePoolRAM final : public ResourcePool, public Subject {
 public:
     /// A pool without blocks: `setup` makes them.

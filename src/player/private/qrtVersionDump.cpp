@@ -20,8 +20,9 @@ namespace QRT_0_81 {
 std::string versionText() {
     constexpr size_t shownCommitLength = 7;
     std::ostringstream text;
-    text << "qrt" << " version " << QRT_VERSION_NUMBER << " (" << QRT_BUILD_DATE << ", build " << QRT_BUILD_NUMBER
-         << ", commit " << std::string(QRT_COMMIT).substr(0, shownCommitLength) << ", branch " << QRT_BRANCH;
+    text << "qrt"
+         << " version " << QRT_VERSION_NUMBER << " (" << QRT_BUILD_DATE << ", build " << QRT_BUILD_NUMBER << ", commit "
+         << std::string(QRT_COMMIT).substr(0, shownCommitLength) << ", branch " << QRT_BRANCH;
     return text.str();
 }
 
@@ -32,7 +33,8 @@ bool isVersionDumpWanted(char const* environmentText) {
 std::string versionLine() {
     constexpr int moduleWidth = 16;
     std::ostringstream line;
-    line << std::setw(moduleWidth) << "qrtPlayer" << ": " << versionText();
+    line << std::setw(moduleWidth) << "qrtPlayer"
+         << ": " << versionText();
     return line.str();
 }
 

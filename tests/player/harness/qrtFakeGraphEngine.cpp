@@ -58,7 +58,8 @@ std::vector<int64> FakeGraphEngine::renderedFrames() {
 
 int FakeGraphEngine::countOf(std::string const& entry) {
     int count = 0;
-    for (std::string const& known : journal()) count += known == entry ? 1 : 0;
+    for (std::string const& known : journal())
+        count += known == entry ? 1 : 0;
     return count;
 }
 
@@ -116,7 +117,8 @@ Status FakeGraphEngine::getPrefs(Vector<String>& names) const {
     const Status status = note("getPrefs");
     if (status.failure()) return status;
     const std::lock_guard lock(script().mutex);
-    for (auto const& [name, value] : script().prefs) names.push_back(name.c_str());
+    for (auto const& [name, value] : script().prefs)
+        names.push_back(name.c_str());
     return status;
 }
 
@@ -133,8 +135,7 @@ Status FakeGraphEngine::setComposition(SharedPtr<Composition> const& composition
     m_segments = segments;
     return note("setComposition", std::to_string(segments.size()) + " segments " +
                                       std::to_string(resolution.getWidth()) + "x" +
-                                      std::to_string(resolution.getHeight()) + " " +
-                                      text(defaultSourceVideoFrameRate));
+                                      std::to_string(resolution.getHeight()) + " " + text(defaultSourceVideoFrameRate));
 }
 
 Status FakeGraphEngine::updateComposition(SharedPtr<Composition> const&, String const& description) {

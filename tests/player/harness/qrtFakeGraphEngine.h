@@ -78,9 +78,9 @@ private:
     static Status note(std::string const& operation, std::string const& details = "");
 
     std::atomic<int32> m_step{1};
-    QOpenGLContext* m_context = nullptr;                 // player thread
-    SharedPtr<Composition> m_composition;                // player thread
-    List<SharedPtr<ExternalSegment>> m_segments;         // player thread
+    QOpenGLContext* m_context = nullptr;          // player thread
+    SharedPtr<Composition> m_composition;         // player thread
+    List<SharedPtr<ExternalSegment>> m_segments;  // player thread
     const SharedPtr<TokenResolver> m_tokenResolver;
 };
 

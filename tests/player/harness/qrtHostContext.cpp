@@ -84,13 +84,15 @@ std::vector<float> HostContext::readTexture(unsigned int texture, int width, int
 
 int HostContext::countTextures() const {
     int count = 0;
-    for (GLuint name = 1; name <= 4096; ++name) count += gl().glIsTexture(name) ? 1 : 0;
+    for (GLuint name = 1; name <= 4096; ++name)
+        count += gl().glIsTexture(name) ? 1 : 0;
     return count;
 }
 
 int HostContext::countFramebuffers() const {
     int count = 0;
-    for (GLuint name = 1; name <= 4096; ++name) count += gl().glIsFramebuffer(name) ? 1 : 0;
+    for (GLuint name = 1; name <= 4096; ++name)
+        count += gl().glIsFramebuffer(name) ? 1 : 0;
     return count;
 }
 

@@ -25,8 +25,8 @@ public:
     void makeCurrent();
     void doneCurrent();
 
-    /// The pixels of a rectangle texture as four channels of float, bottom row first, as a shader of this context samples
-    /// them; all -1 when the name is no texture here.
+    /// The pixels of a rectangle texture as four channels of float, bottom row first, as a shader of this context
+    /// samples them; all -1 when the name is no texture here.
     [[nodiscard]] std::vector<float> readTexture(unsigned int texture, int width, int height) const;
 
     /// How many of the names 1..4096 are textures (or framebuffers) as this context sees it.

@@ -34,7 +34,8 @@ public:
     /// The messages' texts without the "thread_id=...-" prefix of the player's lines.
     [[nodiscard]] std::vector<std::string> lines() const {
         std::vector<std::string> texts;
-        for (LogMsg const& message : messages()) texts.push_back(withoutPrefix(message.text()));
+        for (LogMsg const& message : messages())
+            texts.push_back(withoutPrefix(message.text()));
         return texts;
     }
 
@@ -49,7 +50,8 @@ public:
         std::unique_lock lock(m_state->mutex);
         m_state->posted.wait(lock, [&] {
             const auto isLine = [&](LogMsg const& message) { return withoutPrefix(message.text()) == line; };
-            return static_cast<size_t>(std::count_if(m_state->messages.begin(), m_state->messages.end(), isLine)) >= times;
+            return static_cast<size_t>(std::count_if(m_state->messages.begin(), m_state->messages.end(), isLine)) >=
+                   times;
         });
     }
 

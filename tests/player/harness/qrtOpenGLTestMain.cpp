@@ -1,4 +1,5 @@
-// Runs the tests of a program that needs OpenGL: on the GUI thread, with a Qt application and the display of the session.
+// Runs the tests of a program that needs OpenGL: on the GUI thread, with a Qt application and the display of the
+// session.
 #include <gtest/gtest.h>
 
 #include <QGuiApplication>

@@ -54,14 +54,17 @@ protected:
 
     /// Waits until the frame is cached; look-ahead must be going to produce it.
     void waitUntilReady(int64 frame) {
-        while (!player->isVideoBufferReady(frame)) drain();
+        while (!player->isVideoBufferReady(frame))
+            drain();
     }
 
-    /// The frame number painted into the middle of a delivered texture or block, which must be RGBA of 8 bits in memory.
+    /// The frame number painted into the middle of a delivered texture or block, which must be RGBA of 8 bits in
+    /// memory.
     [[nodiscard]] int64 frameIn(SharedPtr<VideoBuffer> const& buffer) const {
         const VideoBufferResolution format = buffer->getResolution();
         const size_t middle = (static_cast<size_t>(format.getHeight()) / 2 * static_cast<size_t>(format.getWidth()) +
-                               static_cast<size_t>(format.getWidth()) / 2) * 4;
+                               static_cast<size_t>(format.getWidth()) / 2) *
+                              4;
         if (buffer->getType() == VideoBuffer::framebufferKind) {
             unsigned int texture = 0;
             if (buffer->getTexture(texture).failure()) return -1;
