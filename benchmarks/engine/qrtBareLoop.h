@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QOpenGLBuffer>
 #include <QOpenGLExtraFunctions>
 #include <QOpenGLFramebufferObject>
 #include <QOpenGLShaderProgram>
@@ -28,21 +29,39 @@ private:
     int m_shadeLocation = -1;
 };
 
-/// Only the OpenGL work that an engine must do for a frame: bind, clear, finish, render, finish.
+/// Reads the bound framebuffer into memory through one pixel buffer: what a frame in memory costs at least.
+///
+/// Every method needs the same context current.
+class BareReadBack final {
+public:
+    explicit BareReadBack(VideoBufferResolution const& resolution);
+
+    /// `data` has room for `resolution.getBufferSize()` bytes.
+    void read(void* data);
+
+private:
+    const VideoBufferResolution m_resolution;
+    QOpenGLBuffer m_pixelBuffer;
+};
+
+/// Only the OpenGL work that an engine must do for a frame: bind, clear, finish, render, finish, and read-back.
 ///
 /// Lives on the player thread, in the player's own context, so that both sides meet the same driver state.
 class BareLoop final {
 public:
-    /// Makes as many framebuffers as the player's pool holds.
-    explicit BareLoop(VideoBufferResolution const& resolution);
+    /// Makes as many framebuffers, and blocks of memory when it reads back, as the player's pools hold by default.
+    BareLoop(VideoBufferResolution const& resolution, bool readsBack);
 
     /// Renders frames one after the other through `render`, which draws into the texture that it is given as a graph
-    /// engine does; returns the seconds that it took.
-    double run(int numFrames, std::function<void(int frame, GLuint texture)> const& render);
+    /// engine does.
+    void run(int numFrames, std::function<void(int frame, GLuint texture)> const& render);
 
 private:
-    static constexpr int numFramebuffers = 4;
+    static constexpr size_t numBuffers = 4;
+
     std::vector<std::unique_ptr<QOpenGLFramebufferObject>> m_framebuffers;
+    std::vector<std::unique_ptr<unsigned char[]>> m_blocks;  // empty when nothing is read back
+    std::unique_ptr<BareReadBack> m_readBack;
 };
 
 }  // namespace QRT_0_81
