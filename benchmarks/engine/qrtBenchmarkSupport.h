@@ -73,23 +73,33 @@ private:
     std::vector<double> m_values;
 };
 
-/// The two sides of a comparison.
+/// The two sides of a comparison. Who begins changes with every turn: on a busy machine the one that comes after a
+/// pause is served first.
 class Pairs final {
 public:
-    void add(double subjectSeconds, double bareSeconds) {
-        m_subject.add(subjectSeconds);
+    /// Lets each side do its work once. Both return the seconds that it took; those of the engine are returned.
+    template <class Engine, class Bare>
+    double takeTurn(Engine const& engine, Bare const& bare) {
+        m_engineBegins = !m_engineBegins;
+        const double first = m_engineBegins ? engine() : bare();
+        const double second = m_engineBegins ? bare() : engine();
+        const double engineSeconds = m_engineBegins ? first : second;
+        const double bareSeconds = m_engineBegins ? second : first;
+        m_engine.add(engineSeconds);
         m_bare.add(bareSeconds);
-        m_ratio.add(subjectSeconds / bareSeconds);
+        m_ratio.add(engineSeconds / bareSeconds);
+        return engineSeconds;
     }
     /// Reports what one unit of work took, of which each side did `unitsPerTurn` a turn, and the ratio.
     void report(benchmark::State& state, double unitsPerTurn = 1.0) const {
-        state.counters["engine_us"] = 1e6 * m_subject.median() / unitsPerTurn;
+        state.counters["engine_us"] = 1e6 * m_engine.median() / unitsPerTurn;
         state.counters["bare_us"] = 1e6 * m_bare.median() / unitsPerTurn;
         state.counters["ratio"] = m_ratio.median();
     }
 
 private:
-    Samples m_subject;
+    bool m_engineBegins = false;
+    Samples m_engine;
     Samples m_bare;
     Samples m_ratio;
 };

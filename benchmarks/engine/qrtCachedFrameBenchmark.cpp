@@ -29,13 +29,15 @@ void cachedFrame(benchmark::State& state, bool isProducing, Order order) {
     ReferenceMap<int64> numbers(numWindowFrames);
     Pairs pairs;
     Samples toNumbers;
-    for ([[maybe_unused]] auto _ : state) {
+    const auto fetchFromPlayer = [&] {
         const double seconds = secondsOfBatch(order, [&](int64 frame) { return player.fetch(frame); });
         player.settle();
-        const double textSeconds = secondsOfBatch(order, [&](int64 frame) { return texts.fetch(frame); });
-        const double numberSeconds = secondsOfBatch(order, [&](int64 frame) { return numbers.fetch(frame); });
-        pairs.add(seconds, textSeconds);
-        toNumbers.add(seconds / numberSeconds);
+        return seconds;
+    };
+    for ([[maybe_unused]] auto _ : state) {
+        const double seconds = pairs.takeTurn(
+            fetchFromPlayer, [&] { return secondsOfBatch(order, [&](int64 frame) { return texts.fetch(frame); }); });
+        toNumbers.add(seconds / secondsOfBatch(order, [&](int64 frame) { return numbers.fetch(frame); }));
         state.SetIterationTime(seconds);
     }
     pairs.report(state, batch);

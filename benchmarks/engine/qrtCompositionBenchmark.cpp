@@ -6,7 +6,7 @@ namespace QRT_0_81 {
 namespace {
 
 constexpr int numCompositions = 100;
-constexpr int numWarmUps = 20;  // until every buffer has been touched and every table has its size
+constexpr int numWarmUps = 100;  // until every buffer has been touched and every table has its size
 
 void setAndPlay(ReadyPlayer& player, Samples& setUs, Samples& startUs) {
     const auto composition = FakeComposition::create(0, 1'000'000);

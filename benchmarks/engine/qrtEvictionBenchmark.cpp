@@ -1,6 +1,6 @@
-// One eviction among a thousand cached frames, of which a thousand are wanted.
+// One eviction among a thousand cached frames, of which a thousand are wanted. Processor time: nothing waits here.
 #include "qrtBenchmarkSupport.h"
-#include "qrtEvictionScene.h"
+#include "harness/qrtEvictionScene.h"
 
 namespace QRT_0_81 {
 
@@ -10,9 +10,9 @@ void eviction(benchmark::State& state, EvictionScene::Evictable evictable) {
     EvictionScene scene(evictable);
     Samples us;
     for ([[maybe_unused]] auto _ : state) {
-        const Stopwatch watch;
+        const double before = secondsOf(CLOCK_THREAD_CPUTIME_ID);
         scene.evict();
-        const double seconds = watch.seconds();
+        const double seconds = secondsOf(CLOCK_THREAD_CPUTIME_ID) - before;
         state.SetIterationTime(seconds);
         us.add(1e6 * seconds);
         scene.restore();

@@ -7,12 +7,11 @@ namespace {
 
 constexpr int stretch = 12;
 
-/// One iteration plays a stretch of frames in order while producing and then lets the bare loop render as many.
+/// In each turn the engine plays a stretch of frames in order while producing, and the bare loop renders as many.
 void lookAhead(benchmark::State& state, VideoBufferResolution const& resolution, bool isInMemory) {
     ReadyPlayer player(resolution, {.draws = true, .isInMemory = isInMemory});
-    Pairs pairs;
     int64 frame = 0;
-    for ([[maybe_unused]] auto _ : state) {
+    const auto playStretch = [&] {
         player.start(frame);
         player.fetch(frame);  // the run has begun: what follows is steady
         const Stopwatch watch;
@@ -20,11 +19,16 @@ void lookAhead(benchmark::State& state, VideoBufferResolution const& resolution,
             player.fetch(++frame);
         const double seconds = watch.seconds();
         player.stop();
-        player.runBareLoop(stretch);
-        pairs.add(seconds / stretch, BenchmarkScript::bareSecondsPerFrame);
-        state.SetIterationTime(seconds);
         frame += 10;  // nothing of this stretch is cached for the next
-    }
+        return seconds / stretch;
+    };
+    const auto runBareLoop = [&]() -> double {
+        player.runBareLoop(stretch);
+        return BenchmarkScript::bareSecondsPerFrame;
+    };
+    Pairs pairs;
+    for ([[maybe_unused]] auto _ : state)
+        state.SetIterationTime(pairs.takeTurn(playStretch, runBareLoop));
     pairs.report(state);
 }
 

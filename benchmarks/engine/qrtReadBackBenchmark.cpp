@@ -11,7 +11,7 @@ namespace {
 
 using Inspector = PlayerImplInspector;
 
-/// Frames of 1920 x 1080, on this thread, with the framebuffer bound as the engine finds it. The sides swap who begins.
+/// Frames of 1920 x 1080, on this thread, with the framebuffer bound as the engine finds it.
 void readBack(benchmark::State& state, int bits, bool isFloat, int numChannels) {
     const HostContext host;
     const VideoBufferResolution resolution(1920, 1080, numChannels, bits, isFloat);
@@ -42,13 +42,8 @@ void readBack(benchmark::State& state, int bits, bool isFloat, int numChannels) 
         readByEngine();
         readBare();
         Pairs pairs;
-        bool engineBegins = false;
-        for ([[maybe_unused]] auto _ : state) {
-            engineBegins = !engineBegins;
-            const double first = engineBegins ? readByEngine() : readBare();
-            const double second = engineBegins ? readBare() : readByEngine();
-            pairs.add(engineBegins ? first : second, engineBegins ? second : first);
-        }
+        for ([[maybe_unused]] auto _ : state)
+            pairs.takeTurn(readByEngine, readBare);
         pairs.report(state);
         Inspector::deletePixelBuffer(engine);
     }

@@ -39,7 +39,8 @@ public:
                                          rate, 1, PlayParams::single, PlayParams::video_only)));
         discardCommands();
     }
-    void put(int64 frame) { check(Inspector::cachePut(m_engine, frame, VideoBufferPrivate::create(m_pool, true))); }
+    [[nodiscard]] SharedPtr<VideoBuffer> newBuffer() { return VideoBufferPrivate::create(m_pool, true); }
+    void put(int64 frame) { check(Inspector::cachePut(m_engine, frame, newBuffer())); }
     void put(int64 first, int64 last) {
         for (int64 frame = first; frame <= last; ++frame)
             put(frame);
