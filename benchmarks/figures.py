@@ -53,6 +53,11 @@ def plan(names):
 # ---- The table
 
 
+def name_of(run):
+    """A benchmark's own name, without what Google Benchmark adds to it."""
+    return re.sub(r"/iterations:.*", "", run)
+
+
 def figures_of(files):
     """All figures of Google Benchmark's files, by benchmark and name; and the rows of the host's files."""
     figures, host_rows = {}, []
@@ -61,7 +66,7 @@ def figures_of(files):
         for run in content.get("benchmarks", []):
             if run.get("error_occurred"):
                 fail(f"{run['name']}: {run.get('error_message', 'failed')}", 1)
-            name = re.sub(r"/iterations:.*", "", run["name"])
+            name = name_of(run["name"])
             figures.update({(name, key): value for key, value in run.items() if isinstance(value, (int, float))})
         host_rows += content.get("measures", [])
     return figures, host_rows
@@ -91,6 +96,8 @@ def verdict(value, at_most, at_least):
 
 
 def engine_row(row, value):
+    if value is None:
+        fail(f"{row['benchmark']} has not measured {row['figure']}", 1)
     at_most, at_least = row.get("at_most"), row.get("at_least")
     bound = at_most if at_least is None else at_least
     goal = "" if bound is None else ("at most " if at_least is None else "at least ") + f"{bound:,}"
@@ -116,10 +123,9 @@ def table_rows(files):
     figures, host_rows = figures_of(files)
     rows = []
     for group in load(FOLDER / "goals.json"):
-        for row in group["rows"]:
-            value = figures.get((row["benchmark"], row["figure"]))
-            if value is not None:
-                rows.append(engine_row(row, value))
+        values = [figures.get((row["benchmark"], row["figure"])) for row in group["rows"]]
+        if any(value is not None for value in values):  # else it was not asked for
+            rows += [engine_row(row, value) for row, value in zip(group["rows"], values)]
         if group["name"] == HOST_GROUP:
             rows += [host_row(row) for row in host_rows]
     if not rows:
@@ -135,6 +141,22 @@ def print_table(files):
     missed = sum(row[3].startswith("missed") for row in rows)
     judged = sum(row[3] != "" for row in rows)
     print(f"\n{judged - missed} of {judged} goals met")
+
+
+# ---- Whether goals and programs fit together
+
+
+def check(folder):
+    """Fails when a row's benchmark is not one of its program's: the row would never be measured."""
+    for group in load(FOLDER / "goals.json"):
+        if not group["rows"]:
+            continue
+        command = [str(pathlib.Path(folder) / group["program"]), "--benchmark_list_tests"]
+        listing = subprocess.run(command, capture_output=True, text=True, check=True).stdout
+        known = {name_of(line) for line in listing.splitlines()}
+        for row in group["rows"]:
+            if row["benchmark"] not in known:
+                fail(f"{group['program']} has no benchmark {row['benchmark']}", 1)
 
 
 # ---- The record
@@ -200,13 +222,16 @@ def main():
     commands.add_parser("plan", help="which programs to run for some groups").add_argument("names", nargs="*")
     commands.add_parser("table", help="print the table").add_argument("files", nargs="+")
     commands.add_parser("record", help="keep the figures").add_argument("files", nargs="+")
+    commands.add_parser("check", help="compare the goals with the programs").add_argument("folder")
     arguments = parser.parse_args()
     if arguments.command == "plan":
         plan(arguments.names)
     elif arguments.command == "table":
         print_table(arguments.files)
-    else:
+    elif arguments.command == "record":
         record(arguments.files)
+    else:
+        check(arguments.folder)
 
 
 if __name__ == "__main__":

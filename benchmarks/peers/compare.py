@@ -1,8 +1,8 @@
 #!/usr/bin/python3
 """Measures other players from Debian's packages on a clip, where they are installed. See README.md.
 
-Exit status: 0 when every installed peer was measured, 1 when one of them failed or there was nothing to measure, 2 for a
-wrong command line.
+Exit status: 0 when every installed peer was measured, 1 when one of them failed or there was nothing to measure, 2 for
+a wrong command line.
 """
 import argparse
 import importlib

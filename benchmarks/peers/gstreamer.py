@@ -18,7 +18,7 @@ def launch(clip, convert):
             "fakesink", "sync=false"]
 
 
-class Session:
+class PausedPipeline:
     """A paused pipeline that seeks on demand."""
 
     def __init__(self, gst, clip):
@@ -85,14 +85,14 @@ def measure(clip):
     if os.environ.get("DISPLAY"):
         yield ("forward, OpenGL and read-back",
                lambda: run_forward(launch(clip, CONVERT_IN_OPENGL), clip.num_frames))
-    session = Session(Gst, clip)
+    paused = PausedPipeline(Gst, clip)
     try:
-        how = f"{session.description}; accurate flushing seek, pull-preroll"
-        yield "random exact frames", lambda: random_figure(clip, session.fetch, how)
+        how = f"{paused.description}; accurate flushing seek, pull-preroll"
+        yield "random exact frames", lambda: random_figure(clip, paused.fetch, how)
         yield ("backwards, frame by frame",
-               lambda: backward_figure(wait_times(clip.backward_frames(), session.fetch), how))
+               lambda: backward_figure(wait_times(clip.backward_frames(), paused.fetch), how))
         yield ("backwards, its own reverse mode",
-               lambda: backward_figure(session.play_backwards(NUM_BACKWARD_FRAMES),
-                                       f"{session.description}; seek with rate -1, pull-sample"))
+               lambda: backward_figure(paused.play_backwards(NUM_BACKWARD_FRAMES),
+                                       f"{paused.description}; seek with rate -1, pull-sample"))
     finally:
-        session.close()
+        paused.close()

@@ -16,7 +16,7 @@ TO_MEMORY = ["--vo=null", "--vf=format=fmt=rgba"]
 TO_WINDOW = ["--vo=gpu", "--gpu-context=x11egl", "--opengl-swapinterval=0"]
 
 
-class Session:
+class PausedMpv:
     """A paused mpv that seeks on demand."""
 
     def __init__(self, clip):
@@ -82,13 +82,13 @@ def measure(clip):
         window = TO_WINDOW + [f"--geometry={clip.width}x{clip.height}+0+0"]
         yield ("forward, OpenGL into a window",
                lambda: run_forward(OPTIONS + window + ["--untimed", clip.path], clip.num_frames))
-    with Session(clip) as session:
-        how = " ".join(session.command) + "; seek absolute+exact until playback-restart"
+    with PausedMpv(clip) as paused:
+        how = " ".join(paused.command) + "; seek absolute+exact until playback-restart"
         for frame in clip.random_frames()[:5]:
-            session.fetch_exactly(frame)
-        yield "random exact frames", lambda: random_figure(clip, session.fetch, how)
+            paused.fetch_exactly(frame)
+        yield "random exact frames", lambda: random_figure(clip, paused.fetch, how)
         yield ("backwards, frame by frame",
-               lambda: backward_figure(wait_times(clip.backward_frames(), session.fetch), how))
+               lambda: backward_figure(wait_times(clip.backward_frames(), paused.fetch), how))
     reverse = ["--play-dir=backward", f"--start={clip.seconds_of(clip.num_frames)}",
                f"--end={clip.seconds_of(clip.num_frames - NUM_BACKWARD_FRAMES)}", "--untimed", clip.path]
     yield ("backwards, its own reverse mode",
