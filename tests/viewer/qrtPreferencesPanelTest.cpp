@@ -176,13 +176,21 @@ protected:
         player().getExternalSegmentCacheConstraint(type, mode, first, second);
         return second;
     }
-    /// The frame that is delivered after `change`; null when none comes.
-    [[nodiscard]] SharedPtr<VideoBuffer> frameAfter(std::function<void()> const& change) {
+    using IsExpected = std::function<bool(VideoBuffer const&)>;
+    /// The first frame after `change` that is as expected; null when none comes. One that was under way may come first.
+    [[nodiscard]] SharedPtr<VideoBuffer> frameAfter(std::function<void()> const& change, IsExpected const& isExpected) {
         m_shown.reset();
         change();
-        EXPECT_TRUE(QTest::qWaitFor([this] { return m_shown.has_value(); }));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return m_shown && m_shown->buffer && isExpected(*m_shown->buffer); }));
         return m_shown ? m_shown->buffer : nullptr;
     }
+    [[nodiscard]] static IsExpected isOf(VideoBufferResolution const& format) {
+        return [format](VideoBuffer const& frame) { return frame.getResolution() == format; };
+    }
+    [[nodiscard]] static IsExpected isOf(unsigned char kind) {
+        return [kind](VideoBuffer const& frame) { return frame.getType() == kind; };
+    }
+    [[nodiscard]] static bool isAny(VideoBuffer const&) { return true; }
     void play() {
         m_playback.setMode(PlayParams::loop);
         m_playback.play(1);
@@ -199,9 +207,8 @@ protected:
 
 TEST_F(Preferences, setTheResolutionFromTheList) {
     openClip();
-    const auto frame = frameAfter([this] { choose("resolution", "Half of the input, 80x48"); });
-    ASSERT_TRUE(frame);
-    EXPECT_EQ(frame->getResolution(), outputFormat(80, 48, PixelFormat::rgba8));
+    const VideoBufferResolution half = outputFormat(80, 48, PixelFormat::rgba8);
+    EXPECT_TRUE(frameAfter([this] { choose("resolution", "Half of the input, 80x48"); }, isOf(half)));
     EXPECT_EQ(player().getVideoResolution(), outputFormat(80, 48, PixelFormat::rgba8));
     EXPECT_EQ(stored().play.resolution, QSize(80, 48));
 }
@@ -264,22 +271,17 @@ TEST_F(Preferences, setTheFormatOfFrames) {
     const std::pair<char const*, PixelFormat> formats[] = {
         {"16-bit float", PixelFormat::rgba16f}, {"32-bit float", PixelFormat::rgba32f}, {"8-bit", PixelFormat::rgba8}};
     for (auto const& [name, format] : formats) {
-        const auto frame = frameAfter([this, name = name] { choose("depth", name); });
-        ASSERT_TRUE(frame);
-        EXPECT_EQ(frame->getResolution(), outputFormat(160, 96, format)) << name;
+        EXPECT_TRUE(frameAfter([this, name = name] { choose("depth", name); }, isOf(outputFormat(160, 96, format))))
+            << name;
         EXPECT_EQ(stored().play.depth, format) << name;
     }
 }
 
 TEST_F(Preferences, setHowFramesAreDelivered) {
     openClip();
-    auto frame = frameAfter([this] { choose("delivery", "Memory"); });
-    ASSERT_TRUE(frame);
-    EXPECT_EQ(frame->getType(), VideoBuffer::memoryKind);
+    EXPECT_TRUE(frameAfter([this] { choose("delivery", "Memory"); }, isOf(VideoBuffer::memoryKind)));
     EXPECT_TRUE(player().getRamOutputs());
-    frame = frameAfter([this] { choose("delivery", "Texture"); });
-    ASSERT_TRUE(frame);
-    EXPECT_EQ(frame->getType(), VideoBuffer::framebufferKind);
+    EXPECT_TRUE(frameAfter([this] { choose("delivery", "Texture"); }, isOf(VideoBuffer::framebufferKind)));
 }
 
 TEST_F(Preferences, setTheScaling) {
@@ -336,8 +338,7 @@ TEST_F(Preferences, haveGeneratedPicturesKeptFromTheMomentThatTheyGetMemory) {
     openTitled(settings);
     EXPECT_EQ(find<SettledSpinBox>("segmentCache").value(), 0);
     QSignalSpy changed(&m_panel, &PreferencesPanel::changed);
-    const auto frame = frameAfter([this] { typeNumber("segmentCache", 16); });
-    EXPECT_TRUE(frame);
+    EXPECT_TRUE(frameAfter([this] { typeNumber("segmentCache", 16); }, isAny));
     EXPECT_EQ(segmentBudget(Resource::Type::ram), 16u);
     EXPECT_EQ(changed.count(), 1);
 }
@@ -415,8 +416,7 @@ TEST_F(Preferences, chooseAColourConfigurationAndWhatItNames) {
     ASSERT_TRUE(m_player->composition().presentation().colours);
     EXPECT_EQ(find<QComboBox>("ocioDisplay").currentText(), "screen");
     EXPECT_EQ(find<QComboBox>("ocioView").currentText(), "video");
-    const auto frame = frameAfter([this] { choose("ocioView", "dark"); });
-    EXPECT_TRUE(frame);
+    EXPECT_TRUE(frameAfter([this] { choose("ocioView", "dark"); }, isAny));
     EXPECT_EQ(m_player->composition().presentation().colours->view(), "dark");
     choose("ocioDisplay", "projector");
     EXPECT_EQ(m_player->composition().presentation().colours->display(), "projector");
