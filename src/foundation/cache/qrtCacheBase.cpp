@@ -17,16 +17,15 @@ CacheBase<Data>::~CacheBase() {
 }
 
 template <class Data>
-bool CacheBase<Data>::lookUp(String const& key, Data& data, Entries& expired) {
+Data const* CacheBase<Data>::lookUp(std::string_view key, Entries& expired) {
     const auto found = m_index.find(key);
-    if (found == m_index.end()) return false;
+    if (found == m_index.end()) return nullptr;
     if (found->second->data->expire(CacheData::Reason::lookup)) {
         moveOut(found->second, expired);
-        return false;
+        return nullptr;
     }
     m_entries.splice(m_entries.begin(), m_entries, found->second);
-    data = found->second->data;
-    return true;
+    return &found->second->data;
 }
 
 template <class Data>
@@ -34,7 +33,23 @@ typename CacheBase<Data>::Position CacheBase<Data>::moveOut(Position position, E
     const Position next = std::next(position);
     m_index.erase(position->key);
     dropped.splice(dropped.end(), m_entries, position);
+    ++m_numRemoved;
     return next;
+}
+
+template <class Data>
+void CacheBase<Data>::refresh(Position first) {
+    if (first != m_entries.begin()) m_entries.splice(m_entries.begin(), m_entries, first, m_entries.end());
+}
+
+template <class Data>
+Status CacheBase<Data>::visit(std::string_view key, ForEachFunctorInterface<Data>& visitor) {
+    Entries dropped;
+    const std::lock_guard lock(m_mutex);
+    Data const* const data = lookUp(key, dropped);
+    if (!data) return Status::not_in_cache;
+    (void)visitor.visit(*data);
+    return Status();
 }
 
 template <class Data>
@@ -48,12 +63,13 @@ Status CacheBase<Data>::get(String const& key, int32 timeoutMs, Data& data) {
     Data found;  // so that what `data` held before is dropped without the lock
     {
         std::unique_lock lock(m_mutex);
-        bool hit = lookUp(key, found, dropped);
+        Data const* hit = lookUp(key.view(), dropped);
         if (!hit && timeoutMs > 0) {
-            hit = m_added.wait_for(lock, std::chrono::milliseconds(timeoutMs),
-                                   [&] { return lookUp(key, found, dropped); });
+            m_added.wait_for(lock, std::chrono::milliseconds(timeoutMs),
+                             [&] { return (hit = lookUp(key.view(), dropped)) != nullptr; });
         }
         if (!hit) return Status::not_in_cache;
+        found = *hit;
     }
     data.swap(found);
     return Status();
@@ -99,6 +115,7 @@ template <class Data>
 Status CacheBase<Data>::clear() {
     Entries dropped;
     const std::lock_guard lock(m_mutex);
+    m_numRemoved += m_entries.size();
     m_index.clear();
     dropped.swap(m_entries);
     return Status();
@@ -155,7 +172,10 @@ Status CacheBase<Data>::evict(cache_eviction_mode_t mode, cache_eviction_strateg
         if (strategy == evict_advised && !m_advisor->canEvict(position->key, position->data)) continue;
         position = moveOut(position, dropped);
         ++numEvicted;
-        if (mode == evict_one) break;
+        if (mode == evict_one) {
+            refresh(position);
+            break;
+        }
     }
     return Status();
 }

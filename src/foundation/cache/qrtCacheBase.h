@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <functional>
 #include <list>
@@ -29,7 +30,8 @@ enum cache_eviction_strategy_t : int {
 /// A keyed cache without a limit of its own: whoever fills it evicts when room is needed.
 ///
 /// Threading: every method may be called from any thread. The lock is never held while a record is destroyed, so a
-/// record's end may use the cache or take any other lock. Recency: `get` and `put` count as a use, nothing else does.
+/// record's end may use the cache or take any other lock. Recency: `get`, `visit`, `put` and the advisor's wish to
+/// keep an entry count as a use, nothing else does.
 template <class Data>
 class QRT_CACHE_EXPORT CacheBase final : public RefCountedMT {
 public:
@@ -42,6 +44,10 @@ public:
     /// The same, but waits up to `timeoutMs` milliseconds for another thread to put the entry; 0 or less does not wait.
     Status get(String const& key, int32 timeoutMs, Data& data);
 
+    /// Shows the entry's record to the visitor, under the lock: for those who need one thing of it and not the record
+    /// itself. `Status::not_in_cache` as `get`. What the visitor answers makes no difference.
+    Status visit(std::string_view key, ForEachFunctorInterface<Data>& visitor);
+
     /// Adds or replaces an entry. `Status::invalid_argument` for an empty `data`.
     Status put(String const& key, Data const& data);
     /// Drops an entry; success whether or not there was one.
@@ -53,6 +59,8 @@ public:
     [[nodiscard]] bool empty() const;
     [[nodiscard]] size_t size() const;
     [[nodiscard]] bool containsKey(String const& key) const;
+    /// How many entries have ever left the cache, on whatever way. While it stays the same, what was in it still is.
+    [[nodiscard]] uint64 numRemoved() const noexcept { return m_numRemoved.load(); }
 
     /// Visits every entry, most recently used first, until the visitor says no.
     Status for_each(ForEachFunctorInterface<Data>& visitor) const;
@@ -61,6 +69,7 @@ public:
     Status setEvictionAdvisor(SharedPtr<EvictionAdvisorInterfaceBase<Data>> const& advisor);
 
     /// Drops entries, the least recently used first, and sets `numEvicted` to their number, which may be 0.
+    /// Entries that the advisor keeps while one is looked for count as used: the next call does not begin with them.
     /// `Status::invalid_argument`, with `numEvicted` 0, for an unknown mode or strategy.
     Status evict(cache_eviction_mode_t mode, cache_eviction_strategy_t strategy, size_t& numEvicted);
 
@@ -71,18 +80,28 @@ private:
     };
     using Entries = std::list<Entry>;  // most recently used first
     using Position = typename Entries::iterator;
+    struct SameText {
+        using is_transparent = void;
+        bool operator()(String const& a, String const& b) const { return a == b; }
+        bool operator()(std::string_view a, String const& b) const { return a == b.view(); }
+    };
+    using Index = std::unordered_map<String, Position, std::hash<String>, SameText>;
 
     CacheBase() = default;
 
-    /// The live record under `key`, moved to the front; `expired` receives one that is too old. Needs the lock.
-    [[nodiscard]] bool lookUp(String const& key, Data& data, Entries& expired);
+    /// The live record under `key`, moved to the front, or null; `expired` receives one that is too old. Needs the
+    /// lock.
+    [[nodiscard]] Data const* lookUp(std::string_view key, Entries& expired);
+    /// Makes the entries from `first` to the least recently used one the most recently used. Needs the lock.
+    void refresh(Position first);
     /// Moves an entry out of the cache into `dropped`. Needs the lock; `dropped` must be destroyed without it.
     Position moveOut(Position position, Entries& dropped);
 
     mutable std::mutex m_mutex;
     std::condition_variable m_added;
+    std::atomic<uint64> m_numRemoved{0};                      // changed under m_mutex
     Entries m_entries;                                        // under m_mutex
-    std::unordered_map<String, Position> m_index;             // under m_mutex
+    Index m_index;                                            // under m_mutex
     SharedPtr<EvictionAdvisorInterfaceBase<Data>> m_advisor;  // under m_mutex
 };
 

@@ -4,6 +4,7 @@
 #include <functional>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "foundation/core/qrtExport.h"
@@ -21,6 +22,7 @@ public:
 
     [[nodiscard]] char const* c_str() const noexcept { return m_text.c_str(); }
     [[nodiscard]] size_t size() const noexcept { return m_text.size(); }
+    [[nodiscard]] std::string_view view() const noexcept { return m_text; }
     [[nodiscard]] bool empty() const noexcept { return m_text.empty(); }
 
     String& append(char const* text) {
@@ -49,7 +51,9 @@ inline std::ostream& operator<<(std::ostream& stream, String const& text) {
 
 template <>
 struct std::hash<QRT_0_81::String> {
-    size_t operator()(QRT_0_81::String const& text) const noexcept {
-        return std::hash<std::string_view>()(std::string_view(text.c_str(), text.size()));
-    }
+    using is_transparent = void;  // a key that is no `String` yet need not become one to be looked up
+    // Not noexcept: containers of the standard library then keep the hashes beside the texts, and need not make them
+    // again for every neighbour that a look-up comes by.
+    size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
+    size_t operator()(QRT_0_81::String const& text) const { return (*this)(text.view()); }
 };
