@@ -54,7 +54,6 @@ TEST_F(PlayerCommands, aFreshPlayerReportsItsDefaults) {
 }
 
 // ---- Start and stop
-// -----------------------------------------------------------------------------------------------------
 
 TEST_F(PlayerCommands, startingWithoutACompositionAnswersNoComposition) {
     ASSERT_EQ(player->initialize(host.nativeContext(), host.nativeWindow()).get(), Status::ok);
@@ -211,7 +210,6 @@ TEST_F(PlayerCommands, thePlayerKeepsACopyOfTheParameters) {
 }
 
 // ---- While producing
-// ----------------------------------------------------------------------------------------------------
 
 TEST_F(PlayerCommands, everySetterButTheDefaultSourceRateIsRefusedWhileProducingAndChangesNothing) {
     start();
@@ -264,7 +262,6 @@ TEST_F(PlayerCommands, evenARefusedExchangeClearsTheCache) {
 }
 
 // ---- Formats
-// ------------------------------------------------------------------------------------------------------------
 
 TEST_F(PlayerCommands, anInvalidResolutionIsRefusedWhateverElseHolds) {
     EXPECT_EQ(player->setVideoResolution(VideoBufferResolution()).get(), 3);
@@ -367,7 +364,6 @@ TEST_F(PlayerCommands, aNewAudioFormatClearsTheCacheAndTheSameObjectIsNoChange) 
 }
 
 // ---- Composition
-// --------------------------------------------------------------------------------------------------------
 
 TEST_F(PlayerCommands, theGraphEngineGetsTheCompositionWithFormatAndDefaultRate) {
     ASSERT_EQ(player->initialize(host.nativeContext(), host.nativeWindow()).get(), Status::ok);

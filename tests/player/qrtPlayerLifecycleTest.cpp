@@ -262,7 +262,6 @@ TEST_F(PlayerLifecycle, anInvalidFormatLeavesThePlayerRunningWithoutBuffers) {
 }
 
 // ---- OpenGL objects
-// -----------------------------------------------------------------------------------------------------
 
 TEST_F(PlayerLifecycle, uninitializeLeavesNoTextureAndNoFramebufferInTheHostsShareGroup) {
     start();

@@ -118,6 +118,13 @@ void PlayParams::setProductionMode(ProductionMode mode) {
 }
 
 int64 PlayParams::getFrame(Time const& time, Rational const& frameRate) {
+    // The usual case without three divisions: below 2^50 ticks what they lose is less than what rounding forgives.
+    constexpr int64 exactlyRounded = int64{1} << 50;
+    const int64 ticks = time.getNbTicks();
+    const bool isSameRate =
+        time.getRate() == frameRate && frameRate.getNumerator() != 0 && frameRate.getDenominator() != 0;
+    if (isSameRate && ticks >= 0 && ticks < exactlyRounded) return ticks;
+
     const double ticksPerSecond = time.getRate().getValue();
     double position = 0.0;
     if (std::abs(ticksPerSecond) > std::numeric_limits<double>::epsilon()) {

@@ -18,6 +18,7 @@
 #include "qrtExternalSegmentCacheManager.h"
 #include "qrtExternalSegmentWrappers.h"
 #include "qrtNativeContext.h"
+#include "qrtNextFrameSearch.h"
 #include "qrtVideoBufferPrivate.h"
 
 class QOffscreenSurface;
@@ -178,6 +179,7 @@ private:
     Status _cacheErase(int64 frameNumber);
     [[nodiscard]] bool _cacheContains(int64 frameNumber) const;
     size_t _cacheEvictOne();
+    size_t _cacheEvictUnwanted();
     size_t _cacheTryEvictOne();
 
     /// Any thread.
@@ -203,6 +205,9 @@ private:
     std::unique_ptr<QOpenGLBuffer> m_pixelBuffer;
     SharedPtr<PlayParams> m_playParams;
     SharedPtr<ExternalSegmentWrappers> m_externalSegments;
+    NextFrameSearch m_nextFrameSearch;
+    int32 m_advisedHeadFrames = 0;  // what the eviction advisor of this run keeps
+    int32 m_advisedTailFrames = 0;
     bool m_isLookingAhead = false;  // inside a step of the production loop
 
     // Under m_engineMutex: written by the player thread (or by hosts while there is none), read by any. Objects that

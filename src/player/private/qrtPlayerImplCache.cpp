@@ -1,6 +1,7 @@
 // The producer cache.
+#include <algorithm>
 #include <charconv>
-#include <set>
+#include <vector>
 
 #include "foundation/cache/qrtForEachFunctorInterface.h"
 #include "qrtPlayerImpl.h"
@@ -11,25 +12,53 @@ namespace QRT_0_81 {
 
 namespace {
 
-/// The frame's number in decimal.
-String cacheKey(int64 frameNumber) {
-    char text[24] = "";  // 20 characters at most, and the zero that ends them
-    std::to_chars(text, text + sizeof text - 1, frameNumber);
-    return String(text);
-}
+/// The frame's number in decimal, as text on the stack.
+class CacheKey final {
+public:
+    explicit CacheKey(int64 frameNumber) noexcept
+        : m_end(std::to_chars(m_text, m_text + sizeof m_text, frameNumber).ptr) {}
+    CacheKey(CacheKey const&) = delete;
+    CacheKey& operator=(CacheKey const&) = delete;
+
+    [[nodiscard]] std::string_view view() const noexcept { return {m_text, static_cast<size_t>(m_end - m_text)}; }
+    [[nodiscard]] String text() const { return String(std::string(view())); }
+
+private:
+    char m_text[20];  // the longest has 19 digits and a sign
+    char const* const m_end;
+};
+
+/// Takes the frame out of a record.
+class TakeVideoBuffer final : public ForEachFunctorInterface<SharedPtr<CacheData>> {
+public:
+    explicit TakeVideoBuffer(SharedPtr<VideoBuffer>& videoBuffer) : m_videoBuffer(videoBuffer) {}
+
+    bool visit(SharedPtr<CacheData> const& data) override {
+        auto const* const produced = ProducedVideoBuffer::from(data);
+        if (produced) m_videoBuffer = produced->getVideoBuffer();
+        m_isFrame = produced;
+        return true;
+    }
+    [[nodiscard]] bool isFrame() const { return m_isFrame; }
+
+private:
+    SharedPtr<VideoBuffer>& m_videoBuffer;
+    bool m_isFrame = false;
+};
 
 /// Collects the numbers of the cached frames, in order.
 class ProducerCacheStats final : public ForEachFunctorInterface<SharedPtr<CacheData>> {
 public:
     bool visit(SharedPtr<CacheData> const& data) override {
-        if (auto const* const produced = dynamic_cast<ProducedVideoBuffer const*>(data.get())) {
-            m_frames.insert(produced->getFrameNumber());
-        }
+        if (auto const* const produced = ProducedVideoBuffer::from(data))
+            m_frames.push_back(produced->getFrameNumber());
         return true;
     }
 
     /// Appends the runs of consecutive numbers.
-    void appendRanges(Vector<CacheStats::FrameRange>& ranges) const {
+    void appendRanges(Vector<CacheStats::FrameRange>& ranges) {
+        std::sort(m_frames.begin(), m_frames.end());
+        m_frames.erase(std::unique(m_frames.begin(), m_frames.end()), m_frames.end());
         for (const int64 frame : m_frames) {
             if (!ranges.empty() && ranges.back().last == frame - 1) {
                 ranges.back().last = frame;
@@ -40,42 +69,56 @@ public:
     }
 
 private:
-    std::set<int64> m_frames;
+    std::vector<int64> m_frames;
 };
 
 }  // namespace
 
 Status PlayerImpl::_cacheGet(int64 frameNumber, SharedPtr<VideoBuffer>& videoBuffer, int32 timeoutMs) const {
     videoBuffer.reset();
-    const String key = cacheKey(frameNumber);
-    SharedPtr<CacheData> data;
-    const Status status = timeoutMs == 0 ? m_producerCache->get(key, data) : m_producerCache->get(key, timeoutMs, data);
-    if (status.failure()) return status;
-    auto const* const produced = dynamic_cast<ProducedVideoBuffer const*>(data.get());
-    if (!produced) return Status::out_of_range;
-    videoBuffer = produced->getVideoBuffer();
-    return status;
+    TakeVideoBuffer taking(videoBuffer);
+    const CacheKey key(frameNumber);
+    Status status;
+    if (timeoutMs == 0) {
+        // Every frame that a host fetches comes this way: the record itself is not taken, only its frame.
+        status = m_producerCache->visit(key.view(), taking);
+    } else {
+        SharedPtr<CacheData> data;
+        status = m_producerCache->get(key.text(), timeoutMs, data);
+        if (status.success()) (void)taking.visit(data);
+    }
+    return status.success() && !taking.isFrame() ? Status(Status::out_of_range) : status;
 }
 
 Status PlayerImpl::_cachePut(int64 frameNumber, SharedPtr<VideoBuffer> const& videoBuffer) {
     const SharedPtr<CacheData> record(new ProducedVideoBuffer(frameNumber, videoBuffer));
-    return m_producerCache->put(cacheKey(frameNumber), record);
+    return m_producerCache->put(CacheKey(frameNumber).text(), record);
 }
 
 Status PlayerImpl::_cacheErase(int64 frameNumber) {
-    return m_producerCache->erase(cacheKey(frameNumber));
+    return m_producerCache->erase(CacheKey(frameNumber).text());
 }
 
 bool PlayerImpl::_cacheContains(int64 frameNumber) const {
-    return m_producerCache->containsKey(cacheKey(frameNumber));
+    return m_producerCache->containsKey(CacheKey(frameNumber).text());
 }
 
 size_t PlayerImpl::_cacheEvictOne() {
     if (m_producerCache->empty()) return 0;
     size_t numEvicted = 0;
-    if (m_producing) (void)m_producerCache->evict(evict_one, evict_advised, numEvicted);
+    if (m_producing) numEvicted = _cacheEvictUnwanted();
     if (numEvicted == 0) (void)m_producerCache->evict(evict_one, evict_least_recently_used, numEvicted);
     QRT_ENGINE_DEBUG("%s %zd", "_cacheEvictOne() - after - numEvicted =", numEvicted);
+    return numEvicted;
+}
+
+size_t PlayerImpl::_cacheEvictUnwanted() {
+    size_t numEvicted = 0;
+    (void)m_producerCache->evict(evict_one, evict_advised, numEvicted);
+    // The advisor keeps to the counts of the beginning of the run; what it lets go may be wanted since.
+    const bool isAdviceCurrent =
+        m_producerCacheNbHeadFrames <= m_advisedHeadFrames && m_producerCacheNbTailFrames <= m_advisedTailFrames;
+    if (isAdviceCurrent) m_nextFrameSearch.noteUnwantedRemoved(numEvicted);
     return numEvicted;
 }
 
@@ -83,7 +126,7 @@ size_t PlayerImpl::_cacheTryEvictOne() {
     if (m_producerCache->empty()) return 0;
     size_t numEvicted = 0;
     // No fallback: looking ahead never costs a frame that playback still needs.
-    if (m_producing) (void)m_producerCache->evict(evict_one, evict_advised, numEvicted);
+    if (m_producing) numEvicted = _cacheEvictUnwanted();
     QRT_ENGINE_DEBUG("%s %zd", "_cacheTryEvictOne() - after - numEvicted =", numEvicted);
     return numEvicted;
 }

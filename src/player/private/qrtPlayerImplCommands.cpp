@@ -25,7 +25,6 @@ int64 saturatingAdd(int64 a, int64 b) {
 }  // namespace
 
 // ---- Host threads
-// -------------------------------------------------------------------------------------------------------
 
 Status PlayerImpl::setPref(String const& name, int value) {
     const Status status = m_initialized ? _execute<CmdSetPref>(name, value) : _setPref(name, value);
@@ -104,7 +103,6 @@ Status PlayerImpl::setRamOutputs(bool ramOutputs) {
 }
 
 // ---- Player thread
-// ------------------------------------------------------------------------------------------------------
 
 Status PlayerImpl::_startProducing(SharedPtr<PlayParams> const& params) {
     if (m_producing) return Status::already_producing;
@@ -113,9 +111,12 @@ Status PlayerImpl::_startProducing(SharedPtr<PlayParams> const& params) {
     m_playParams = params->clone();  // the host may go on changing its own
     if (const Status status = _graphEngine()->setStep(m_playParams->getStep()); status.failure()) return status;
 
+    m_advisedHeadFrames = m_producerCacheNbHeadFrames;
+    m_advisedTailFrames = m_producerCacheNbTailFrames;
     const SharedPtr<EvictionAdvisorInterfaceBase<SharedPtr<CacheData>>> advisor(
-        new CacheEvictionAdvisor(m_playParams, m_producerCacheNbHeadFrames, m_producerCacheNbTailFrames));
+        new CacheEvictionAdvisor(m_playParams, m_advisedHeadFrames, m_advisedTailFrames));
     (void)m_producerCache->setEvictionAdvisor(advisor);
+    m_nextFrameSearch.forget();
     m_producing.exchange(true);
 
     const PlayParams::ProductionMode mode = m_playParams->getProductionMode();
@@ -297,6 +298,7 @@ Status PlayerImpl::_setPref(String const& name, int value) {
 Status PlayerImpl::_setFrameCountPref(std::atomic<int32>& count, int value) {
     if (value < 0) return Status::invalid_argument;
     if (count.exchange(value) == value) return Status();
+    m_nextFrameSearch.forget();
     return _resizePools();
 }
 

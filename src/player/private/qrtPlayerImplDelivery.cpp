@@ -35,13 +35,18 @@ bool PlayerImpl::isVideoBufferReady(int64 frameNumber) {
 Status PlayerImpl::getVideoBuffer(int64 frameNumber, SharedPtr<VideoBuffer>& videoBuffer) {
     videoBuffer.reset();
     if (!m_initialized) return Status::not_initialized;
-    const auto composition = _composition();
+    SharedPtr<Composition> composition;
+    Rational rate;
+    {
+        const std::lock_guard lock(m_engineMutex);
+        composition = m_composition;
+        rate = m_videoFrameRate;
+    }
     if (!composition) return Status::no_composition;
     Time start;
     Time duration;
     if (const Status status = composition->getStartTime(start); status.failure()) return status;
     if (const Status status = composition->getDuration(duration); status.failure()) return status;
-    const Rational rate = getVideoFrameRate();
     if (!isInOrJustBehind(frameNumber, PlayParams::getFrame(start, rate), PlayParams::getFrame(duration, rate))) {
         return Status::out_of_range;
     }

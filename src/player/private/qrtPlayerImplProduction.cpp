@@ -12,42 +12,26 @@
 
 namespace QRT_0_81 {
 
-namespace {
-constexpr int64 noFrame = -1;
-}  // namespace
-
 // ---- The loop
-// -----------------------------------------------------------------------------------------------------------
 
 void PlayerImpl::_queueProduceNext() {
     m_commandQueue.pushBack(std::make_unique<CmdProduceNextVideoBuffer>());
 }
 
 int64 PlayerImpl::_nextFrameToProduce() {
-    if (!m_producing) return noFrame;
-    SharedPtr<VideoBuffer> cached;
-    const auto isCached = [&](int64 frame) { return _cacheGet(frame, cached, 0).success(); };
-
-    PlayParamsPrivate const& params = *m_playParams->m_private;
-    if (!isCached(params.currentFrame)) return params.currentFrame;
-
-    PlayParamsPrivate head = params;
-    for (int32 i = 0; i < m_producerCacheNbHeadFrames; ++i) {
-        if (!head.next()) return noFrame;  // the tail is not looked at either: playback ends here
-        if (!isCached(head.currentFrame)) return head.currentFrame;
-    }
-    PlayParamsPrivate tail = params.reversed();
-    for (int32 i = 0; i < m_producerCacheNbTailFrames; ++i) {
-        if (!tail.next()) return noFrame;
-        if (!isCached(tail.currentFrame)) return tail.currentFrame;
-    }
-    return noFrame;
+    if (!m_producing) return NextFrameSearch::noFrame;
+    const auto isCached = [this](int64 frame) {
+        SharedPtr<VideoBuffer> cached;
+        return _cacheGet(frame, cached, 0).success();
+    };
+    return m_nextFrameSearch.find(*m_playParams->m_private, m_producerCacheNbHeadFrames, m_producerCacheNbTailFrames,
+                                  m_producerCache->numRemoved(), isCached);
 }
 
 Status PlayerImpl::_produceNextVideoBuffer() {
     Status status;
     const int64 frameNumber = _nextFrameToProduce();
-    if (frameNumber == noFrame) {
+    if (frameNumber == NextFrameSearch::noFrame) {
         QRT_ENGINE_DEBUG("PlayerImpl::_produceNextVideoBuffer() has no more frames to produce.");
         return status;
     }
@@ -83,7 +67,6 @@ Status PlayerImpl::_updateCurrentFrameNumber(int64 frameNumber) {
 }
 
 // ---- One frame
-// ----------------------------------------------------------------------------------------------------------
 
 Status PlayerImpl::_produceVideoBuffer(int64 frameNumber, bool onDemand, SharedPtr<VideoBuffer>& videoBuffer) {
     if (const Status cached = _cacheGet(frameNumber, videoBuffer, 0); cached.success()) return cached;
@@ -135,7 +118,6 @@ Status PlayerImpl::_render(QOpenGLFramebufferObject& framebuffer, int64 frameNum
 }
 
 // ---- Read-back
-// ----------------------------------------------------------------------------------------------------------
 
 Status PlayerImpl::_readBack(SharedPtr<VideoBufferPrivate> const& source, bool onDemand,
                              SharedPtr<VideoBufferPrivate>& destination) {

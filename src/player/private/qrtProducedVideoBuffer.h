@@ -1,5 +1,7 @@
 #pragma once
 
+#include <typeinfo>
+
 #include "foundation/cache/qrtCacheData.h"
 #include "foundation/core/qrtTypes.h"
 #include "foundation/core/qrtVideoBuffer.h"
@@ -12,6 +14,14 @@ public:
     ProducedVideoBuffer(int64 frameNumber, SharedPtr<VideoBuffer> const& videoBuffer);
     /// Lets go of the frame, which gives its resource back unless a host still holds it.
     ~ProducedVideoBuffer() override;
+
+    /// The record as a produced frame, or null when it is none. The class has no descendants: comparing the type is
+    /// enough, and a tenth of the time of a dynamic cast.
+    [[nodiscard]] static ProducedVideoBuffer const* from(SharedPtr<CacheData> const& data) noexcept {
+        CacheData const* const record = data.get();
+        if (!record || typeid(*record) != typeid(ProducedVideoBuffer)) return nullptr;
+        return static_cast<ProducedVideoBuffer const*>(record);
+    }
 
     [[nodiscard]] int64 getFrameNumber() const noexcept { return m_frameNumber; }
     [[nodiscard]] SharedPtr<VideoBuffer> const& getVideoBuffer() const noexcept { return m_videoBuffer; }
