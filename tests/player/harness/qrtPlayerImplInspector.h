@@ -70,6 +70,7 @@ struct PlayerImplInspector {
     static void setFrameCounts(PlayerImpl& engine, int32 head, int32 tail) {
         engine.m_producerCacheNbHeadFrames = head;
         engine.m_producerCacheNbTailFrames = tail;
+        engine.m_nextFrameSearch.forget();
     }
 
     // The run; the parameters only while nothing runs on the player thread
