@@ -30,7 +30,7 @@ class TestCmd final : public Cmd {
 public:
     using Action = std::function<void()>;
     explicit TestCmd(Action onExecute, Action atEnd = {})
-        : Cmd(CmdType::update_current_frame_number), m_onExecute(std::move(onExecute)), m_atEnd(std::move(atEnd)) {}
+        : Cmd(CmdType::get_pref), m_onExecute(std::move(onExecute)), m_atEnd(std::move(atEnd)) {}
     ~TestCmd() override {
         if (m_atEnd) m_atEnd();
     }

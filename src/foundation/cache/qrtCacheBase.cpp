@@ -24,6 +24,7 @@ Data const* CacheBase<Data>::lookUp(std::string_view key, Entries& expired) {
         moveOut(found->second, expired);
         return nullptr;
     }
+    letGoOf(found->second);
     m_entries.splice(m_entries.begin(), m_entries, found->second);
     return &found->second->data;
 }
@@ -31,6 +32,7 @@ Data const* CacheBase<Data>::lookUp(std::string_view key, Entries& expired) {
 template <class Data>
 typename CacheBase<Data>::Position CacheBase<Data>::moveOut(Position position, Entries& dropped) {
     const Position next = std::next(position);
+    letGoOf(position);
     m_index.erase(position->key);
     dropped.splice(dropped.end(), m_entries, position);
     ++m_numRemoved;
@@ -38,8 +40,13 @@ typename CacheBase<Data>::Position CacheBase<Data>::moveOut(Position position, E
 }
 
 template <class Data>
-void CacheBase<Data>::refresh(Position first) {
-    if (first != m_entries.begin()) m_entries.splice(m_entries.begin(), m_entries, first, m_entries.end());
+typename CacheBase<Data>::Position CacheBase<Data>::nextNewer(Position position) {
+    return position == m_entries.begin() ? std::prev(m_entries.end()) : std::prev(position);
+}
+
+template <class Data>
+void CacheBase<Data>::letGoOf(Position position) {
+    if (m_hand == position) m_hand = position == m_entries.begin() ? m_entries.end() : std::prev(position);
 }
 
 template <class Data>
@@ -118,6 +125,7 @@ Status CacheBase<Data>::clear() {
     m_numRemoved += m_entries.size();
     m_index.clear();
     dropped.swap(m_entries);
+    m_hand = m_entries.end();
     return Status();
 }
 
@@ -164,20 +172,33 @@ Status CacheBase<Data>::evict(cache_eviction_mode_t mode, cache_eviction_strateg
 
     Entries dropped;
     const std::lock_guard lock(m_mutex);
-    if (strategy == evict_advised && !m_advisor) return Status();
-
-    Position position = m_entries.end();
-    while (position != m_entries.begin()) {
-        --position;
-        if (strategy == evict_advised && !m_advisor->canEvict(position->key, position->data)) continue;
-        position = moveOut(position, dropped);
+    if (strategy == evict_advised) {
+        numEvicted = m_advisor ? evictAdvised(mode, dropped) : 0;
+        return Status();
+    }
+    while (!m_entries.empty()) {
+        moveOut(std::prev(m_entries.end()), dropped);
         ++numEvicted;
-        if (mode == evict_one) {
-            refresh(position);
-            break;
-        }
+        if (mode == evict_one) break;
     }
     return Status();
+}
+
+template <class Data>
+size_t CacheBase<Data>::evictAdvised(cache_eviction_mode_t mode, Entries& dropped) {
+    size_t numEvicted = 0;
+    Position candidate = m_hand == m_entries.end() && !m_entries.empty() ? std::prev(m_entries.end()) : m_hand;
+    for (size_t left = m_entries.size(); left > 0; --left) {
+        const Position next = nextNewer(candidate);
+        if (m_advisor->canEvict(candidate->key, candidate->data)) {
+            m_hand = next;
+            moveOut(candidate, dropped);
+            ++numEvicted;
+            if (mode == evict_one) break;
+        }
+        candidate = next;
+    }
+    return numEvicted;
 }
 
 template class CacheBase<SharedPtr<CacheData>>;

@@ -30,8 +30,8 @@ enum cache_eviction_strategy_t : int {
 /// A keyed cache without a limit of its own: whoever fills it evicts when room is needed.
 ///
 /// Threading: every method may be called from any thread. The lock is never held while a record is destroyed, so a
-/// record's end may use the cache or take any other lock. Recency: `get`, `visit`, `put` and the advisor's wish to
-/// keep an entry count as a use, nothing else does.
+/// record's end may use the cache or take any other lock. Recency: `get`, `visit` and `put` count as a use,
+/// nothing else does.
 template <class Data>
 class QRT_CACHE_EXPORT CacheBase final : public RefCountedMT {
 public:
@@ -69,8 +69,9 @@ public:
     Status setEvictionAdvisor(SharedPtr<EvictionAdvisorInterfaceBase<Data>> const& advisor);
 
     /// Drops entries, the least recently used first, and sets `numEvicted` to their number, which may be 0.
-    /// Entries that the advisor keeps while one is looked for count as used: the next call does not begin with them.
-    /// `Status::invalid_argument`, with `numEvicted` 0, for an unknown mode or strategy.
+    /// With an advisor each call goes on where the last one ended and comes back to the least recently used entry when
+    /// it is through: what the advisor wants to keep is not asked about again and again. `Status::invalid_argument`,
+    /// with `numEvicted` 0, for an unknown mode or strategy.
     Status evict(cache_eviction_mode_t mode, cache_eviction_strategy_t strategy, size_t& numEvicted);
 
 private:
@@ -92,8 +93,12 @@ private:
     /// The live record under `key`, moved to the front, or null; `expired` receives one that is too old. Needs the
     /// lock.
     [[nodiscard]] Data const* lookUp(std::string_view key, Entries& expired);
-    /// Makes the entries from `first` to the least recently used one the most recently used. Needs the lock.
-    void refresh(Position first);
+    /// The `evict` of `evict_advised`. Needs the lock; `dropped` must be destroyed without it.
+    size_t evictAdvised(cache_eviction_mode_t mode, Entries& dropped);
+    /// The entry used after this one; after the most recently used one comes the least. Needs the lock.
+    [[nodiscard]] Position nextNewer(Position position);
+    /// To be called before an entry leaves its place. Needs the lock.
+    void letGoOf(Position position);
     /// Moves an entry out of the cache into `dropped`. Needs the lock; `dropped` must be destroyed without it.
     Position moveOut(Position position, Entries& dropped);
 
@@ -101,6 +106,7 @@ private:
     std::condition_variable m_added;
     std::atomic<uint64> m_numRemoved{0};                      // changed under m_mutex
     Entries m_entries;                                        // under m_mutex
+    Position m_hand = m_entries.end();                        // under m_mutex: whom the advisor is asked about next
     Index m_index;                                            // under m_mutex
     SharedPtr<EvictionAdvisorInterfaceBase<Data>> m_advisor;  // under m_mutex
 };

@@ -36,6 +36,8 @@ class Cmd {
 public:
     virtual ~Cmd() = default;
     virtual void execute(PlayerImpl& engine) = 0;
+    /// A command that does exactly the same, or null for one that is like no other.
+    [[nodiscard]] virtual std::unique_ptr<Cmd> another() const { return nullptr; }
 
     [[nodiscard]] CmdType type() const noexcept { return m_type; }
 
@@ -82,7 +84,10 @@ private:
 };
 
 /// The queue between the hosts' threads and the player thread: first in, first out, but for urgent commands that go to
-/// the front, where the last one posted comes out first. Nothing merges or cancels, and it grows without limit.
+/// the front, where the last one posted comes out first. It grows without limit.
+///
+/// Steps of the production loop that wait side by side are kept as one and a number; each still comes out by itself.
+/// Nothing else merges or cancels, but what its poster lets go of: see the second `pushFront`.
 ///
 /// Threading: posting from any thread; taking on the player thread. The lock is held only while one command goes in or
 /// out, never while one runs or dies.
@@ -91,6 +96,10 @@ public:
     /// A null command is ignored.
     void pushBack(std::unique_ptr<Cmd> command);
     void pushFront(std::unique_ptr<Cmd> command);
+    /// The same, unless `isOverruled` says that the two commands at the front (null where there is none) leave nothing
+    /// of what `command` would do; then it is destroyed unexecuted. Called under the lock.
+    using IsOverruled = bool (*)(Cmd const& command, Cmd const* first, Cmd const* second);
+    void pushFront(std::unique_ptr<Cmd> command, IsOverruled isOverruled);
 
     /// The command at the front; waits, without a time-out, until there is one.
     [[nodiscard]] std::unique_ptr<Cmd> take();
@@ -98,12 +107,21 @@ public:
     /// Destroys what is left without executing it, which wakes the callers of synchronous commands.
     void discardAll();
 
+    /// How many commands wait.
     [[nodiscard]] size_t size() const;
+    /// How many objects they take.
+    [[nodiscard]] size_t numEntries() const;
 
 private:
+    struct Entry {
+        std::unique_ptr<Cmd> command;
+        size_t numMore = 0;  // further commands that do the same
+    };
+
     mutable std::mutex m_mutex;
     std::condition_variable m_posted;
-    std::deque<std::unique_ptr<Cmd>> m_commands;  // under m_mutex
+    std::deque<Entry> m_entries;  // under m_mutex
+    size_t m_size = 0;            // under m_mutex
 };
 
 }  // namespace QRT_0_81

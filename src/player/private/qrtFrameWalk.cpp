@@ -32,19 +32,24 @@ struct Positions {
     uint64 last;
     uint64 step;
 
-    [[nodiscard]] bool isTargetAhead() const { return target > current && (target - current) % step == 0; }
-    [[nodiscard]] uint64 stepsAhead() const { return (target - current) / step; }
+    /// The steps to the target when it lies ahead, on this side of the end of the range.
+    [[nodiscard]] uint64 stepsAhead() const {
+        if (target <= current) return never;
+        const uint64 distance = target - current;
+        if (step == 1) return distance;  // most walks, and a division takes as long as all the rest
+        return distance % step == 0 ? distance / step : never;
+    }
     [[nodiscard]] uint64 stepsToLast() const { return (last - current) / step; }
 };
 
 uint64 stepsInLoop(Positions const& walk) {
-    if (walk.isTargetAhead()) return walk.stepsAhead();
+    if (const uint64 ahead = walk.stepsAhead(); ahead != never) return ahead;
     // The step over the end lands on the very first frame, whatever is left over.
     return walk.target % walk.step == 0 ? walk.stepsToLast() + 1 + walk.target / walk.step : never;
 }
 
 uint64 stepsInPingPong(Positions const& walk) {
-    if (walk.isTargetAhead()) return walk.stepsAhead();
+    if (const uint64 ahead = walk.stepsAhead(); ahead != never) return ahead;
     if (walk.target % walk.step != walk.current % walk.step) return never;
     const uint64 stepsUp = walk.stepsToLast();
     const uint64 turn = walk.current + stepsUp * walk.step;
@@ -64,7 +69,7 @@ uint64 stepsTo(PlayParamsPrivate const& from, int64 frame) {
     const Positions walk{position(from.currentFrame), position(frame),
                          static_cast<uint64>(from.endFrame - from.startFrame), step};
     switch (from.playMode) {
-        case PlayParams::single: return walk.isTargetAhead() ? walk.stepsAhead() : never;
+        case PlayParams::single: return walk.stepsAhead();
         case PlayParams::loop: return stepsInLoop(walk);
         case PlayParams::ping_pong:
         default: return stepsInPingPong(walk);

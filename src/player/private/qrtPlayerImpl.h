@@ -2,6 +2,7 @@
 
 #include <QThread>
 #include <atomic>
+#include <limits>
 #include <memory>
 #include <mutex>
 
@@ -171,6 +172,7 @@ private:
     void _deletePixelBuffer();
 
     /// Host threads.
+    void _postCurrentFrameNumber(int64 frameNumber);
     Status _cmdProduceVideoBuffer(int64 frameNumber, SharedPtr<VideoBuffer>& videoBuffer, bool onDemand);
 
     // The producer cache; any thread but for the two evictions
@@ -193,6 +195,8 @@ private:
     std::atomic<bool> m_isThreadDone{true};
     std::atomic<int32> m_producerCacheNbHeadFrames;
     std::atomic<int32> m_producerCacheNbTailFrames;
+    std::atomic<int64> m_firstFramePlayed{std::numeric_limits<int64>::min()};  // of the latest run; both ends count
+    std::atomic<int64> m_lastFramePlayed{std::numeric_limits<int64>::max()};
 
     // Written by initialize and uninitialize while no player thread runs, else by the player thread; read by it alone.
     Status m_poolInitStatus;

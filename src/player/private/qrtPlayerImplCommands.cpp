@@ -117,6 +117,8 @@ Status PlayerImpl::_startProducing(SharedPtr<PlayParams> const& params) {
         new CacheEvictionAdvisor(m_playParams, m_advisedHeadFrames, m_advisedTailFrames));
     (void)m_producerCache->setEvictionAdvisor(advisor);
     m_nextFrameSearch.forget();
+    m_firstFramePlayed = m_playParams->getStartFrame();
+    m_lastFramePlayed = m_playParams->getEndFrame();
     m_producing.exchange(true);
 
     const PlayParams::ProductionMode mode = m_playParams->getProductionMode();

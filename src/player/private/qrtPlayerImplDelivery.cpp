@@ -60,8 +60,15 @@ Status PlayerImpl::getVideoBuffer(int64 frameNumber, SharedPtr<VideoBuffer>& vid
         }
     }
     QRT_ENGINE_DEBUG("%s %lld", "getVideoBuffer()-after frameNumber =", static_cast<long long>(frameNumber));
-    if (m_producing) m_commandQueue.pushFront(std::make_unique<CmdUpdateCurrentFrameNumber>(frameNumber));
+    if (m_producing) _postCurrentFrameNumber(frameNumber);
     return Status();
+}
+
+void PlayerImpl::_postCurrentFrameNumber(int64 frameNumber) {
+    // Outside of what is played it moves nothing, and must not keep out one that does.
+    if (frameNumber < m_firstFramePlayed || frameNumber > m_lastFramePlayed) return;
+    m_commandQueue.pushFront(std::make_unique<CmdUpdateCurrentFrameNumber>(frameNumber),
+                             &CmdUpdateCurrentFrameNumber::isOverruled);
 }
 
 Status PlayerImpl::_cmdProduceVideoBuffer(int64 frameNumber, SharedPtr<VideoBuffer>& videoBuffer, bool onDemand) {
