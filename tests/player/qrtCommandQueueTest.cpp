@@ -117,6 +117,65 @@ TEST_F(CommandQueueTest, ofTwoCommandsPostedToTheFrontTheLastComesOutFirst) {
     EXPECT_THAT(executed, ElementsAre(2, 1));
 }
 
+/// A step of the production loop as the queue knows it: by its type and by being like all others.
+class TestStep final : public Cmd {
+public:
+    explicit TestStep(std::vector<int>& executed) : Cmd(CmdType::produce_next_video_buffer), m_executed(executed) {}
+    void execute(PlayerImpl&) override { m_executed.push_back(0); }
+    std::unique_ptr<Cmd> another() const override { return std::make_unique<TestStep>(m_executed); }
+
+private:
+    std::vector<int>& m_executed;
+};
+
+TEST_F(CommandQueueTest, stepsSideBySideTakeOneEntryAndComeOutOneByOneInTheirPlace) {
+    queue.pushBack(note(1));
+    for (int i = 0; i < 3; ++i)
+        queue.pushBack(std::make_unique<TestStep>(executed));
+    queue.pushBack(note(2));
+    for (int i = 0; i < 2; ++i)
+        queue.pushBack(std::make_unique<TestStep>(executed));
+    EXPECT_EQ(queue.size(), 7u);
+    EXPECT_EQ(queue.numEntries(), 4u);
+    runOne();
+    runOne();
+    queue.pushFront(note(3));
+    EXPECT_EQ(queue.size(), 6u);
+    runAll();
+    EXPECT_THAT(executed, ElementsAre(1, 0, 3, 0, 0, 2, 0, 0));
+    EXPECT_EQ(queue.numEntries(), 0u);
+}
+
+TEST_F(CommandQueueTest, anUpdateInFrontOfTwoThatDifferIsNotQueued) {
+    for (const int frame : {4, 7, 9, 4})
+        queue.pushFrontUpdate(note(frame), frame);
+    runAll();
+    EXPECT_THAT(executed, ElementsAre(7, 4));
+}
+
+TEST_F(CommandQueueTest, anUpdateToTheFrameOfTheNextOneIsNotQueued) {
+    for (const int frame : {4, 4, 4})
+        queue.pushFrontUpdate(note(frame), frame);
+    EXPECT_EQ(queue.size(), 1u);
+    EXPECT_TRUE(queue.isUpdateOverruled(4));
+    EXPECT_FALSE(queue.isUpdateOverruled(5));
+    queue.pushFrontUpdate(note(5), 5);
+    EXPECT_TRUE(queue.isUpdateOverruled(6));
+    runAll();
+    EXPECT_THAT(executed, ElementsAre(5, 4));
+    EXPECT_FALSE(queue.isUpdateOverruled(4));
+}
+
+TEST_F(CommandQueueTest, updatesBehindAnotherCommandOverruleNone) {
+    for (const int frame : {4, 7})
+        queue.pushFrontUpdate(note(frame), frame);
+    queue.pushFront(note(100));
+    EXPECT_FALSE(queue.isUpdateOverruled(4));
+    queue.pushFrontUpdate(note(9), 9);
+    runAll();
+    EXPECT_THAT(executed, ElementsAre(9, 100, 7, 4));
+}
+
 TEST_F(CommandQueueTest, aNullCommandIsIgnored) {
     queue.pushBack(nullptr);
     queue.pushFront(nullptr);

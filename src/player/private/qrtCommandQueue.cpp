@@ -24,24 +24,43 @@ void CommandQueue::pushBack(std::unique_ptr<Cmd> command) {
     if (command->type() == step && !m_entries.empty() && m_entries.back().command->type() == step) {
         ++m_entries.back().numMore;
     } else {
-        m_entries.push_back({std::move(command)});
+        m_entries.push_back(Entry{std::move(command)});
     }
     ++m_size;
     m_posted.notify_one();
 }
 
 void CommandQueue::pushFront(std::unique_ptr<Cmd> command) {
-    pushFront(std::move(command), [](Cmd const&, Cmd const*, Cmd const*) { return false; });
-}
-
-void CommandQueue::pushFront(std::unique_ptr<Cmd> command, IsOverruled isOverruled) {
     if (!command) return;
     const std::lock_guard lock(m_mutex);
-    const auto waiting = [this](size_t i) { return i < m_entries.size() ? m_entries[i].command.get() : nullptr; };
-    if (isOverruled(*command, waiting(0), waiting(1))) return;
-    m_entries.push_front({std::move(command)});
+    pushFront(Entry{std::move(command)});
+}
+
+void CommandQueue::pushFrontUpdate(std::unique_ptr<Cmd> command, int64 frameNumber) {
+    if (!command) return;
+    const std::lock_guard lock(m_mutex);
+    if (isUpdateOverruled(frameNumber)) return;
+    pushFront(Entry{std::move(command), 0, frameNumber});
+}
+
+void CommandQueue::pushFront(Entry entry) {
+    m_entries.push_front(std::move(entry));
     ++m_size;
+    noteFront();
     m_posted.notify_one();
+}
+
+void CommandQueue::noteFront() noexcept {
+    const auto update = [this](size_t i) { return i < m_entries.size() ? m_entries[i].updateTo : std::nullopt; };
+    const auto first = update(0);
+    const auto second = first ? update(1) : std::nullopt;
+    if (first) m_frontUpdate = *first;
+    m_numFrontUpdates = !first ? 0 : second && *second != *first ? 2 : 1;
+}
+
+bool CommandQueue::isUpdateOverruled(int64 frameNumber) const noexcept {
+    const int numFrontUpdates = m_numFrontUpdates;
+    return numFrontUpdates == 2 || (numFrontUpdates == 1 && m_frontUpdate == frameNumber);
 }
 
 std::unique_ptr<Cmd> CommandQueue::take() {
@@ -55,6 +74,7 @@ std::unique_ptr<Cmd> CommandQueue::take() {
     }
     std::unique_ptr<Cmd> command = std::move(front.command);
     m_entries.pop_front();
+    noteFront();
     return command;
 }
 
@@ -63,6 +83,7 @@ void CommandQueue::discardAll() {
     const std::lock_guard lock(m_mutex);
     left.swap(m_entries);
     m_size = 0;
+    noteFront();
 }
 
 size_t CommandQueue::size() const {

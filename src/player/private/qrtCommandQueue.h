@@ -1,9 +1,11 @@
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <optional>
 
 #include "foundation/core/qrtStatus.h"
 #include "foundation/core/qrtTypes.h"
@@ -87,7 +89,8 @@ private:
 /// the front, where the last one posted comes out first. It grows without limit.
 ///
 /// Steps of the production loop that wait side by side are kept as one and a number; each still comes out by itself.
-/// Nothing else merges or cancels, but what its poster lets go of: see the second `pushFront`.
+/// Updates of the current frame are dropped when they would be overruled before anything sees them. Nothing else merges
+/// or cancels.
 ///
 /// Threading: posting from any thread; taking on the player thread. The lock is held only while one command goes in or
 /// out, never while one runs or dies.
@@ -96,10 +99,15 @@ public:
     /// A null command is ignored.
     void pushBack(std::unique_ptr<Cmd> command);
     void pushFront(std::unique_ptr<Cmd> command);
-    /// The same, unless `isOverruled` says that the two commands at the front (null where there is none) leave nothing
-    /// of what `command` would do; then it is destroyed unexecuted. Called under the lock.
-    using IsOverruled = bool (*)(Cmd const& command, Cmd const* first, Cmd const* second);
-    void pushFront(std::unique_ptr<Cmd> command, IsOverruled isOverruled);
+    /// The same for an update of the current frame to `frameNumber`, unless it is overruled; then it is destroyed
+    /// unexecuted.
+    void pushFrontUpdate(std::unique_ptr<Cmd> command, int64 frameNumber);
+    /// Whether nothing would be left of an update to `frameNumber`, because of those at the front that come after it.
+    ///
+    /// The update posted first is executed last and says where playback is; the one before it which way it turns. A
+    /// third one in front of these two changes neither, nor does one to the same frame as the next. Hosts that fetch
+    /// faster than the player thread follows find out here, without the lock, and do not fill the queue.
+    [[nodiscard]] bool isUpdateOverruled(int64 frameNumber) const noexcept;
 
     /// The command at the front; waits, without a time-out, until there is one.
     [[nodiscard]] std::unique_ptr<Cmd> take();
@@ -115,13 +123,23 @@ public:
 private:
     struct Entry {
         std::unique_ptr<Cmd> command;
-        size_t numMore = 0;  // further commands that do the same
+        size_t numMore = 0;               // further commands that do the same
+        std::optional<int64> updateTo{};  // the frame, of an update of the current frame
     };
+
+    void pushFront(Entry entry);
+    /// Says what waits at the front to those who do not take the lock. Needs the lock.
+    void noteFront() noexcept;
 
     mutable std::mutex m_mutex;
     std::condition_variable m_posted;
     std::deque<Entry> m_entries;  // under m_mutex
     size_t m_size = 0;            // under m_mutex
+
+    // Written under m_mutex, read without: a frame number that is read after it was taken from the front has been
+    // there.
+    std::atomic<int> m_numFrontUpdates{0};  // that differ; 2 at most
+    std::atomic<int64> m_frontUpdate{0};
 };
 
 }  // namespace QRT_0_81

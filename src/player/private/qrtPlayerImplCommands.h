@@ -164,23 +164,7 @@ public:
         : Cmd(CmdType::update_current_frame_number), m_frameNumber(frameNumber) {}
     void execute(PlayerImpl& engine) override { (void)engine._updateCurrentFrameNumber(m_frameNumber); }
 
-    /// Whether nothing would be left of an update that is executed before these two. The first one posted is executed
-    /// last and says where playback is; the one before it which way it turns. A third one in front changes neither,
-    /// and hosts that fetch faster than the player thread follows must not fill the queue.
-    static bool isOverruled(Cmd const& command, Cmd const* first, Cmd const* second) {
-        auto const* const next = asUpdate(first);
-        auto const* const afterNext = asUpdate(second);
-        const int64 frameNumber = asUpdate(&command)->m_frameNumber;
-        return next &&
-               (next->m_frameNumber == frameNumber || (afterNext && afterNext->m_frameNumber != next->m_frameNumber));
-    }
-
 private:
-    static CmdUpdateCurrentFrameNumber const* asUpdate(Cmd const* command) {
-        if (!command || command->type() != CmdType::update_current_frame_number) return nullptr;
-        return static_cast<CmdUpdateCurrentFrameNumber const*>(command);
-    }
-
     const int64 m_frameNumber;
 };
 

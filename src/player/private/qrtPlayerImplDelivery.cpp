@@ -67,8 +67,8 @@ Status PlayerImpl::getVideoBuffer(int64 frameNumber, SharedPtr<VideoBuffer>& vid
 void PlayerImpl::_postCurrentFrameNumber(int64 frameNumber) {
     // Outside of what is played it moves nothing, and must not keep out one that does.
     if (frameNumber < m_firstFramePlayed || frameNumber > m_lastFramePlayed) return;
-    m_commandQueue.pushFront(std::make_unique<CmdUpdateCurrentFrameNumber>(frameNumber),
-                             &CmdUpdateCurrentFrameNumber::isOverruled);
+    if (m_commandQueue.isUpdateOverruled(frameNumber)) return;
+    m_commandQueue.pushFrontUpdate(std::make_unique<CmdUpdateCurrentFrameNumber>(frameNumber), frameNumber);
 }
 
 Status PlayerImpl::_cmdProduceVideoBuffer(int64 frameNumber, SharedPtr<VideoBuffer>& videoBuffer, bool onDemand) {
