@@ -18,9 +18,9 @@ const std::string fullHd = "testsrc2=size=1920x1080:rate=24,noise=alls=3:allf=t"
 const std::string hd = "testsrc2=size=1280x720:rate=24,noise=alls=3:allf=t";
 
 const std::array<BenchmarkClip, 3> clips{{
-    {"h264-24", fullHd, h264 + "24 -keyint_min 24", ".mp4", 312, 24},
-    {"h264-250", fullHd, h264 + "250 -keyint_min 250", ".mp4", 500, 250},
-    {"prores", hd, "-c:v prores_ks -profile:v 2 -pix_fmt yuv422p10le", ".mov", 300, 1},
+    {"h264-24", fullHd, h264 + "24 -keyint_min 24", ".mp4", 1920, 312, 24},
+    {"h264-250", fullHd, h264 + "250 -keyint_min 250", ".mp4", 1920, 500, 250},
+    {"prores", hd, "-c:v prores_ks -profile:v 2 -pix_fmt yuv422p10le", ".mov", 1280, 300, 1},
 }};
 
 std::string numberFilters() {
@@ -68,14 +68,16 @@ Outcome makeClip(BenchmarkClip const& clip, std::string const& folder, std::stri
     return error ? Outcome::failure(path + ": " + error.message()) : Outcome();
 }
 
-int64 paintedNumber(FrameView const& frame) {
+int64 paintedNumber(FrameView const& frame, int clipWidth) {
+    // The middle of a square, in pixels of the clip, taken to the size of the frame.
+    const auto scaled = [&](int position) { return position * frame.width / clipWidth; };
     constexpr int middle = squareSide / 2;
-    const int row = frame.isBottomFirst ? frame.height - 1 - middle : middle;
+    const int row = frame.isBottomFirst ? frame.height - 1 - scaled(middle) : scaled(middle);
     std::uint8_t const* const pixels =
         frame.pixels + size_t{4} * static_cast<size_t>(row) * static_cast<size_t>(frame.width);
     int64 number = 0;
     for (int bit = 0; bit < bits; ++bit) {
-        if (pixels[4 * (bit * squareSide + middle)] >= 128) number |= int64{1} << bit;
+        if (pixels[4 * scaled(bit * squareSide + middle)] >= 128) number |= int64{1} << bit;
     }
     return number;
 }

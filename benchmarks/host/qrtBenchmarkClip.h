@@ -23,6 +23,7 @@ struct BenchmarkClip {
     std::string source;   ///< of the picture, in FFmpeg's words
     std::string encoder;  ///< the program's options for it
     std::string ending;
+    int width;
     int64 frameCount;
     int groupSize;  ///< frames from one key frame to the next
 };
@@ -33,7 +34,7 @@ struct BenchmarkClip {
 /// Makes the clip's file in `folder` unless it is there, with the program `ffmpeg`.
 Outcome makeClip(BenchmarkClip const& clip, std::string const& folder, std::string& path);
 
-/// The number that is painted into a frame.
-[[nodiscard]] int64 paintedNumber(FrameView const& frame);
+/// The number that is painted into a frame, which may be scaled down: `clipWidth` is the clip's own width.
+[[nodiscard]] int64 paintedNumber(FrameView const& frame, int clipWidth);
 
 }  // namespace qrtplay

@@ -17,6 +17,8 @@ public:
     /// The frames from `first` to `last` are going to be asked for in this order, backwards when `last` is less.
     virtual void play(int64 first, int64 last, Way way) = 0;
     virtual void stop() = 0;
+    /// Whether each frame of backwards play costs the same long time, so that a few tell as much as all.
+    [[nodiscard]] virtual bool isPlodding(BenchmarkClip const&) const { return false; }
     /// Valid until the next call.
     virtual FrameView frame(int64 number) = 0;
 };

@@ -11,6 +11,7 @@
 
 #include "foundation/logger/qrtLogMsg.h"
 #include "playback/qrtSurfaceFormat.h"
+#include "qrtDecodingUnderTest.h"
 #include "qrtHostCases.h"
 #include "qrtPlainLoop.h"
 #include "qrtPlayerUnderTest.h"
@@ -28,6 +29,7 @@ struct Options {
     std::string folder;
     std::string output;
     PlaySettings settings;
+    bool onlyDecoding = false;
 };
 
 struct Row {
@@ -73,15 +75,22 @@ void print(Row const& row) {
     std::fflush(stdout);
 }
 
+std::unique_ptr<ClipPlayer> makePlayer(std::string const& path, Options const& options) {
+    if (!options.onlyDecoding) return std::make_unique<PlayerUnderTest>(path, options.settings);
+    constexpr size_t usual = PictureStore::defaultBudgetInBytes;
+    auto const& mebibytes = options.settings.decodeCacheInMiB;
+    return std::make_unique<DecodingUnderTest>(path, mebibytes ? static_cast<size_t>(*mebibytes) << 20 : usual);
+}
+
 std::vector<Row> measureCase(BenchmarkClip const& clip, std::string const& path, HostCase const& work,
                              Options const& options) {
     PlainLoop loop(path);
-    PlayerUnderTest player(path, options.settings);
+    const std::unique_ptr<ClipPlayer> player = makePlayer(path, options);
     std::vector<HostMeasure> last;
     std::map<std::string, std::vector<double>> looped, played, ratios;
     for (int round = 0; round < options.rounds; ++round) {
         last = work.run(loop, clip);
-        const std::vector<HostMeasure> own = work.run(player, clip);
+        const std::vector<HostMeasure> own = work.run(*player, clip);
         for (size_t i = 0; i < own.size(); ++i) {
             looped[own[i].name].push_back(last[i].value);
             played[own[i].name].push_back(own[i].value);
@@ -149,7 +158,7 @@ void printPeakMemory(Options const& options, bool ofLoop) {
     if (ofLoop)
         player = std::make_unique<PlainLoop>(path);
     else
-        player = std::make_unique<PlayerUnderTest>(path, options.settings);
+        player = makePlayer(path, options);
     for (HostCase const& work : hostCases()) {
         if (options.cases.contains(QString::fromStdString(work.name))) work.run(*player, clip);
     }
@@ -167,6 +176,7 @@ int run(QGuiApplication const& application) {
                        {"folder", "Where the clips are made and kept.", "path",
                         QCoreApplication::applicationDirPath() + "/../benchmark-clips"},
                        {"cache", "Memory for decoded pictures, in MiB, instead of the usual.", "mebibytes"},
+                       {"decoding", "Decodes and converts only, without textures, rendering and read-back."},
                        {"output", "A file for the figures, as JSON.", "path"},
                        {"peak-memory-of",
                         "Runs the cases once on \"loop\" or \"qrtplay\" and prints the peak of "
@@ -180,6 +190,7 @@ int run(QGuiApplication const& application) {
     options.folder = parser.value("folder").toStdString();
     options.output = parser.value("output").toStdString();
     if (parser.isSet("cache")) options.settings.decodeCacheInMiB = parser.value("cache").toInt();
+    options.onlyDecoding = parser.isSet("decoding");
     try {
         if (parser.isSet("peak-memory-of"))
             printPeakMemory(options, parser.value("peak-memory-of") == "loop");
