@@ -28,6 +28,17 @@ TEST(FrameCourse, looksFartherAheadGoingBackwards) {
     EXPECT_GT(course.framesAhead(), forward);
 }
 
+TEST(FrameCourse, expectsMoreStepsBackAfterOne) {
+    FrameCourse course;
+    play(course, 10, 20);
+    course.note(19, 1);
+    EXPECT_EQ(course.next(19), 18);
+    course.note(18, 1);
+    EXPECT_EQ(course.next(18), 17);
+    course.note(19, 1);
+    EXPECT_EQ(course.next(19), 20);
+}
+
 TEST(FrameCourse, knowsALoopWhenPlayingHasGoneRoundTwice) {
     FrameCourse course;
     play(course, 20, 29);

@@ -13,6 +13,9 @@ void FrameCourse::note(int64 frame, int64 step) {
         m_timesJumped = jump == m_jump ? m_timesJumped + 1 : 1;
         m_jump = jump;
     }
+    // Whoever takes a step back takes more of them.
+    const bool isStepBack = step == m_step && frame == m_frame - step;
+    m_advance = isStepBack ? -step : step;
     m_frame = frame;
     m_step = step;
 }
@@ -24,7 +27,8 @@ bool FrameCourse::isInLoop() const {
 }
 
 int64 FrameCourse::next(int64 frame) const {
-    return isInLoop() && frame == m_jump.from ? m_jump.to : frame + m_step;
+    if (!isInLoop()) return frame + m_advance;
+    return frame == m_jump.from ? m_jump.to : frame + m_step;
 }
 
 int64 FrameCourse::framesAhead() const {
@@ -33,7 +37,7 @@ int64 FrameCourse::framesAhead() const {
     constexpr int64 backward = 512;
     constexpr int64 most = 1024;
     if (isInLoop()) return std::min(most, std::abs(m_jump.from - m_jump.to) / std::abs(m_step) + 1);
-    return m_step < 0 ? backward : forward;
+    return m_advance < 0 ? backward : forward;
 }
 
 }  // namespace qrtplay

@@ -5,7 +5,7 @@
 namespace qrtplay {
 
 /// Which frames are going to be rendered next, as far as those that were rendered tell: further ones in the direction
-/// of playing, or those of a loop, once playing has gone round twice.
+/// of playing, or against it after a single step back, or those of a loop, once playing has gone round twice.
 ///
 /// Threading: none of its own.
 class FrameCourse final {
@@ -27,8 +27,9 @@ private:
     [[nodiscard]] bool isInLoop() const;
 
     int64 m_frame = 0;
-    int64 m_step = 0;  // 0 before the first frame
-    Jump m_jump;       // the last one against the direction of playing
+    int64 m_step = 0;     // 0 before the first frame
+    int64 m_advance = 0;  // to the frame that is expected next
+    Jump m_jump;          // the last one against the direction of playing
     int m_timesJumped = 0;
 };
 
