@@ -54,9 +54,9 @@ private:
     Result run(int64 frame, Keep const& keep, IsWanted const& isWanted, FramePtr& picture, std::string& why) {
         if (m_passed >= frame || m_passed < runBegin(frame)) m_passed = runBegin(frame) - 1;
         while (m_passed < frame) {
-            if (!isWanted()) return Result::given_up;
+            if (!isWanted(frame)) return Result::given_up;
             const int64 next = m_passed + 1;
-            m_media->decode(next, isWanted);
+            m_media->decode(next, [&] { return isWanted(frame); });
             m_passed = next;
             if (m_media->shape().broken.count(next) != 0) continue;
             picture = fakePicture(next);
@@ -123,7 +123,7 @@ size_t FakeMedia::rests() const {
     return m_rests;
 }
 
-void FakeMedia::decode(int64 frame, PictureSource::IsWanted const& isWanted) {
+void FakeMedia::decode(int64 frame, std::function<bool()> const& isWanted) {
     // Nobody tells a source that its picture is no longer wanted; it has to ask.
     constexpr auto askEvery = std::chrono::milliseconds(1);
     std::unique_lock lock(m_mutex);

@@ -48,7 +48,7 @@ public:
     [[nodiscard]] size_t rests() const;
 
     // For the sources.
-    void decode(int64 frame, PictureSource::IsWanted const& isWanted);
+    void decode(int64 frame, std::function<bool()> const& isWanted);
     void noteRest();
 
 private:

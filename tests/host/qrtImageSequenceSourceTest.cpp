@@ -33,7 +33,7 @@ FramePtr decode(PictureSource& source, int64 frame, std::string& why) {
         kept = each;
     };
     const auto result = source.frame(
-        frame, keep, [] { return true; }, picture, why);
+        frame, keep, [](int64) { return true; }, picture, why);
     EXPECT_EQ(result == PictureSource::Result::picture, picture != nullptr);
     EXPECT_EQ(kept, picture);
     return picture;
@@ -139,7 +139,7 @@ TEST(ImageSequenceSource, givesUpBeforeItReadsAFile) {
     std::string why;
     const auto keep = [](int64, FramePtr const&) { FAIL(); };
     EXPECT_EQ(source->frame(
-                  0, keep, [] { return false; }, picture, why),
+                  0, keep, [](int64) { return false; }, picture, why),
               PictureSource::Result::given_up);
 }
 

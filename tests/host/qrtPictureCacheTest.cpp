@@ -85,6 +85,20 @@ TEST_F(PictureCacheTest, forgetsWishesWhenThereAreOthers) {
     EXPECT_THAT(frames(), ElementsAre(2, 4, 5));
 }
 
+TEST_F(PictureCacheTest, keepsFewOfThoseThatNobodyWishesFor) {
+    cache.setWishes({{0, 1}, {0, 2}});
+    EXPECT_THAT(cache.setRoomForOthers(0), IsEmpty());
+    for (const int64 frame : {3, 1, 4})
+        put(frame);
+    EXPECT_THAT(frames(), ElementsAre(1, 4)) << "the last one is on its way to who has asked for it";
+    put(2);
+    EXPECT_THAT(frames(), ElementsAre(1, 2, 4));
+    cache.setWishes({{0, 2}});
+    EXPECT_EQ(cache.setRoomForOthers(0).size(), 1u);
+    EXPECT_THAT(frames(), ElementsAre(2, 4));
+    EXPECT_EQ(cache.sizeInBytes(), 2 * one);
+}
+
 TEST_F(PictureCacheTest, keepsOnePictureWhateverTheBudget) {
     put(1);
     put(2);

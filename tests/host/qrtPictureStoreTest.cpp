@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <future>
 #include <numeric>
@@ -171,6 +172,76 @@ TEST_F(PictureStoreTest, keepsWhatItPassesSoThatGoingBackwardDecodesEachGroupOnc
     for (int64 frame = 29; frame >= 0; --frame)
         EXPECT_EQ(ask(frame), frame);
     EXPECT_EQ(medias[0]->decoded().size(), 30u);
+}
+
+/// Frames from `first` down to 0.
+std::vector<int64> downFrom(int64 first) {
+    std::vector<int64> numbers = range(0, first);
+    std::reverse(numbers.begin(), numbers.end());
+    return numbers;
+}
+
+TEST_F(PictureStoreTest, decodesTheGroupBeforeTheOneThatIsPlayedBackwardsButNoneBeyond) {
+    FakeMedia::Shape shape;
+    shape.group = 10;
+    FakeMedia& media = add(shape);
+    openStore(48);
+    store->prepare(wishes(downFrom(99)));
+    EXPECT_EQ(ask(99), 99);
+    media.waitUntilDecoded(89);
+    store->prepare(wishes(downFrom(98)));
+    EXPECT_EQ(ask(98), 98);
+    const std::vector<int64> decoded = media.decoded();
+    EXPECT_THAT(decoded, UnorderedElementsAreArray(range(80, 99)));
+    store->prepare(wishes(downFrom(89)));
+    media.waitUntilDecoded(79);
+    EXPECT_EQ(media.decoded().size(), 30u);
+}
+
+TEST_F(PictureStoreTest, playsAGroupThatDoesNotFitIntoTheBudgetBackwardsInStretches) {
+    constexpr int64 length = 100;
+    constexpr size_t room = 40;
+    FakeMedia::Shape shape;
+    shape.group = length;
+    shape.mostTwins = 2;
+    FakeMedia& media = add(shape);
+    openStore(room);
+    for (int64 frame = length - 1; frame >= 0; --frame) {
+        store->prepare(wishes(downFrom(frame)));
+        ASSERT_EQ(ask(frame), frame);
+        ASSERT_LE(store->sizeInBytes(), room * fakePictureBytes());
+    }
+    // 100 frames, then 60, 40, 20 for the stretches of half the budget that follow what was kept of the first.
+    EXPECT_LE(media.decoded().size(), 300u);
+}
+
+TEST_F(PictureStoreTest, decodesOnlyAFewFramesAheadOfForwardPlay) {
+    FakeMedia& media = add({});
+    add({});
+    constexpr int64 enough = 5;  // a 24th of the budget
+    openStore(24 * enough);
+    store->prepare(wishes(range(0, 60)));
+    media.waitUntilDecoded(enough - 1);
+    EXPECT_EQ(ask(0, 1), 0);  // gives the threads cause to look again
+    EXPECT_THAT(media.decoded(), ElementsAreArray(range(0, enough - 1)));
+}
+
+TEST_F(PictureStoreTest, keepsWhatALoopWillNeedLongerThanWhatItHasPassed) {
+    FakeMedia& media = add({});
+    constexpr int64 length = 12;  // two more than there is room for
+    openStore(10);
+    const auto loopFrom = [](int64 begin) {
+        std::vector<int64> frames;
+        for (int64 i = 0; i < length; ++i)
+            frames.push_back((begin + i) % length);
+        return frames;
+    };
+    constexpr int64 rounds = 10;
+    for (int64 i = 0; i < rounds * length; ++i) {
+        store->prepare(wishes(loopFrom(i % length)));
+        ASSERT_EQ(ask(i % length), i % length);
+    }
+    EXPECT_LT(media.decoded().size(), static_cast<size_t>(rounds * length) * 3 / 4) << "most of it is decoded anew";
 }
 
 TEST_F(PictureStoreTest, decodesAheadInTheOrderOfTheWishes) {

@@ -41,7 +41,7 @@ FramePtr pictureOf(PictureSource& source, int64 frame) {
         kept = each;
     };
     EXPECT_EQ(source.frame(
-                  frame, keep, [] { return true; }, picture, why),
+                  frame, keep, [](int64) { return true; }, picture, why),
               PictureSource::Result::picture)
         << why;
     EXPECT_EQ(kept, picture);

@@ -59,7 +59,7 @@ Outcome OpenClip::picture(int64 frame, FramePtr& picture) {
     };
     std::string why;
     const auto result = decoder->frame(
-        frame, keep, [] { return true; }, picture, why);
+        frame, keep, [](int64) { return true; }, picture, why);
     EXPECT_NE(result, PictureSource::Result::given_up);
     EXPECT_EQ(result == PictureSource::Result::picture, picture != nullptr) << frame;
     if (result != PictureSource::Result::picture) return Outcome::failure(why);

@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <fstream>
+#include <map>
 #include <random>
+#include <utility>
 
 #include "host/qrtTestClips.h"
 
@@ -116,6 +118,39 @@ TEST(VideoDecoder, tellsOfThePicturesThatItComesBy) {
     }
 }
 
+TEST(VideoDecoder, leavesOutWhatNobodyWantsOnTheWay) {
+    OpenClip clip("bframes.mp4");
+    const ReferenceFrames reference("bframes.mp4", AV_PIX_FMT_YUV420P, 160, 96);
+    for (const int64 wanted : {23, 22, 21, 35, 30, 47, 46, 13}) {
+        std::map<int64, FramePtr> passed;
+        const auto keep = [&](int64 frame, FramePtr const& picture) { passed[frame] = picture; };
+        FramePtr picture;
+        std::string why;
+        ASSERT_EQ(clip.decoder->frame(
+                      wanted, keep, [=](int64 frame) { return frame == wanted; }, picture, why),
+                  PictureSource::Result::picture)
+            << why;
+        for (auto const& [frame, each] : passed)
+            EXPECT_TRUE(bytesOf(*each) == reference.frame(frame)) << frame;
+        if (wanted == 23) {
+            EXPECT_LT(passed.size(), 12u) << "all frames of the group were decoded";
+        }
+    }
+}
+
+TEST(VideoDecoder, goesBackToWhatItHasLeftOut) {
+    OpenClip clip("longgroup.mp4");
+    const ReferenceFrames reference("longgroup.mp4", clip.facts().pixelFormat, clip.facts().width, clip.facts().height);
+    FramePtr picture;
+    std::string why;
+    const auto keep = [](int64, FramePtr const&) {};
+    bool isWanted = true;
+    const auto isWantedOnce = [&](int64 frame) { return frame == 200 && std::exchange(isWanted, false); };
+    EXPECT_EQ(clip.decoder->frame(200, keep, isWantedOnce, picture, why), PictureSource::Result::given_up);
+    for (const int64 frame : {1, 2, 3, 4})
+        EXPECT_TRUE(clip.bytes(frame) == reference.frame(frame)) << frame;
+}
+
 TEST(VideoDecoder, tellsWhereDecodingBegins) {
     const OpenClip clip("bframes.mp4");
     EXPECT_EQ(clip.decoder->runBegin(12), 12);
@@ -137,7 +172,7 @@ int64 decodeInSteps(VideoDecoder& decoder, int64 frame, FramePtr& picture) {
             isWanted = false;
         };
         const auto result = decoder.frame(
-            frame, keep, [&] { return isWanted; }, picture, why);
+            frame, keep, [&](int64) { return isWanted; }, picture, why);
         if (result == PictureSource::Result::picture) return passed;
         EXPECT_EQ(result, PictureSource::Result::given_up) << why;
         EXPECT_EQ(picture, nullptr);
@@ -163,7 +198,7 @@ TEST(VideoDecoder, doesNotTakeGivingUpForAFailure) {
     std::string why;
     const auto keep = [](int64, FramePtr const&) {};
     EXPECT_EQ(clip.decoder->frame(
-                  20, keep, [] { return false; }, picture, why),
+                  20, keep, [](int64) { return false; }, picture, why),
               PictureSource::Result::given_up);
     EXPECT_EQ(picture, nullptr);
     EXPECT_FALSE(clip.bytes(20).empty());
@@ -181,7 +216,7 @@ TEST(VideoDecoder, worksBesideItsTwinAndAfterARest) {
         std::string why;
         const auto keep = [](int64, FramePtr const&) {};
         EXPECT_EQ(twin->frame(
-                      30 + step, keep, [] { return true; }, picture, why),
+                      30 + step, keep, [](int64) { return true; }, picture, why),
                   PictureSource::Result::picture)
             << why;
         ASSERT_NE(picture, nullptr);

@@ -164,21 +164,21 @@ Status MediaGraphEngine::renderFrame(VideoBufferResolution const& resolution, in
 // Tells the decoding threads what this frame and those after it need, so that the layers of a frame are decoded side by
 // side and the next frames while this one is drawn.
 void MediaGraphEngine::prepareAhead(Source const& source, int64 frame) {
-    constexpr int framesAhead = 32;  // of the wishes those are decoded that the budget has room for
     Timeline const& timeline = *source.composition->timeline();
     const std::lock_guard lock(m_mutex);
-    const int64 step = m_step == 0 ? 1 : m_step;
+    m_course.note(frame, m_step == 0 ? 1 : m_step);
     std::vector<PictureStore::Wish> wishes;
     constexpr int64 mostFrames = int64{1} << 62;  // so that a step beyond the end does not overflow
     const int64 frameCount = std::min(timeline.duration().frameFrom(m_rate), mostFrames);
     int64 planned = frame;
-    for (int ahead = 0; ahead < framesAhead && planned >= 0 && planned < frameCount; ++ahead, planned += step) {
+    for (int64 ahead = m_course.framesAhead(); ahead > 0 && planned >= 0 && planned < frameCount; --ahead) {
         if (m_planned.contains(planned))
             m_planned.expect(planned);
         else
             m_planned.add(planned, picturesOf(timeline.pictureAt(planned, m_rate)));
         auto const& pictures = m_planned.pictures(planned);
         wishes.insert(wishes.end(), pictures.begin(), pictures.end());
+        planned = m_course.next(planned);
     }
     source.pictures->prepare(std::move(wishes));
 }

@@ -7,6 +7,7 @@
 #include "foundation/composition/qrtGraphEngineInterface.h"
 #include "generators/qrtSegmentRenderer.h"
 #include "graph/qrtFrameComposer.h"
+#include "graph/qrtFrameCourse.h"
 #include "graph/qrtPlannedFrames.h"
 #include "graph/qrtTimelineComposition.h"
 #include "graph/qrtTimelineSound.h"
@@ -85,6 +86,7 @@ private:
     // Under m_mutex.
     Source m_source;
     mutable PlannedFrames m_planned;  // asking for the frames forgets those whose pictures are gone
+    FrameCourse m_course;
     Rational m_rate{24, 1};
     int32 m_step = 1;
     int m_cacheInMiB;

@@ -1,9 +1,12 @@
 #include "media/qrtDemuxer.h"
 
+#include <algorithm>
 #include <cstring>
+#include <thread>
 #include <utility>
 
 #include "media/qrtContainer.h"
+#include "media/qrtPictureMemory.h"
 #include "media/qrtVideoFacts.h"
 
 namespace qrtplay {
@@ -14,6 +17,25 @@ namespace {
 bool isTextArt(AVCodecID codec) {
     return codec == AV_CODEC_ID_ANSI || codec == AV_CODEC_ID_BINTEXT || codec == AV_CODEC_ID_XBIN ||
            codec == AV_CODEC_ID_IDF;
+}
+
+// A lossless format carries checksums and marks no frame that fails them, it has to be told to refuse it. Other formats
+// mark what they had to mend, and a decoder that refuses that would refuse clips of careless cameras that play well.
+bool mustRefuse(AVCodec const& codec) {
+    constexpr int lossless = AV_CODEC_PROP_LOSSLESS;
+    const AVCodecDescriptor* const descriptor = avcodec_descriptor_get(codec.id);
+    return descriptor && (descriptor->props & (AV_CODEC_PROP_LOSSY | lossless)) == lossless;
+}
+
+void setThreads(AVCodecContext& decoder, Demuxer::Care care, bool gainsFromStrictness) {
+    if (care == Demuxer::Care::strict && gainsFromStrictness) {
+        // Each one more delays the first picture after a jump and holds one picture more.
+        decoder.thread_count = static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 2u, 4u));
+        decoder.thread_type = FF_THREAD_FRAME;
+    } else {
+        decoder.thread_count = 0;  // as many as there are processors
+        decoder.thread_type = FF_THREAD_SLICE;
+    }
 }
 
 }  // namespace
@@ -79,7 +101,12 @@ bool Demuxer::seek(int64 time) {
     return av_seek_frame(m_format.get(), m_stream->index, time, AVSEEK_FLAG_BACKWARD) >= 0;
 }
 
-Outcome Demuxer::makeDecoder(AvPtr<AVCodecContext>& decoder) const {
+// Where most of a clip's frames are one slice each, so that there are no parts of a frame to share out.
+bool Demuxer::gainsFromStrictness() const {
+    return m_stream->codecpar->codec_id == AV_CODEC_ID_H264 || m_stream->codecpar->codec_id == AV_CODEC_ID_HEVC;
+}
+
+Outcome Demuxer::makeDecoder(AvPtr<AVCodecContext>& decoder, Care care) const {
     const char* const name = avcodec_get_name(m_stream->codecpar->codec_id);
     const AVCodec* const codec = avcodec_find_decoder(m_stream->codecpar->codec_id);
     if (!codec) return Outcome::failure(m_path + ": there is no decoder for its video (" + name + ")");
@@ -89,17 +116,10 @@ Outcome Demuxer::makeDecoder(AvPtr<AVCodecContext>& decoder) const {
     if (result >= 0) {
         opened->pkt_timebase = m_stream->time_base;
         opened->max_pixels = maxPicturePixels;
-        // Threads that work on several frames at once hand a frame out before they know of errors in it, so only the
-        // parts of one frame are shared out.
-        opened->thread_count = 0;  // as many as there are processors
-        opened->thread_type = FF_THREAD_SLICE;
+        setThreads(*opened, care, gainsFromStrictness());
+        usePictureMemory(*opened);
         opened->err_recognition |= AV_EF_CRCCHECK | AV_EF_BITSTREAM | AV_EF_BUFFER;
-        // A lossless format carries checksums and marks no frame that fails them, it has to be told to refuse it. Other
-        // formats mark what they had to mend, and would refuse clips of careless cameras that play well.
-        const AVCodecDescriptor* const descriptor = avcodec_descriptor_get(codec->id);
-        constexpr int lossless = AV_CODEC_PROP_LOSSLESS;
-        if (descriptor && (descriptor->props & (AV_CODEC_PROP_LOSSY | lossless)) == lossless)
-            opened->err_recognition |= AV_EF_EXPLODE;
+        if (care == Care::strict || mustRefuse(*codec)) opened->err_recognition |= AV_EF_EXPLODE;
         result = avcodec_open2(opened.get(), codec, nullptr);
     }
     if (result < 0)

@@ -16,6 +16,11 @@ namespace qrtplay {
 class Demuxer final {
 public:
     enum class ReadResult { packet, end, failure };
+    /// What a decoder is to make of errors.
+    enum class Care {
+        tolerant,  ///< mends what it can and marks the pictures that it had to mend
+        strict     ///< refuses the first packet that is not flawless; faster, see `makeDecoder`
+    };
 
     /// Failures name the file.
     static Outcome open(std::string const& path, std::unique_ptr<Demuxer>& demuxer);
@@ -34,7 +39,13 @@ public:
     [[nodiscard]] bool seek(int64 time);
 
     /// A decoder for the stream, opened.
-    Outcome makeDecoder(AvPtr<AVCodecContext>& decoder) const;
+    ///
+    /// A strict one works on several frames at once where the format allows that. Such a decoder hands a frame out
+    /// before it knows of errors in it, so that marks come too late; but the results of packets come in their order, so
+    /// what came out before the first packet that is refused is sound.
+    Outcome makeDecoder(AvPtr<AVCodecContext>& decoder, Care care = Care::tolerant) const;
+    /// Whether a strict decoder is any faster.
+    [[nodiscard]] bool gainsFromStrictness() const;
 
 private:
     explicit Demuxer(std::string path) : m_path(std::move(path)) {}

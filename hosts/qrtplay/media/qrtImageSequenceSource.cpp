@@ -100,7 +100,7 @@ std::string ImageSequenceSource::pathOf(int64 frame) const {
 PictureSource::Result ImageSequenceSource::frame(int64 frame, Keep const& keep, IsWanted const& isWanted,
                                                  FramePtr& picture, std::string& why) {
     picture.reset();
-    if (!isWanted()) return Result::given_up;
+    if (!isWanted(frame)) return Result::given_up;
     const std::string path = pathOf(frame);
     Outcome outcome;
     if (isThere(path)) {

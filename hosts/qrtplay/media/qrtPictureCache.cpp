@@ -1,7 +1,5 @@
 #include "media/qrtPictureCache.h"
 
-#include <limits>
-
 namespace qrtplay {
 
 size_t PictureCache::bytesOf(AVFrame const& picture) {
@@ -35,6 +33,7 @@ PictureCache::Surplus PictureCache::put(Key const& key, FramePtr picture) {
     const size_t bytes = bytesOf(*picture);
     Entry& entry = m_entries[key];
     m_bytes += bytes - entry.bytes;
+    m_otherBytes += entry.worth != 0 && !entry.isWishedFor ? bytes - entry.bytes : 0;
     entry.bytes = bytes;
     entry.lastUse = ++m_now;
     entry.picture.swap(picture);
@@ -50,10 +49,16 @@ void PictureCache::setWishes(std::vector<Key> const& wishes) {
     for (Key const& wish : wishes)
         m_wishes.emplace(wish, worth--);
     m_byWorth.clear();
+    m_otherBytes = 0;
     for (auto& [key, entry] : m_entries) {
         entry.worth = 0;
         setWorth(key, entry);
     }
+}
+
+PictureCache::Surplus PictureCache::setRoomForOthers(size_t bytes) {
+    m_roomForOthers = bytes;
+    return takeSurplus();
 }
 
 PictureCache::Surplus PictureCache::clear() {
@@ -63,27 +68,37 @@ PictureCache::Surplus PictureCache::clear() {
         all.push_back(std::move(entry.picture));
     m_entries.clear();
     m_byWorth.clear();
-    m_bytes = 0;
+    m_bytes = m_otherBytes = 0;
     return all;
-}
-
-PictureCache::Worth PictureCache::worthOf(Key const& key, Worth lastUse) const {
-    const auto wish = m_wishes.find(key);
-    return wish == m_wishes.end() ? lastUse : wish->second;
 }
 
 void PictureCache::setWorth(Key const& key, Entry& entry) {
     if (entry.worth != 0) m_byWorth.erase(entry.worth);
-    entry.worth = worthOf(key, entry.lastUse);
+    if (entry.worth == 0) {
+        const auto wish = m_wishes.find(key);
+        entry.isWishedFor = wish != m_wishes.end();
+        entry.worth = entry.isWishedFor ? wish->second : entry.lastUse;
+        if (!entry.isWishedFor) m_otherBytes += entry.bytes;
+    } else if (!entry.isWishedFor) {
+        entry.worth = entry.lastUse;
+    }
     m_byWorth.emplace(entry.worth, key);
+}
+
+// One that nobody wishes for is kept in any case: it may be on its way to who has asked for it.
+bool PictureCache::isOverfull() const {
+    if (m_bytes > m_budget) return m_entries.size() > 1;
+    if (m_otherBytes <= m_roomForOthers) return false;
+    return m_otherBytes > m_entries.at(m_byWorth.begin()->second).bytes;
 }
 
 PictureCache::Surplus PictureCache::takeSurplus() {
     Surplus surplus;
-    while (m_bytes > m_budget && m_entries.size() > 1) {
+    while (isOverfull()) {
         const auto least = m_byWorth.begin();
         const auto entry = m_entries.find(least->second);
         m_bytes -= entry->second.bytes;
+        if (!entry->second.isWishedFor) m_otherBytes -= entry->second.bytes;
         surplus.push_back(std::move(entry->second.picture));
         m_entries.erase(entry);
         m_byWorth.erase(least);

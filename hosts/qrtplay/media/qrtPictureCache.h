@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <map>
 #include <utility>
 #include <vector>
@@ -39,6 +40,8 @@ public:
     [[nodiscard]] Surplus put(Key const& key, FramePtr picture);
     /// The most urgent first; takes the place of what was wished for before.
     void setWishes(std::vector<Key> const& wishes);
+    /// How much of the budget pictures that nobody wishes for may take up; all of it at first.
+    [[nodiscard]] Surplus setRoomForOthers(size_t bytes);
     [[nodiscard]] Surplus clear();
 
 private:
@@ -50,10 +53,11 @@ private:
         size_t bytes = 0;
         Worth lastUse = 0;
         Worth worth = 0;
+        bool isWishedFor = false;
     };
 
-    [[nodiscard]] Worth worthOf(Key const& key, Worth lastUse) const;
     void setWorth(Key const& key, Entry& entry);
+    [[nodiscard]] bool isOverfull() const;
     [[nodiscard]] Surplus takeSurplus();
 
     std::map<Key, Entry> m_entries;
@@ -61,6 +65,8 @@ private:
     std::map<Key, Worth> m_wishes;
     Worth m_now = 0;
     size_t m_bytes = 0;
+    size_t m_otherBytes = 0;  // of those that nobody wishes for
+    size_t m_roomForOthers = std::numeric_limits<size_t>::max();
     size_t m_budget;
 };
 

@@ -19,8 +19,9 @@ class PictureSource {
 public:
     /// Takes every picture that is decoded on the way to the one asked for, that one included.
     using Keep = std::function<void(int64 frame, FramePtr const& picture)>;
-    /// Asked between two pictures: whether the one asked for is still wanted.
-    using IsWanted = std::function<bool()>;
+    /// Asked between two pictures: whether a frame is wanted. When the one asked for no longer is, the work is given
+    /// up; others on the way to it may be left out, and are, where it saves work.
+    using IsWanted = std::function<bool(int64 frame)>;
     enum class Result { picture, failure, given_up };
 
     virtual ~PictureSource() = default;

@@ -16,9 +16,10 @@ namespace qrtplay {
 /// Decoded pictures of many media, made on threads of its own, ahead of when they are needed.
 ///
 /// A media is opened when its first picture is wanted, and the clips of one media share what decodes it.
-/// Pictures that were decoded on the way to another are kept, within a budget of memory that all media share; those
-/// that are wished for stay longest. Of two requests the newer one goes first, but none is overtaken for ever.
-/// Threading: any thread may call any method.
+/// Pictures are kept within a budget of memory that all media share. Those that are wished for stay, the most urgent
+/// ones longest; others, as what forward play has passed, may take a 64th of it unless nothing is wished for. Forward
+/// play needs a 24th of the budget for what is decoded ahead; playing backwards and loops use all of it. Of two
+/// requests the newer one goes first, but none is overtaken for ever. Threading: any thread may call any method.
 class PictureStore final {
 public:
     /// Makes the source of a media; called once for each, on a thread of the store. When it fails, what it says is the

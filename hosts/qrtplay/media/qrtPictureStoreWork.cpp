@@ -1,8 +1,8 @@
 #include "media/qrtPictureStoreWork.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
-#include <set>
 #include <utility>
 
 namespace qrtplay {
@@ -11,8 +11,6 @@ namespace {
 
 /// Sources that hold memory and open files at a time; a timeline may have hundreds of media.
 constexpr size_t mostAwake = 24;
-/// Stands for the frames of a media whose rate is not known yet.
-constexpr int64 anyFrame = -1;
 
 size_t threadCount() {
     return std::clamp(std::thread::hardware_concurrency(), 2u, 4u);
@@ -69,16 +67,18 @@ Outcome PictureStore::Work::picture(Wish const& wish, Answer& answer) {
 }
 
 void PictureStore::Work::prepare(std::vector<Wish> wishes) {
+    PictureCache::Surplus surplus;  // ends after the lock
     const Lock lock(m_mutex);
-    m_wishes.swap(wishes);
-    resolveWishes();
+    m_wishes.set(wishes);
+    surplus = resolveWishes();
     m_changed.notify_all();
 }
 
 void PictureStore::Work::setBudget(size_t bytes) {
-    PictureCache::Surplus surplus;
+    std::array<PictureCache::Surplus, 2> surplus;  // ends after the lock
     const Lock lock(m_mutex);
-    surplus = m_cache.setBudget(bytes);
+    surplus[0] = m_cache.setBudget(bytes);
+    surplus[1] = resolveWishes();
     m_changed.notify_all();
 }
 
@@ -94,8 +94,9 @@ void PictureStore::Work::clear() {
     ++m_generation;
     for (StoreMedia& media : m_medias)
         media.forgetFailures();
-    m_wishes.clear();
-    resolveWishes();
+    std::vector<Wish> none;
+    m_wishes.set(none);
+    (void)resolveWishes();  // nothing is kept any more
 }
 
 bool PictureStore::Work::isKept(Wish const& wish) const {
@@ -169,25 +170,29 @@ void PictureStore::Work::noteOvertaking(Demand const& demand) {
 
 // ---- Wishes
 
-void PictureStore::Work::resolveWishes() {
-    m_wished.clear();
-    std::set<Key> seen;
-    for (Wish const& wish : m_wishes) {
-        if (wish.media >= m_medias.size()) continue;
-        StoreMedia const& media = m_medias[wish.media];
-        if (media.state() == StoreMedia::State::failed) continue;
-        const bool isOpen = media.state() == StoreMedia::State::open;
-        const Key key{wish.media, isOpen ? media.frameAt(wish.time) : anyFrame};
-        if (isOpen && !media.holds(key.frame)) continue;
-        if (seen.insert(key).second) m_wished.push_back(key);
-    }
-    m_cache.setWishes(m_wished);
+PictureCache::Surplus PictureStore::Work::resolveWishes() {
+    m_wishes.resolve(m_medias, m_cache.budgetInBytes());
+    m_cache.setWishes(m_wishes.keys());
     for (size_t media = 0; media < m_medias.size(); ++media) {
         for (auto const& source : m_medias[media].sources()) {
-            if (source->isBusy && source->urgency == decodingAhead && seen.count({media, source->target}) == 0)
+            if (source->isBusy && source->urgency == decodingAhead && !m_wishes.contains({media, source->target}))
                 source->givesUp = true;
         }
     }
+    return m_cache.setRoomForOthers(m_wishes.roomForOthers());
+}
+
+/// Whether a picture that is passed on the way to another should be decoded, if that can be avoided.
+bool PictureStore::Work::isWorthKeeping(Key const& key) const {
+    if (m_wishes.isEmpty() || m_wishes.hasRoomFor(key)) return true;
+    return std::any_of(m_demands.begin(), m_demands.end(), [&](Demand const* demand) {
+        return demand->wish.media == key.media && m_medias[key.media].frameAt(demand->wish.time) == key.frame;
+    });
+}
+
+bool PictureStore::Work::hasDemandFor(size_t media) const {
+    return std::any_of(m_demands.begin(), m_demands.end(),
+                       [media](Demand const* demand) { return demand->wish.media == media; });
 }
 
 // ---- What to do next
@@ -215,13 +220,12 @@ PictureStore::Work::Job PictureStore::Work::demandedJob() {
     return {};
 }
 
-// In order, up to the budget: what lies beyond it would push out what is needed earlier. Opening takes no part of it.
 PictureStore::Work::Job PictureStore::Work::wishedJob() {
     size_t ahead = 0;
     bool isFull = false;
-    for (Key const& wish : m_wished) {
+    for (Key const& wish : m_wishes.keys()) {
         StoreMedia const& media = m_medias[wish.media];
-        if (wish.frame == anyFrame) {
+        if (wish.frame == PictureWishes::anyFrame) {
             // Opening cannot be given up, so one thread stays free of it for demands.
             const bool mayOpen = media.state() == StoreMedia::State::closed && m_openings + 1 < m_threads.size();
             if (mayOpen) return openingOf(wish.media);
@@ -229,10 +233,11 @@ PictureStore::Work::Job PictureStore::Work::wishedJob() {
         }
         if (isFull || media.hasFailed(wish.frame)) continue;
         const size_t kept = m_cache.bytesAt(wish);
-        const size_t bytes = kept > 0 ? kept : media.expectedBytes();
-        isFull = ahead > 0 && ahead + bytes > m_cache.budgetInBytes();
-        ahead += bytes;
+        isFull = kept == 0 && !m_wishes.isTimeFor(wish, media, ahead);
+        ahead += kept > 0 ? kept : media.expectedBytes();
         if (isFull || kept > 0) continue;
+        // Another run through the same media would take the processors from the one that is waited for.
+        if (hasDemandFor(wish.media) && media.pictures().runBegin(wish.frame) < wish.frame) continue;
         if (const Job job = decodingOf(wish, decodingAhead); job.kind != Job::Kind::none) return job;
     }
     return {};
@@ -319,7 +324,10 @@ void PictureStore::Work::open(Job const& job, Lock& lock) {
     answerDemands([&](Demand& demand) {
         if (demand.wish.media == job.media) (void)answerAtOnce(demand);
     });
-    resolveWishes();
+    PictureCache::Surplus surplus = resolveWishes();
+    lock.unlock();
+    surplus.clear();
+    lock.lock();
 }
 
 void PictureStore::Work::decode(Job const& job, Lock& lock) {
@@ -330,7 +338,11 @@ void PictureStore::Work::decode(Job const& job, Lock& lock) {
         source.passed = std::max(source.passed, std::min(frame, job.frame));
         surplus = take({job.media, frame}, picture, source);
     };
-    const auto isWanted = [&source] { return !source.givesUp; };
+    const auto isWanted = [&](int64 frame) {
+        if (frame == job.frame) return !source.givesUp;
+        const Lock asking(m_mutex);
+        return isWorthKeeping({job.media, frame});
+    };
 
     lock.unlock();
     FramePtr picture;

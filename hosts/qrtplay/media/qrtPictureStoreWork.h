@@ -7,6 +7,7 @@
 
 #include "media/qrtPictureCache.h"
 #include "media/qrtPictureStore.h"
+#include "media/qrtPictureWishes.h"
 #include "media/qrtStoreMedia.h"
 
 namespace qrtplay {
@@ -74,7 +75,9 @@ private:
     template <class Answering>
     void answerDemands(Answering answering);
     [[nodiscard]] PictureCache::Surplus take(Key const& key, FramePtr const& picture, StoreSource& source);
-    void resolveWishes();
+    [[nodiscard]] PictureCache::Surplus resolveWishes();
+    [[nodiscard]] bool isWorthKeeping(Key const& key) const;
+    [[nodiscard]] bool hasDemandFor(size_t media) const;
 
     const Open m_open;
 
@@ -85,8 +88,7 @@ private:
     std::vector<StoreMedia> m_medias;
     PictureCache m_cache;
     std::vector<Demand*> m_demands;  // the oldest first
-    std::vector<Wish> m_wishes;
-    std::vector<Key> m_wished;  // the wishes by frame, each once; of a media that is not open only that it has to be
+    PictureWishes m_wishes;
     std::vector<StoreSource*> m_busy;
     uint64 m_serial = 0;
     uint64 m_generation = 0;

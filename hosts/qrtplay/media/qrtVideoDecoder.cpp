@@ -10,6 +10,12 @@ namespace {
 /// No format puts a frame out later than this many packets after others that refer to it.
 constexpr int64 farthestReference = 32;
 
+/// Whether the decoder knows the pictures that nothing refers to, and leaves them out when it is told to. Other formats
+/// have several grades of them, of which the lower refer to the upper.
+bool knowsUnreferenced(AVCodecID codec) {
+    return codec == AV_CODEC_ID_H264 || codec == AV_CODEC_ID_MPEG2VIDEO || codec == AV_CODEC_ID_MPEG4;
+}
+
 }  // namespace
 
 Outcome VideoDecoder::open(std::shared_ptr<MediaFile const> const& file, std::unique_ptr<VideoDecoder>& decoder) {
@@ -24,7 +30,8 @@ Outcome VideoDecoder::wakeUp() {
     std::unique_ptr<Demuxer> demuxer;
     AvPtr<AVCodecContext> decoder;
     if (Outcome outcome = Demuxer::open(path(), demuxer); outcome.failed()) return outcome;
-    if (Outcome outcome = demuxer->makeDecoder(decoder); outcome.failed()) return outcome;
+    if (!demuxer->gainsFromStrictness()) m_care = Demuxer::Care::tolerant;
+    if (Outcome outcome = demuxer->makeDecoder(decoder, m_care); outcome.failed()) return outcome;
     m_packet.reset(av_packet_alloc());
     m_decoded.reset(av_frame_alloc());
     if (!m_packet || !m_decoded) return Outcome::failure(path() + ": out of memory");
@@ -75,7 +82,10 @@ PictureSource::Result VideoDecoder::frame(int64 frame, Keep const& keep, IsWante
         why = outcome.message();
         return Result::failure;
     }
-    switch (decode({frame, keep, isWanted, picture})) {
+    const Errand errand{frame, keep, isWanted, picture};
+    Progress progress = decode(errand);
+    if (progress == Progress::missed && becomeTolerant()) progress = decode(errand);
+    switch (progress) {
         case Progress::arrived: return Result::picture;
         case Progress::given_up: return Result::given_up;
         case Progress::missed: break;
@@ -86,6 +96,13 @@ PictureSource::Result VideoDecoder::frame(int64 frame, Keep const& keep, IsWante
     return Result::failure;
 }
 
+/// False when it is tolerant already.
+bool VideoDecoder::becomeTolerant() {
+    if (std::exchange(m_care, Demuxer::Care::tolerant) == Demuxer::Care::tolerant) return false;
+    rest();
+    return wakeUp().success();
+}
+
 VideoDecoder::Progress VideoDecoder::decode(Errand const& errand) {
     FrameIndex const& index = m_file->index();
     if (canRunOnTo(errand.frame)) {
@@ -93,7 +110,7 @@ VideoDecoder::Progress VideoDecoder::decode(Errand const& errand) {
     }
     // A packet that is marked as a key may not be enough to start from, for example when its stream refreshes the
     // picture bit by bit; then an earlier one is, and the first in any case.
-    constexpr int attempts = 3;
+    const int attempts = m_care == Demuxer::Care::strict ? 1 : 3;
     int64 start = index.startFor(index.packetOfFrame(errand.frame));
     for (int attempt = 0; attempt < attempts; ++attempt) {
         if (startAt(start)) {
@@ -163,22 +180,22 @@ VideoDecoder::Progress VideoDecoder::runOnTo(Errand const& errand) {
         if (errand.picture) return Progress::arrived;
         // Frames come out in order: one that has been passed by and is not held back has been left out.
         if (!m_running || (m_lastFrame >= errand.frame && !isHeldBack(errand.frame))) return Progress::missed;
-        if (!errand.isWanted()) return Progress::given_up;
+        if (!errand.isWanted(errand.frame)) return Progress::given_up;
 
         const int result = avcodec_receive_frame(m_decoder.get(), m_decoded.get());
         if (result >= 0) {
             takeDecoded();
         } else if (result == AVERROR(EAGAIN)) {
-            feedPacket();
+            feedPacket(errand);
         } else if (result == AVERROR_EOF) {
             m_running = false;
         } else {
-            noteDamage(m_nextPacket - 1);
+            noteError();
         }
     }
 }
 
-void VideoDecoder::feedPacket() {
+void VideoDecoder::feedPacket(Errand const& errand) {
     FrameIndex const& index = m_file->index();
     if (m_drained) {
         m_running = false;  // a decoder that still wants more has nothing to give
@@ -199,13 +216,30 @@ void VideoDecoder::feedPacket() {
         ++m_nextPacket;
         return;
     }
+    m_decoder->skip_frame = isLeftOut(errand, m_nextPacket) ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
     // Frames are recognised by the number of their packet, which the decoder hands on as their time.
     m_packet->pts = m_nextPacket;
     m_packet->dts = AV_NOPTS_VALUE;
     const int result = avcodec_send_packet(m_decoder.get(), m_packet.get());
     m_packetRead = false;
     ++m_nextPacket;
-    if (result < 0) noteDamage(m_nextPacket - 1);
+    if (result < 0) noteError();
+}
+
+// Whether the picture of a packet need not be decoded unless others refer to it.
+bool VideoDecoder::isLeftOut(Errand const& errand, int64 packet) const {
+    FrameIndex const& index = m_file->index();
+    if (!index.isTimed() || !knowsUnreferenced(m_decoder->codec_id)) return false;
+    const int64 frame = index.frameOfPacket(packet);
+    return frame >= 0 && frame < errand.frame && !errand.isWanted(frame);
+}
+
+// A strict decoder is not asked for more: what it had in hand may be flawed, too.
+void VideoDecoder::noteError() {
+    if (m_care == Demuxer::Care::strict)
+        m_running = false;
+    else
+        noteDamage(m_nextPacket - 1);
 }
 
 // What is decoded after a damaged packet may refer to it, up to the next key packet.
@@ -235,7 +269,13 @@ void VideoDecoder::takeDecoded() {
     // Shown before the start of the run: it refers to pictures that this run has not seen.
     if (!known || (m_startPacket > 0 && index.isTimed() && index.packet(packet).pts < index.packet(m_startPacket).pts))
         return;
-    if ((decoded->flags & AV_FRAME_FLAG_CORRUPT) != 0 || decoded->decode_error_flags != 0) noteDamage(packet);
+    if ((decoded->flags & AV_FRAME_FLAG_CORRUPT) != 0 || decoded->decode_error_flags != 0) {
+        if (m_care == Demuxer::Care::strict) {
+            m_running = false;
+            return;
+        }
+        noteDamage(packet);
+    }
 
     const int64 frame = index.frameOfPacket(packet);
     if (frame < 0) return;
@@ -247,6 +287,7 @@ void VideoDecoder::takeDecoded() {
 // A frame that others refer to may come out after them, and only then shows that it is flawed. So a picture is let go
 // when all that were decoded shortly before it are out.
 bool VideoDecoder::isSettled(int64 packet) const {
+    if (m_care == Demuxer::Care::strict) return true;  // what is flawed does not come out
     for (int64 earlier = std::max(m_startPacket, packet - farthestReference); earlier < packet; ++earlier) {
         if (m_file->index().frameOfPacket(earlier) > m_lastFrame) return false;
     }

@@ -17,6 +17,7 @@ namespace qrtplay {
 ///
 /// Going forward costs one frame each. Any other frame is reached from the last key packet before it.
 /// A frame that cannot be decoded without an error fails; it never comes out as another picture.
+/// Decoding is strict and fast until the clip turns out to be flawed, and tolerant from then on.
 class VideoDecoder final : public PictureSource {
 public:
     static Outcome open(std::shared_ptr<MediaFile const> const& file, std::unique_ptr<VideoDecoder>& decoder);
@@ -46,6 +47,7 @@ private:
     explicit VideoDecoder(std::shared_ptr<MediaFile const> file) : m_file(std::move(file)) {}
 
     [[nodiscard]] Outcome wakeUp();
+    [[nodiscard]] bool becomeTolerant();
     [[nodiscard]] std::string whyLost(int64 frame) const;
     [[nodiscard]] Progress decode(Errand const& errand);
     [[nodiscard]] bool canRunOnTo(int64 frame) const;
@@ -54,7 +56,9 @@ private:
     [[nodiscard]] bool skipTo(int64 start);
     [[nodiscard]] bool readNext();
     [[nodiscard]] Progress runOnTo(Errand const& errand);
-    void feedPacket();
+    void feedPacket(Errand const& errand);
+    void noteError();
+    [[nodiscard]] bool isLeftOut(Errand const& errand, int64 packet) const;
     void noteDamage(int64 packet);
     [[nodiscard]] bool isSuspect(int64 packet) const;
     void takeDecoded();
@@ -72,6 +76,7 @@ private:
     const std::shared_ptr<MediaFile const> m_file;
     std::unique_ptr<Demuxer> m_demuxer;  // null at rest, as is the decoder
     AvPtr<AVCodecContext> m_decoder;
+    Demuxer::Care m_care = Demuxer::Care::strict;
     AvPtr<AVPacket> m_packet;
     AvPtr<AVFrame> m_decoded;
     std::unordered_set<int64> m_failures;  // so that a broken frame is not tried again and again

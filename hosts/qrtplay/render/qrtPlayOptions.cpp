@@ -75,7 +75,7 @@ CommandSyntax::Group playerOptions() {
              {"ram", "", "Frames are delivered as blocks of memory."},
              {"head", "N", "How many frames are kept rendered ahead."},
              {"tail", "N", "How many frames are kept rendered behind."},
-             {"cache", "MIB", "Memory for decoded pictures, in MiB."}}};
+             {"cache", "MIB", "Memory for decoded pictures, in MiB; 512 without it."}}};
 }
 
 Outcome parsePlayOptions(CommandLine const& line, PlaySettings& play) {

@@ -1,0 +1,43 @@
+#include "graph/qrtFrameCourse.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace qrtplay {
+
+void FrameCourse::note(int64 frame, int64 step) {
+    if (step != m_step) m_timesJumped = 0;
+    const bool isJump = step == m_step && (step > 0 ? frame < m_frame : frame > m_frame);
+    if (isJump) {
+        const Jump jump{m_frame, frame};
+        m_timesJumped = jump == m_jump ? m_timesJumped + 1 : 1;
+        m_jump = jump;
+    }
+    // Whoever takes a step back takes more of them.
+    const bool isStepBack = step == m_step && frame == m_frame - step;
+    m_advance = isStepBack ? -step : step;
+    m_frame = frame;
+    m_step = step;
+}
+
+// One jump back may lead anywhere; the second one from and to the same frames is that of a loop.
+bool FrameCourse::isInLoop() const {
+    const auto [first, last] = std::minmax(m_jump.from, m_jump.to);
+    return m_timesJumped >= 2 && m_frame >= first && m_frame <= last;
+}
+
+int64 FrameCourse::next(int64 frame) const {
+    if (!isInLoop()) return frame + m_advance;
+    return frame == m_jump.from ? m_jump.to : frame + m_step;
+}
+
+int64 FrameCourse::framesAhead() const {
+    constexpr int64 forward = 32;
+    // Backwards whole groups of frames have to be decoded, long before the first of their frames is needed.
+    constexpr int64 backward = 512;
+    constexpr int64 most = 1024;
+    if (isInLoop()) return std::min(most, std::abs(m_jump.from - m_jump.to) / std::abs(m_step) + 1);
+    return m_advance < 0 ? backward : forward;
+}
+
+}  // namespace qrtplay
