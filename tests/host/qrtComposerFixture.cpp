@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <QtGlobal>
 #include <cmath>
 #include <cstring>
+
+#include "graph/qrtConversionChoice.h"
 
 namespace qrtplay {
 
@@ -132,6 +135,11 @@ FrameNode dissolveOf(double mix, FrameNode first, FrameNode second) {
     node.mix = mix;
     node.children = {std::move(first), std::move(second)};
     return node;
+}
+
+Composing::Composing() {
+    const int choice = qEnvironmentVariableIntValue("QRT_PREF_QRTPLAY_CONVERSION");
+    if (convertsOnCpu(static_cast<ConversionChoice>(choice), context.gl())) composer.setReadyPictures(&ready);
 }
 
 Composing::~Composing() {

@@ -75,7 +75,8 @@ FrameNode dissolveOf(double mix, FrameNode first, FrameNode second);
 /// A composer with a context of its own.
 class Composing {
 public:
-    Composing() = default;
+    /// Converts pictures where the program would here by itself.
+    Composing();
     ~Composing();
     Q_DISABLE_COPY(Composing)
 
@@ -86,6 +87,7 @@ public:
 
     TestContext context;
     FakeProvider provider;
+    ReadyPictures ready;
     FrameComposer composer;
 };
 

@@ -231,6 +231,7 @@ TEST(MediaGraphEngine, deletesItsTexturesWithItself) {
     {
         SharedPtr<GraphEngineInterface> engine = MediaGraphEngine::create();
         ASSERT_TRUE(engine->setGLContext(context.context()).success());
+        ASSERT_TRUE(engine->setPref(MediaGraphEngine::CONVERSION, 2).success());  // the CPU needs no textures
         ASSERT_TRUE(engine->setComposition(openComposition("bt709.mp4"), {}, rgba(8, 8), Rational(24, 1)).success());
         ASSERT_TRUE(engine->renderFrame(rgba(8, 8), 0, texture.name()).success());
         EXPECT_GT(livingTextures(), before);
@@ -320,7 +321,7 @@ TEST(MediaGraphEngine, keepsTheDecodedFramesWithinTheirBudget) {
     Drawing drawing("bframes.mp4", 8, 8);
     Vector<String> names;
     ASSERT_TRUE(drawing.engine->getPrefs(names).success());
-    ASSERT_EQ(names.size(), 1u);
+    ASSERT_EQ(names.size(), 2u);
     EXPECT_EQ(names[0], String("QRTPLAY_DECODE_CACHE_MIB"));
     int value = 0;
     ASSERT_TRUE(drawing.engine->getPref(names[0], value).success());
@@ -338,6 +339,68 @@ TEST(MediaGraphEngine, keepsTheDecodedFramesWithinTheirBudget) {
     EXPECT_TRUE(drawing.engine->getPref("NO_SUCH", value) == Status::invalid_argument);
     ASSERT_TRUE(drawing.engine->getPref(names[0], value).success());
     EXPECT_EQ(value, 0);
+}
+
+struct ConversionCase {
+    char const* name;
+    int width;
+    int height;
+    Scaling scaling;
+    bool isScaled;
+};
+
+class Conversions : public ::testing::TestWithParam<ConversionCase> {
+protected:
+    static std::vector<unsigned char> drawn(Drawing& drawing, ConversionChoice where) {
+        EXPECT_TRUE(drawing.engine->setPref(MediaGraphEngine::CONVERSION, static_cast<int>(where)).success());
+        return drawing.draw(3);
+    }
+};
+
+TEST_P(Conversions, drawTheSameOnTheCpuAndInShaders) {
+    Drawing drawing("bt709.mp4", GetParam().width, GetParam().height);
+    Presentation presentation;
+    presentation.scaling = GetParam().scaling;
+    const auto shown = TimelineComposition::create(drawing.composition->timeline(), {}, presentation);
+    ASSERT_TRUE(drawing.engine->updateComposition(shown, "").success());
+    const std::vector<unsigned char> onCpu = drawn(drawing, ConversionChoice::cpu);
+    const std::vector<unsigned char> inShaders = drawn(drawing, ConversionChoice::gpu);
+    ASSERT_EQ(onCpu.size(), inShaders.size());
+    int largest = 0;
+    double sum = 0;
+    for (size_t i = 0; i < onCpu.size(); ++i) {
+        largest = std::max(largest, std::abs(onCpu[i] - inShaders[i]));
+        sum += std::abs(onCpu[i] - inShaders[i]);
+    }
+    // The test picture is all edges of saturated colours; they get another shape when chroma is scaled by itself.
+    if (GetParam().isScaled)
+        EXPECT_LE(sum / static_cast<double>(onCpu.size()), 3);
+    else
+        EXPECT_LE(largest, colourRounding);  // of the shaders
+}
+
+INSTANTIATE_TEST_SUITE_P(Places, Conversions,
+                         ::testing::Values(ConversionCase{"whole", 64, 48, Scaling::fit, false},
+                                           ConversionCase{"barsAboveAndBelow", 64, 60, Scaling::fit, false},
+                                           ConversionCase{"barsBeside", 80, 48, Scaling::fit, false},
+                                           ConversionCase{"cutOffBeside", 40, 48, Scaling::fill, false},
+                                           ConversionCase{"cutOffAboveAndBelow", 64, 20, Scaling::fill, false},
+                                           ConversionCase{"cutOutOfTheMiddle", 30, 20, Scaling::one_to_one, false},
+                                           ConversionCase{"shrunk", 32, 24, Scaling::fit, true},
+                                           ConversionCase{"shrunkAndCutOff", 20, 24, Scaling::fill, true},
+                                           ConversionCase{"enlarged", 128, 96, Scaling::fit, true}),
+                         [](const auto& caseInfo) { return std::string(caseInfo.param.name); });
+
+TEST(MediaGraphEngine, convertsWhereItIsTold) {
+    const SharedPtr<GraphEngineInterface> engine = MediaGraphEngine::create();
+    for (const int where : {0, 1, 2}) {
+        int value = -1;
+        EXPECT_TRUE(engine->setPref(MediaGraphEngine::CONVERSION, where).success());
+        EXPECT_TRUE(engine->getPref(MediaGraphEngine::CONVERSION, value).success());
+        EXPECT_EQ(value, where);
+    }
+    for (const int nowhere : {-1, 3})
+        EXPECT_TRUE(engine->setPref(MediaGraphEngine::CONVERSION, nowhere) == Status::invalid_argument);
 }
 
 TEST(MediaGraphEngine, remembersItsStep) {

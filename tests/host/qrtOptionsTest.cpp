@@ -66,8 +66,9 @@ TEST_F(CommandLines, readWhatIsWritten) {
 }
 
 TEST_F(CommandLines, readHowItIsPlayed) {
-    ASSERT_TRUE(parse({"render", "a.otio", "--no-output", "--loop", "7", "--scaling", "1:1", "--fps", "23.976",
-                       "--cache", "64", "--ocio", "c.ocio", "--display", "D", "--view", "V", "--depth", "16"})
+    ASSERT_TRUE(parse({"render", "a.otio",    "--no-output", "--loop", "7",         "--scaling", "1:1",
+                       "--fps",  "23.976",    "--cache",     "64",     "--convert", "cpu",       "--ocio",
+                       "c.ocio", "--display", "D",           "--view", "V",         "--depth",   "16"})
                     .success());
     RenderOptions const& render = options.render;
     EXPECT_FALSE(render.hasOutput);
@@ -77,6 +78,7 @@ TEST_F(CommandLines, readHowItIsPlayed) {
     EXPECT_EQ(render.play.decodeCacheInMiB, 64);
     EXPECT_EQ(render.play.ocio.config + render.play.ocio.display + render.play.ocio.view, "c.ocioDV");
     EXPECT_EQ(render.play.depth, PixelFormat::rgba16);
+    EXPECT_EQ(render.play.conversion, ConversionChoice::cpu);
 }
 
 TEST_F(CommandLines, refuseWhatDoesNotGoTogether) {
@@ -91,7 +93,9 @@ TEST_F(CommandLines, refuseWhatDoesNotGoTogether) {
     EXPECT_THAT(refusal({"--output", "x.png", "--scaling", "big"}), HasSubstr("--scaling 'big'"));
     EXPECT_THAT(refusal({"--output", "x.png", "--fps", "fast"}), HasSubstr("rate 'fast'"));
     EXPECT_THAT(refusal({"--output", "x.png", "--cache", "0"}), HasSubstr("--cache '0'"));
+    EXPECT_THAT(refusal({"--output", "x.png", "--convert", "dsp"}), HasSubstr("--convert 'dsp'"));
     EXPECT_THAT(failure({"contact-sheet", "a.mp4", "--output", "x.mov"}), HasSubstr("no movie"));
+    EXPECT_THAT(failure({"contact-sheet", "a.mp4", "--output", "x.png", "--convert", "dsp"}), HasSubstr("--convert"));
 }
 
 TEST_F(CommandLines, readEverythingOfContactSheet) {
@@ -195,7 +199,7 @@ TEST_F(CommandLines, explainEveryCommandAndOption) {
          {"render",  "contact-sheet", "info",         "self-test",   "--version",     "with-display.sh", "Exit status",
           "--start", "--play",        "--loop",       "--ping-pong", "--full-screen", "--every-frame",   "--mute",
           "--fps",   "--allow-path",  "--resolution", "--scaling",   "--ocio",        "--display",       "--view",
-          "--vram",  "--ram",         "--head",       "--tail",      "--cache"})
+          "--vram",  "--ram",         "--head",       "--tail",      "--cache",       "--convert"})
         EXPECT_THAT(options.text, HasSubstr(word));
     ASSERT_TRUE(parse({"view", "--help"}).success());
     for (const char* const word : {"--start", "--full-screen", "Examples", "Exit status"})
@@ -206,10 +210,10 @@ TEST_F(CommandLines, explainEveryCommandAndOption) {
          {"--frames",  "--output", "--vram",     "--ram",           "--resolution", "--head",      "--tail",
           "10-90x5",   "Examples", "--fps",      "--loop",          "--allow-path", "--no-output", "--depth",
           "--quality", "--codec",  "--no-sound", "--skip-existing", "--dry-run",    "--scaling",   "--ocio",
-          "--display", "--view",   "--cache",    "--json",          "Exit status"})
+          "--display", "--view",   "--cache",    "--convert",       "--json",       "Exit status"})
         EXPECT_THAT(options.text, HasSubstr(word));
     ASSERT_TRUE(parse({"contact-sheet", "--help"}).success());
-    for (const char* const word : {"--output", "--columns", "--rows", "--width", "Examples"})
+    for (const char* const word : {"--output", "--columns", "--rows", "--width", "--convert", "Examples"})
         EXPECT_THAT(options.text, HasSubstr(word));
 }
 

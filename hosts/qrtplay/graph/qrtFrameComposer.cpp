@@ -3,6 +3,7 @@
 #include <QOpenGLContext>
 #include <algorithm>
 #include <string>
+#include <utility>
 
 #include "graph/qrtGlState.h"
 
@@ -13,6 +14,7 @@ struct FrameComposer::Frame {
     QOpenGLExtraFunctions& gl;
     LayerProvider& provider;
     PicturePainter::Surface surface;
+    bool& isUndefined;  // what is on the surface is left over from earlier
     int nesting = 0;
 };
 
@@ -58,8 +60,10 @@ Outcome FrameComposer::compose(QOpenGLExtraFunctions& gl, FrameNode const& root,
     const GlState state(gl);
     Outcome outcome = begin(gl, target);
     if (outcome.success()) {
-        const Frame frame{gl, provider, {m_framebuffer, target.width, target.height}};
+        bool isUndefined = true;
+        const Frame frame{gl, provider, {m_framebuffer, target.texture, target.width, target.height}, isUndefined};
         outcome = draw(frame, root, Blend::over, 1);
+        makeBlack(frame);
         const Outcome ended = end(gl);
         if (outcome.success()) outcome = ended;
     }
@@ -83,8 +87,12 @@ Outcome FrameComposer::begin(QOpenGLExtraFunctions& gl, Target const& target) {
     if (status != GL_FRAMEBUFFER_COMPLETE)
         return Outcome::failure("the output texture cannot be drawn into (framebuffer status " +
                                 std::to_string(status) + ")");
-    clear(gl, m_framebuffer, 1);
     return Outcome();
+}
+
+/// Before anything is drawn that leaves some of the surface to be seen.
+void FrameComposer::makeBlack(Frame const& frame) {
+    if (std::exchange(frame.isUndefined, false)) clear(frame.gl, frame.surface.framebuffer, 1);
 }
 
 Outcome FrameComposer::end(QOpenGLExtraFunctions& gl) {
@@ -121,6 +129,11 @@ Outcome FrameComposer::drawMedia(Frame const& frame, FrameNode const& node, Blen
     manner.blend = blend;
     manner.weight = weight;
     manner.colours = m_colours.get();
+    manner.ready = m_ready;
+    if (PicturePainter::covers(layer, frame.surface, manner))
+        frame.isUndefined = false;
+    else
+        makeBlack(frame);
     const Outcome painted = m_painter.paint(frame.gl, layer, frame.surface, manner);
     if (painted.success()) return Outcome();
     return Outcome::failure(layer.path + ": " + painted.message());
@@ -133,6 +146,7 @@ Outcome FrameComposer::drawGenerator(Frame const& frame, FrameNode const& node, 
     clear(frame.gl, canvas->framebuffer, 0);
     outcome = renderGenerator(frame.gl, frame.provider, node, *canvas);
     if (outcome.failed()) return outcome;
+    makeBlack(frame);
     return m_painter.paintTexture(frame.gl, canvas->texture, frame.surface, blend, weight);
 }
 
@@ -145,11 +159,15 @@ Outcome FrameComposer::drawGroup(Frame const& frame, FrameNode const& node, Blen
     Outcome outcome = canvas.take(frame.gl, frame.surface.width, frame.surface.height, GL_RGBA16F);
     if (outcome.failed()) return outcome;
     clear(frame.gl, canvas->framebuffer, 0);
-    Frame inner = frame;
-    inner.surface.framebuffer = canvas->framebuffer;
-    ++inner.nesting;
+    bool isUndefined = false;
+    const Frame inner{frame.gl,
+                      frame.provider,
+                      {canvas->framebuffer, 0, frame.surface.width, frame.surface.height},
+                      isUndefined,
+                      frame.nesting + 1};
     outcome = node.kind == FrameNode::Kind::stack ? drawStack(inner, node) : drawDissolve(inner, node, 1);
     if (outcome.failed()) return outcome;
+    makeBlack(frame);
     return m_painter.paintTexture(frame.gl, canvas->texture, frame.surface, blend, weight);
 }
 

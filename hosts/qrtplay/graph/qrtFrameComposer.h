@@ -9,6 +9,7 @@
 #include "graph/qrtColourManagement.h"
 #include "graph/qrtLayerProvider.h"
 #include "graph/qrtPicturePainter.h"
+#include "graph/qrtReadyPictures.h"
 #include "graph/qrtRenderTarget.h"
 #include "timeline/qrtFramePlan.h"
 
@@ -32,6 +33,9 @@ public:
     /// Null for the built-in conversion of colours to the display's (see `DisplayConversion`).
     void setColourManagement(std::shared_ptr<ColourManagement const> colours) { m_colours = std::move(colours); }
 
+    /// What converts pictures on the CPU where it can; null to have all done by shaders. Borrowed.
+    void setReadyPictures(ReadyPictures* ready) noexcept { m_ready = ready; }
+
     /// A failure is the one of the first leaf that fails, in its own words, or names the file that cannot be drawn; the
     /// texture then holds something unfinished.
     Outcome compose(QOpenGLExtraFunctions& gl, FrameNode const& root, LayerProvider& provider, Target const& target);
@@ -41,6 +45,7 @@ private:
     struct Frame;
 
     Outcome begin(QOpenGLExtraFunctions& gl, Target const& target);
+    static void makeBlack(Frame const& frame);
     Outcome end(QOpenGLExtraFunctions& gl);
     Outcome draw(Frame const& frame, FrameNode const& node, Blend blend, double weight);
     Outcome drawMedia(Frame const& frame, FrameNode const& node, Blend blend, double weight);
@@ -51,6 +56,7 @@ private:
 
     Scaling m_scaling = Scaling::fit;
     std::shared_ptr<ColourManagement const> m_colours;
+    ReadyPictures* m_ready = nullptr;
     CanvasPool m_canvases;
     PicturePainter m_painter{m_canvases};
     GLuint m_framebuffer = 0;

@@ -17,9 +17,11 @@ namespace {
 
 constexpr size_t bytesPerMiB = size_t{1} << 20;
 
-int initialCacheInMiB() {
-    constexpr int usual = static_cast<int>(PictureStore::defaultBudgetInBytes / bytesPerMiB);
-    const char* const fixed = Platform::getenv(("QRT_PREF_" + MediaGraphEngine::DECODE_CACHE_MIB).c_str());
+constexpr int lastConversion = static_cast<int>(ConversionChoice::gpu);
+
+/// What the environment says of a preference, at least 0.
+int initialPref(String const& name, int usual) {
+    const char* const fixed = Platform::getenv(("QRT_PREF_" + name).c_str());
     return fixed ? std::max(0, std::atoi(fixed)) : usual;
 }
 
@@ -52,8 +54,11 @@ private:
 };
 
 const String MediaGraphEngine::DECODE_CACHE_MIB("QRTPLAY_DECODE_CACHE_MIB");
+const String MediaGraphEngine::CONVERSION("QRTPLAY_CONVERSION");
 
-MediaGraphEngine::MediaGraphEngine() : m_cacheInMiB(initialCacheInMiB()) {}
+MediaGraphEngine::MediaGraphEngine()
+    : m_cacheInMiB(initialPref(DECODE_CACHE_MIB, static_cast<int>(PictureStore::defaultBudgetInBytes / bytesPerMiB))),
+      m_conversion(static_cast<ConversionChoice>(std::min(initialPref(CONVERSION, 0), lastConversion))) {}
 
 SharedPtr<GraphEngineInterface> MediaGraphEngine::create() {
     return SharedPtr<GraphEngineInterface>(new MediaGraphEngine());
@@ -65,11 +70,18 @@ MediaGraphEngine::~MediaGraphEngine() {
 }
 
 Status MediaGraphEngine::setPref(String const& name, int value) {
-    if (!(name == DECODE_CACHE_MIB) || value < 0) return Status::invalid_argument;
+    const bool isConversion = name == CONVERSION;
+    if ((!isConversion && !(name == DECODE_CACHE_MIB)) || value < 0) return Status::invalid_argument;
+    if (isConversion && value > lastConversion) return Status::invalid_argument;
     std::shared_ptr<PictureStore> pictures;
     {
         const std::lock_guard lock(m_mutex);
+        if (isConversion) {
+            m_conversion = static_cast<ConversionChoice>(value);
+            return Status();
+        }
         m_cacheInMiB = value;
+        m_readyBytes = 0;
         pictures = m_source.pictures;
     }
     if (pictures) pictures->setBudget(static_cast<size_t>(value) * bytesPerMiB);
@@ -77,14 +89,15 @@ Status MediaGraphEngine::setPref(String const& name, int value) {
 }
 
 Status MediaGraphEngine::getPref(String const& name, int& value) const {
-    if (!(name == DECODE_CACHE_MIB)) return Status::invalid_argument;
+    if (!(name == DECODE_CACHE_MIB) && !(name == CONVERSION)) return Status::invalid_argument;
     const std::lock_guard lock(m_mutex);
-    value = m_cacheInMiB;
+    value = name == CONVERSION ? static_cast<int>(m_conversion) : m_cacheInMiB;
     return Status();
 }
 
 Status MediaGraphEngine::getPrefs(Vector<String>& names) const {
     names.push_back(DECODE_CACHE_MIB);
+    names.push_back(CONVERSION);
     return Status();
 }
 
@@ -131,7 +144,11 @@ Status MediaGraphEngine::adopt(SharedPtr<Composition> const& composition, bool i
 
     const std::lock_guard lock(m_mutex);
     if (adopted.composition && !isUpdate) m_rate = adopted.composition->rate();
-    if (adopted.pictures != m_source.pictures) m_planned.clear();
+    if (adopted.pictures != m_source.pictures) {
+        m_planned.clear();
+        m_readyBytes = 0;
+        if (m_ready) m_ready->clear();
+    }
     m_source = std::move(adopted);  // `before` ends after the lock does, and what it alone holds with it
     return status;
 }
@@ -150,6 +167,9 @@ Status MediaGraphEngine::renderFrame(VideoBufferResolution const& resolution, in
     const auto start = std::chrono::steady_clock::now();
     prepareAhead(current, frame);
     QOpenGLExtraFunctions& gl = *m_context->extraFunctions();
+    const std::shared_ptr<ReadyPictures> ready = readyPictures(gl, resolution);
+    if (ready) convertAhead(current, frame, resolution, *ready);
+    m_composer.setReadyPictures(ready.get());
     Layers layers(gl, current, m_segments);
     const FrameNode plan = current.composition->timeline()->pictureAt(frame, getVideoFrameRate());
     const Outcome outcome =
@@ -181,6 +201,62 @@ void MediaGraphEngine::prepareAhead(Source const& source, int64 frame) {
         planned = m_course.next(planned);
     }
     source.pictures->prepare(std::move(wishes));
+}
+
+/// Null when shaders are to do it all, as they do for frames with more than 8 bits.
+std::shared_ptr<ReadyPictures> MediaGraphEngine::readyPictures(QOpenGLExtraFunctions& gl,
+                                                               VideoBufferResolution const& resolution) {
+    constexpr int mostBits = 8;
+    std::shared_ptr<ReadyPictures> unused;  // ends after the lock
+    const std::lock_guard lock(m_mutex);
+    const bool isOnCpu = resolution.getBitsPerChannel() <= mostBits && convertsOnCpu(m_conversion, gl);
+    if (!isOnCpu)
+        unused.swap(m_ready);
+    else if (!m_ready)
+        m_ready = std::make_shared<ReadyPictures>();
+    return m_ready;
+}
+
+// Of what is decoded already: what is not will be converted when it is drawn.
+void MediaGraphEngine::convertAhead(Source const& source, int64 frame, VideoBufferResolution const& resolution,
+                                    ReadyPictures& ready) {
+    Presentation const& presentation = source.composition->presentation();
+    std::vector<ReadyPictures::Order> orders;
+    for (PictureStore::Wish const& wish : nextPictures(frame)) {
+        PictureStore::Answer answer;
+        if (!source.pictures->keptPicture(wish, answer)) continue;
+        const LayerPicture layer{std::move(answer.picture), std::move(answer.facts), std::move(answer.path)};
+        const PixelRect place = placeOf(layer, presentation.scaling, resolution.getWidth(), resolution.getHeight());
+        if (const auto form = cpuForm(layer, place, presentation.colours != nullptr))
+            orders.push_back({layer.picture, *form});
+        if (orders.size() > ReadyPictures::mostAhead) break;
+    }
+    ready.prepare(std::move(orders));
+    shareBudget(*source.pictures, ready.sizeInBytes());
+}
+
+/// The pictures of a frame and those after it, as planned.
+std::vector<PictureStore::Wish> MediaGraphEngine::nextPictures(int64 frame) const {
+    const std::lock_guard lock(m_mutex);
+    const int64 step = m_step == 0 ? 1 : m_step;
+    std::vector<PictureStore::Wish> wishes;
+    int64 planned = frame;
+    for (size_t ahead = 0; ahead <= ReadyPictures::mostAhead && m_planned.contains(planned); ++ahead, planned += step) {
+        auto const& pictures = m_planned.pictures(planned);
+        wishes.insert(wishes.end(), pictures.begin(), pictures.end());
+    }
+    return wishes;
+}
+
+// Converted pictures are part of what decoding may take up.
+void MediaGraphEngine::shareBudget(PictureStore& pictures, size_t readyBytes) {
+    size_t budget = 0;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (std::exchange(m_readyBytes, readyBytes) == readyBytes) return;
+        budget = static_cast<size_t>(m_cacheInMiB) * bytesPerMiB;
+    }
+    pictures.setBudget(budget - std::min(budget, readyBytes));
 }
 
 Status MediaGraphEngine::fillAudio(ConstSharedPtr<AudioFormatInterface> const& format, char* buffer, size_t bytes,
@@ -218,7 +294,10 @@ SharedPtr<TokenResolver> MediaGraphEngine::getTokenResolver() const {
 }
 
 Status MediaGraphEngine::clearCache() {
-    if (const Source current = source(); current.pictures) current.pictures->clear();
+    const Source current = source();
+    if (current.pictures) current.pictures->clear();
+    const std::lock_guard lock(m_mutex);
+    if (m_ready) m_ready->clear();
     return Status();
 }
 

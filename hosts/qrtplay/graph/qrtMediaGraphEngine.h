@@ -6,9 +6,11 @@
 #include "base/qrtKit.h"
 #include "foundation/composition/qrtGraphEngineInterface.h"
 #include "generators/qrtSegmentRenderer.h"
+#include "graph/qrtConversionChoice.h"
 #include "graph/qrtFrameComposer.h"
 #include "graph/qrtFrameCourse.h"
 #include "graph/qrtPlannedFrames.h"
+#include "graph/qrtReadyPictures.h"
 #include "graph/qrtTimelineComposition.h"
 #include "graph/qrtTimelineSound.h"
 #include "media/qrtPictureStore.h"
@@ -27,12 +29,15 @@ public:
     /// Preference: the memory, in mebibytes, that decoded pictures may take up; at least one is always kept.
     /// The environment variable "QRT_PREF_" + its name sets where it starts.
     static const String DECODE_CACHE_MIB;  // "QRTPLAY_DECODE_CACHE_MIB"
+    /// Preference: where pictures are converted, a `ConversionChoice` as a number: 0 auto, 1 CPU, 2 GPU. The
+    /// environment variable "QRT_PREF_" + its name sets where it starts. Takes effect at the next frame.
+    static const String CONVERSION;  // "QRTPLAY_CONVERSION"
 
     /// The factory for `Player::create`.
     [[nodiscard]] static SharedPtr<GraphEngineInterface> create();
     ~MediaGraphEngine() override;
 
-    /// `Status::invalid_argument` for another name than `DECODE_CACHE_MIB` or a negative value.
+    /// `Status::invalid_argument` for another name or a value that means nothing.
     Status setPref(String const& name, int value) override;
     Status getPref(String const& name, int& value) const override;
     Status getPrefs(Vector<String>& names) const override;
@@ -76,6 +81,11 @@ private:
     Status adopt(SharedPtr<Composition> const& composition, bool isUpdate);
     [[nodiscard]] Source source() const;
     void prepareAhead(Source const& source, int64 frame);
+    [[nodiscard]] std::shared_ptr<ReadyPictures> readyPictures(QOpenGLExtraFunctions& gl,
+                                                               VideoBufferResolution const& resolution);
+    void convertAhead(Source const& source, int64 frame, VideoBufferResolution const& resolution, ReadyPictures& ready);
+    [[nodiscard]] std::vector<PictureStore::Wish> nextPictures(int64 frame) const;
+    void shareBudget(PictureStore& pictures, size_t readyBytes);
 
     // Player thread only.
     QOpenGLContext* m_context = nullptr;
@@ -90,6 +100,9 @@ private:
     Rational m_rate{24, 1};
     int32 m_step = 1;
     int m_cacheInMiB;
+    size_t m_readyBytes = 0;  // which the budget of the decoded pictures goes without
+    ConversionChoice m_conversion;
+    std::shared_ptr<ReadyPictures> m_ready;  // while the CPU converts
 };
 
 }  // namespace qrtplay

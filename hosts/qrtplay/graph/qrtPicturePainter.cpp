@@ -8,6 +8,7 @@
 
 #include "graph/qrtChromaSite.h"
 #include "graph/qrtColourTransform.h"
+#include "graph/qrtCpuForm.h"
 #include "graph/qrtPictureShader.h"
 
 namespace qrtplay {
@@ -93,12 +94,6 @@ void setTurn(Turn const& turn, bool linesFirst, QMatrix2x2& matrix, QVector2D& s
     shift[lines] = static_cast<float>(turn.rowOffset);
 }
 
-/// What is not positive means nothing, either way up.
-Rational inverse(Rational const& aspect) {
-    if (aspect.getNumerator() <= 0) return Rational(1, 1);
-    return Rational(static_cast<int32>(aspect.getDenominator()), static_cast<uint32>(aspect.getNumerator()));
-}
-
 struct Range {
     int first;
     int count;
@@ -109,6 +104,11 @@ Range visibleColumns(Turn const& turn, PixelRect const& visible) {
     const int one = turn.columnFromX * visible.x + turn.columnFromY * visible.y + turn.columnOffset;
     const int other = one + turn.columnFromX * visible.width + turn.columnFromY * visible.height;
     return {std::min(one, other), std::abs(other - one)};
+}
+
+bool hasAlpha(AVFrame const& picture) {
+    const AVPixFmtDescriptor* const descriptor = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(picture.format));
+    return !descriptor || (descriptor->flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
 }
 
 void setBlend(QOpenGLExtraFunctions& gl, Blend blend) {
@@ -150,8 +150,7 @@ Outcome PicturePainter::prepare(AVFrame const& picture, LayerPicture const& laye
                                             : displayConversion(colour, upload.conversion);
     if (coloured.failed()) return coloured;
 
-    const bool isStated = picture.chroma_location != AVCHROMA_LOC_UNSPECIFIED;
-    upload.chroma = chromaPlace(picture, *layout, isStated ? picture.chroma_location : layer.facts.chromaLocation);
+    upload.chroma = chromaPlace(picture, *layout, chromaLocationOf(layer));
     PixelLayout::Plane const& chroma = layout->planes[static_cast<size_t>(layout->components[1].plane)];
     upload.traits.isGrey = layout->componentCount == 1;
     upload.traits.isSubsampled = chroma.widthShift > 0 || chroma.heightShift > 0;
@@ -162,23 +161,27 @@ Outcome PicturePainter::prepare(AVFrame const& picture, LayerPicture const& laye
     return Outcome();
 }
 
+bool PicturePainter::covers(LayerPicture const& layer, Surface const& surface, Manner const& manner) {
+    const PixelRect whole{0, 0, surface.width, surface.height};
+    const PixelRect place = placeOf(layer, manner.scaling, surface.width, surface.height);
+    return manner.weight >= 1 && manner.blend != Blend::add && !hasAlpha(*layer.picture) &&
+           visiblePart(place, surface.width, surface.height) == whole;
+}
+
 Outcome PicturePainter::paint(QOpenGLExtraFunctions& gl, LayerPicture const& layer, Surface const& surface,
                               Manner const& manner) {
     AVFrame const& picture = *layer.picture;
-    Upload upload;
-    if (Outcome outcome = prepare(picture, layer, manner, upload); outcome.failed()) return outcome;
-
-    const Orientation orientation{layer.facts.clockwiseQuarterTurns, layer.facts.isFlippedHorizontally};
-    int width = picture.width;
-    int height = picture.height;
-    Rational aspect = layer.facts.sampleAspect;
-    if (orientation.isOnItsSide()) {
-        std::swap(width, height);
-        aspect = inverse(aspect);
-    }
-    const PixelRect place = placement(manner.scaling, width, height, aspect, surface.width, surface.height);
+    const PixelRect place = placeOf(layer, manner.scaling, surface.width, surface.height);
     const PixelRect visible = visiblePart(place, surface.width, surface.height);
     if (visible.width == 0 || visible.height == 0) return Outcome();
+    const auto form = manner.ready ? cpuForm(layer, place, manner.colours != nullptr) : std::nullopt;
+    if (form) {
+        if (const auto pixels = manner.ready->take({layer.picture, *form}))
+            return paintReady(gl, *pixels, place, surface, manner);
+    }
+    Upload upload;
+    if (Outcome outcome = prepare(picture, layer, manner, upload); outcome.failed()) return outcome;
+    const Orientation orientation{layer.facts.clockwiseQuarterTurns, layer.facts.isFlippedHorizontally};
 
     const bool isOpaque = !upload.layout.hasAlpha && manner.weight >= 1;
     Pass last;
@@ -240,6 +243,36 @@ Outcome PicturePainter::drawScaled(QOpenGLExtraFunctions& gl, Upload const& uplo
     vertical.sampling = lines;
     vertical.isAcross = true;
     return draw(gl, vertical, nullptr);
+}
+
+/// Where it hides what was there it is copied, else drawn pixel by pixel.
+Outcome PicturePainter::paintReady(QOpenGLExtraFunctions& gl, RgbaPixels const& pixels, PixelRect const& place,
+                                   Surface const& surface, Manner const& manner) {
+    const PixelRect visible = visiblePart(place, surface.width, surface.height);
+    const bool isCopied = surface.texture != 0 && manner.blend != Blend::add && manner.weight >= 1;
+    CanvasLoan canvas(m_canvases);
+    if (!isCopied) {
+        Outcome outcome = canvas.take(gl, visible.width, visible.height, GL_RGBA8);
+        if (outcome.failed()) return outcome;
+    }
+    const size_t firstRow = static_cast<size_t>(visible.y - place.y);
+    const size_t firstPixel = firstRow * static_cast<size_t>(pixels.width) + static_cast<size_t>(visible.x - place.x);
+    gl.glActiveTexture(GL_TEXTURE0);
+    gl.glBindTexture(GL_TEXTURE_RECTANGLE, isCopied ? surface.texture : canvas->texture);
+    gl.glPixelStorei(GL_UNPACK_SWAP_BYTES, GL_FALSE);
+    gl.glPixelStorei(GL_UNPACK_ROW_LENGTH, pixels.width);
+    gl.glTexSubImage2D(GL_TEXTURE_RECTANGLE, 0, isCopied ? visible.x : 0, isCopied ? visible.y : 0, visible.width,
+                       visible.height, GL_RGBA, GL_UNSIGNED_BYTE, pixels.bytes.get() + firstPixel * 4);
+    if (isCopied) return Outcome();
+
+    Pass pass;
+    pass.source = canvas->texture;
+    pass.framebuffer = surface.framebuffer;
+    pass.viewport = visible;
+    pass.shift = QVector2D(static_cast<float>(-visible.x), static_cast<float>(-visible.y));
+    pass.blend = manner.blend == Blend::over && manner.weight >= 1 ? Blend::replace : manner.blend;
+    pass.weight = manner.weight;
+    return draw(gl, pass, nullptr);
 }
 
 Outcome PicturePainter::paintTexture(QOpenGLExtraFunctions& gl, GLuint texture, Surface const& surface, Blend blend,

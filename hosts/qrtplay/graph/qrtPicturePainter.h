@@ -15,6 +15,7 @@
 #include "graph/qrtOrientation.h"
 #include "graph/qrtPictureConverter.h"
 #include "graph/qrtPictureTextures.h"
+#include "graph/qrtReadyPictures.h"
 #include "graph/qrtRenderTarget.h"
 #include "graph/qrtSampling.h"
 #include "graph/qrtShaderCache.h"
@@ -35,6 +36,7 @@ public:
     /// What is drawn into: a framebuffer with a texture of this size.
     struct Surface {
         GLuint framebuffer = 0;
+        GLuint texture = 0;  ///< the framebuffer's, where pixels may be written straight into it; else 0
         int width = 0;
         int height = 0;
     };
@@ -43,10 +45,13 @@ public:
         Blend blend = Blend::over;
         double weight = 1;                          ///< of the picture, its alpha included
         ColourManagement const* colours = nullptr;  ///< in the place of `DisplayConversion`
+        ReadyPictures* ready = nullptr;             ///< converts what the CPU can; null: all is done in shaders
     };
 
     explicit PicturePainter(CanvasPool& canvases) : m_canvases(canvases) {}
 
+    /// Whether the picture leaves nothing to be seen of what is on the surface.
+    [[nodiscard]] static bool covers(LayerPicture const& layer, Surface const& surface, Manner const& manner);
     /// Outside of the picture's place nothing changes.
     Outcome paint(QOpenGLExtraFunctions& gl, LayerPicture const& layer, Surface const& surface, Manner const& manner);
     /// Draws a rectangle texture of the surface's size as it is, alpha premultiplied.
@@ -58,6 +63,8 @@ private:
     struct Pass;
 
     Outcome prepare(AVFrame const& picture, LayerPicture const& layer, Manner const& manner, Upload& upload);
+    Outcome paintReady(QOpenGLExtraFunctions& gl, RgbaPixels const& pixels, PixelRect const& place,
+                       Surface const& surface, Manner const& manner);
     Outcome draw(QOpenGLExtraFunctions& gl, Pass const& pass, Upload const* upload);
     Outcome drawScaled(QOpenGLExtraFunctions& gl, Upload const& upload, Pass const& last, PixelRect const& visible,
                        Sampling const& columns, Sampling const& lines);

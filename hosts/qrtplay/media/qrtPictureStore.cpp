@@ -31,6 +31,10 @@ void PictureStore::clear() {
     m_work->clear();
 }
 
+bool PictureStore::keptPicture(Wish const& wish, Answer& answer) {
+    return m_work->keptPicture(wish, answer);
+}
+
 bool PictureStore::isKept(Wish const& wish) const {
     return m_work->isKept(wish);
 }

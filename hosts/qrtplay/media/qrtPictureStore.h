@@ -64,6 +64,8 @@ public:
     [[nodiscard]] size_t sizeInBytes() const;
     /// Drops all pictures, what is being decoded ahead and what was wished for.
     void clear();
+    /// Sets `answer` to a picture that is kept, as `picture` would; false when there is none. Never waits.
+    [[nodiscard]] bool keptPicture(Wish const& wish, Answer& answer);
     /// Whether a picture is kept. False for a media that is not open yet; true for a time outside of an open one.
     [[nodiscard]] bool isKept(Wish const& wish) const;
 

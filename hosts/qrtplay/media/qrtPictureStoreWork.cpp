@@ -99,6 +99,17 @@ void PictureStore::Work::clear() {
     (void)resolveWishes();  // nothing is kept any more
 }
 
+bool PictureStore::Work::keptPicture(Wish const& wish, Answer& answer) {
+    const Lock lock(m_mutex);
+    if (wish.media >= m_medias.size() || m_medias[wish.media].state() != StoreMedia::State::open) return false;
+    StoreMedia const& media = m_medias[wish.media];
+    const Key key{wish.media, media.frameAt(wish.time)};
+    FramePtr picture = m_cache.get(key);
+    if (!picture) return false;
+    answer = {std::move(picture), media.pictures().facts(), media.pictures().path(), key};
+    return true;
+}
+
 bool PictureStore::Work::isKept(Wish const& wish) const {
     const Lock lock(m_mutex);
     if (wish.media >= m_medias.size() || m_medias[wish.media].state() != StoreMedia::State::open) return false;

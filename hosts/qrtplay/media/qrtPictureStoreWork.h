@@ -29,6 +29,7 @@ public:
     void setBudget(size_t bytes);
     [[nodiscard]] size_t sizeInBytes() const;
     void clear();
+    [[nodiscard]] bool keptPicture(Wish const& wish, Answer& answer);
     [[nodiscard]] bool isKept(Wish const& wish) const;
 
 private:

@@ -36,6 +36,13 @@ std::optional<PixelFormat> pixelFormatOf(VideoBufferResolution const& resolution
     return std::nullopt;
 }
 
+/// Rows of four channels need no padding on either side.
+void copyTurnedOver(std::uint8_t const* bottomFirst, PixelBlock& block) {
+    const size_t stride = block.strideInBytes();
+    for (int32 row = 0; row < block.height; ++row)
+        std::memcpy(block.row(block.height - 1 - row), bottomFirst + static_cast<size_t>(row) * stride, stride);
+}
+
 void turnOver(PixelBlock& block) {
     const size_t stride = block.strideInBytes();
     std::vector<std::uint8_t> spare(stride);
@@ -73,14 +80,13 @@ Outcome FrameReader::read(VideoBuffer const& frame, PixelBlock& block) {
         if (const Status status = frame.getTexture(texture); status.failure() || texture == 0)
             return Outcome::failure("was delivered without a texture");
         if (Outcome outcome = readTexture(texture, read); outcome.failed()) return outcome;
+        turnOver(read);
     } else {
         void* data = nullptr;
         if (const Status status = frame.getData(data); status.failure() || !data)
             return Outcome::failure("was delivered without memory");
-        // Rows of four channels need no padding on either side.
-        std::memcpy(read.pixels.get(), data, read.sizeInBytes());
+        copyTurnedOver(static_cast<std::uint8_t const*>(data), read);
     }
-    turnOver(read);
     block = std::move(read);
     return Outcome();
 }

@@ -9,6 +9,7 @@
 #include "base/qrtKit.h"
 #include "base/qrtPixelBlock.h"
 #include "foundation/core/qrtRational.h"
+#include "graph/qrtConversionChoice.h"
 #include "graph/qrtPlacement.h"
 
 namespace qrtplay {
@@ -28,10 +29,11 @@ struct PlaySettings {
     std::optional<int> tailFrames;    ///< ... behind; without a number what the player thinks best
     Scaling scaling = Scaling::fit;
     OcioSettings ocio;
-    PixelFormat depth = PixelFormat::rgba8;  ///< of the frames
-    std::optional<Rational> outputRate;      ///< frames per second; without one the input's own
-    unsigned segmentCacheInMiB = 64;         ///< for what the host draws, in textures and in memory each; 0: none
-    std::optional<int> decodeCacheInMiB;     ///< for decoded pictures; without a number what suits
+    PixelFormat depth = PixelFormat::rgba8;      ///< of the frames
+    std::optional<Rational> outputRate;          ///< frames per second; without one the input's own
+    unsigned segmentCacheInMiB = 64;             ///< for what the host draws, in textures and in memory each; 0: none
+    std::optional<int> decodeCacheInMiB;         ///< for decoded pictures; without a number what suits
+    std::optional<ConversionChoice> conversion;  ///< of decoded pictures; without one what the environment says
 };
 
 }  // namespace qrtplay

@@ -116,6 +116,8 @@ Outcome TimelinePlayer::applySettings(PlaySettings const& settings) {
         outcome = setPref(Prefs::PRODUCER_CACHE_NB_TAIL_FRAMES, settings.tailFrames, "frames behind");
     if (outcome.success())
         outcome = setPref(MediaGraphEngine::DECODE_CACHE_MIB, settings.decodeCacheInMiB, "cache of decoded pictures");
+    if (settings.conversion && outcome.success())
+        outcome = setPref(MediaGraphEngine::CONVERSION, static_cast<int>(*settings.conversion), "conversion");
     if (outcome.success()) outcome = outcomeOf(m_player->setRamOutputs(settings.ramOutputs), "output in memory");
     for (const Resource::Type type : {Resource::Type::ram, Resource::Type::vram}) {
         // Always succeeds; whether segments are cached is decided when the composition is set.

@@ -80,7 +80,7 @@ int runContactSheet(ContactSheetOptions const& options) {
     std::string const& path = options.input.files.front();
     std::unique_ptr<FrameSource> source;
     ExitStatus status = exit_failed;
-    if (Outcome outcome = openFrameSource(options.input, {}, source, status); outcome.failed())
+    if (Outcome outcome = openFrameSource(options.input, options.play, source, status); outcome.failed())
         return failWith(outcome.message(), status);
     OutputPattern output;
     if (Outcome outcome = OutputPattern::parse(options.output, output); outcome.failed())

@@ -74,6 +74,7 @@ Outcome parseContactSheet(QStringList const& arguments, Options& options) {
                          {"columns", "N", "Frames beside each other (4)."},
                          {"rows", "N", "Frames below each other (4)."},
                          {"width", "W", "Width of the sheet in pixels (1600)."},
+                         conversionOption(),
                          allowPathOption()}}},
                       contactSheetExamples});
     if (Outcome outcome = line.parse(arguments); outcome.failed()) return outcome;
@@ -94,7 +95,8 @@ Outcome parseContactSheet(QStringList const& arguments, Options& options) {
     constexpr int mostTiles = 50;
     constexpr int leastWidth = 320;
     constexpr int mostWidth = 16384;
-    Outcome outcome = line.number("columns", 1, mostTiles, sheet.columns);
+    Outcome outcome = parseConversionOption(line, sheet.play);
+    if (outcome.success()) outcome = line.number("columns", 1, mostTiles, sheet.columns);
     if (outcome.success()) outcome = line.number("rows", 1, mostTiles, sheet.rows);
     if (outcome.success()) outcome = line.number("width", leastWidth, mostWidth, sheet.width);
     return outcome;

@@ -35,6 +35,7 @@ struct RenderOptions {
 /// `qrtplay contact-sheet`.
 struct ContactSheetOptions {
     PlayInput input;
+    PlaySettings play;
     std::string output;
     int columns = 4;
     int rows = 4;

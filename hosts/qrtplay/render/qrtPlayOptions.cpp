@@ -75,7 +75,23 @@ CommandSyntax::Group playerOptions() {
              {"ram", "", "Frames are delivered as blocks of memory."},
              {"head", "N", "How many frames are kept rendered ahead."},
              {"tail", "N", "How many frames are kept rendered behind."},
-             {"cache", "MIB", "Memory for decoded pictures, in MiB; 512 without it."}}};
+             {"cache", "MIB", "Memory for decoded pictures, in MiB; 512 without it."},
+             conversionOption()}};
+}
+
+CommandSyntax::Option conversionOption() {
+    return {"convert", "WHERE",
+            "Where pictures get their colours and their size: cpu, gpu or auto (cpu when OpenGL runs in software; the "
+            "default)."};
+}
+
+Outcome parseConversionOption(CommandLine const& line, PlaySettings& play) {
+    if (!line.has("convert")) return Outcome();
+    ConversionChoice choice{};
+    if (!parseConversion(line.value("convert"), choice))
+        return Outcome::failure("--convert '" + line.value("convert") + "': has to be auto, cpu or gpu");
+    play.conversion = choice;
+    return Outcome();
 }
 
 Outcome parsePlayOptions(CommandLine const& line, PlaySettings& play) {
@@ -94,6 +110,7 @@ Outcome parsePlayOptions(CommandLine const& line, PlaySettings& play) {
         play.outputRate = rate;
     }
     if (Outcome outcome = parseOcio(line, play.ocio); outcome.failed()) return outcome;
+    if (Outcome outcome = parseConversionOption(line, play); outcome.failed()) return outcome;
     Outcome outcome = line.number("head", 0, mostCachedFrames, play.headFrames);
     if (outcome.success()) outcome = line.number("tail", 0, mostCachedFrames, play.tailFrames);
     if (outcome.success()) outcome = line.number("cache", 1, mostCacheInMiB, play.decodeCacheInMiB);

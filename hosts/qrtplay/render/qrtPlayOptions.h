@@ -15,8 +15,13 @@ namespace qrtplay {
 /// How the engine is used.
 [[nodiscard]] CommandSyntax::Group playerOptions();
 
+/// "--convert", which is one of the player's.
+[[nodiscard]] CommandSyntax::Option conversionOption();
+
 /// Reads what a command line says of the frame rate and of both groups into `play`; what it does not say stays as it
 /// is. Failures name the option.
 Outcome parsePlayOptions(CommandLine const& line, PlaySettings& play);
+/// The same of `conversionOption` alone.
+Outcome parseConversionOption(CommandLine const& line, PlaySettings& play);
 
 }  // namespace qrtplay

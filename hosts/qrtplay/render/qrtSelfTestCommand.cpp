@@ -9,6 +9,7 @@
 #include <iostream>
 #include <memory>
 
+#include "graph/qrtConversionChoice.h"
 #include "media/qrtAv.h"
 #include "render/qrtConsole.h"
 #include "render/qrtHostContext.h"
@@ -34,6 +35,7 @@ struct OpenGlNames {
     std::string vendor;
     std::string renderer;
     std::string version;
+    std::string conversion;  ///< where pictures are converted here when nothing else is said
 };
 
 std::string glText(QOpenGLExtraFunctions& gl, GLenum name) {
@@ -44,7 +46,10 @@ std::string glText(QOpenGLExtraFunctions& gl, GLenum name) {
 Outcome readOpenGl(OpenGlNames& names) {
     HostContext context;
     if (Outcome outcome = context.create(); outcome.failed()) return outcome;
-    names = {glText(context.gl(), GL_VENDOR), glText(context.gl(), GL_RENDERER), glText(context.gl(), GL_VERSION)};
+    QOpenGLExtraFunctions& gl = context.gl();
+    const bool isOnCpu = convertsOnCpu(ConversionChoice::automatic, gl);
+    names = {glText(gl, GL_VENDOR), glText(gl, GL_RENDERER), glText(gl, GL_VERSION),
+             conversionName(isOnCpu ? ConversionChoice::cpu : ConversionChoice::gpu)};
     return Outcome();
 }
 
@@ -124,6 +129,7 @@ bool hasDecoder(char const* name) {
 
 void printTable(OpenGlNames const& opengl, std::vector<Check> const& checks) {
     std::cout << "OpenGL    " << opengl.version << ", " << opengl.renderer << " (" << opengl.vendor << ")\n";
+    std::cout << "converts  " << opengl.conversion << "\n";
     std::string present;
     std::string missing;
     for (char const* const name : decoderNames)
@@ -143,6 +149,7 @@ void printJson(OpenGlNames const* opengl, std::vector<Check> const& checks, bool
             .add("vendor", opengl->vendor)
             .add("renderer", opengl->renderer)
             .add("version", opengl->version)
+            .add("conversion", opengl->conversion)
             .endObject();
     else
         json.addNull("opengl");

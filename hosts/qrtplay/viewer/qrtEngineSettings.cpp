@@ -234,7 +234,7 @@ QStringList EngineSettings::furtherPreferencesOf(Prefs const& prefs) {
     for (String const& name : names) {
         const bool isKnown =
             std::any_of(known.begin(), known.end(), [&](KnownPreference const& each) { return *each.name == name; });
-        if (!isKnown) further << QString::fromUtf8(name.c_str());
+        if (!isKnown && !(name == MediaGraphEngine::CONVERSION)) further << QString::fromUtf8(name.c_str());
     }
     return further;
 }
