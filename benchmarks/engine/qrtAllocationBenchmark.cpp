@@ -1,7 +1,7 @@
 // Allocations, counted: a cached fetch, a missed frame, a frame rendered ahead, an eviction. Averages over many, beyond
 // what the bare loop allocates; `host` is what the host's own thread asks for, `total` what all threads do.
-#include "qrtAllocationHook.h"
 #include "harness/qrtEvictionScene.h"
+#include "qrtAllocationHook.h"
 #include "qrtReadyPlayer.h"
 
 namespace QRT_0_81 {

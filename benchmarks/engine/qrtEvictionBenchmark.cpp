@@ -1,6 +1,6 @@
 // One eviction among a thousand cached frames, of which a thousand are wanted. Processor time: nothing waits here.
-#include "qrtBenchmarkSupport.h"
 #include "harness/qrtEvictionScene.h"
+#include "qrtBenchmarkSupport.h"
 
 namespace QRT_0_81 {
 
