@@ -1,6 +1,7 @@
 #include "playback/qrtPacer.h"
 
 #include "base/qrtExactTime.h"
+#include "playback/qrtMediaClock.h"
 
 namespace qrtplay {
 
@@ -9,10 +10,9 @@ namespace {
 constexpr int64 mostSkippedInRow = 7;
 
 int64 roundedNanoseconds(ExactTime const& time) {
-    constexpr int64 perSecond = 1'000'000'000;
     const int64 seconds = time.numerator() / time.denominator();
     const int64 rest = time.numerator() % time.denominator();
-    return seconds * perSecond + (rest * perSecond + time.denominator() / 2) / time.denominator();
+    return seconds * nanosecondsPerSecond + (rest * nanosecondsPerSecond + time.denominator() / 2) / time.denominator();
 }
 
 }  // namespace

@@ -11,16 +11,6 @@ namespace qrtplay {
 
 namespace {
 
-/// The size of the first media that has pictures; that of HD when the timeline has none but what the host draws.
-QSize ownSize(OpenedInput const& input) {
-    for (MediaReference const& reference : input.timeline->media()) {
-        if (const auto file = input.probe.pictures(reference.path)) return squarePixelSize(file->facts());
-        std::unique_ptr<PictureSource> source;
-        if (openPictures(reference, source).success() && source) return squarePixelSize(source->facts());
-    }
-    return {1920, 1080};
-}
-
 bool isWanted(OcioSettings const& ocio) {
     return !ocio.config.empty() || !ocio.display.empty() || !ocio.view.empty() || !qEnvironmentVariableIsEmpty("OCIO");
 }
@@ -40,6 +30,15 @@ QSize squarePixelSize(VideoFacts const& facts) {
     if (aspect > 1) size.setWidth(static_cast<int>(std::lround(facts.width * aspect)));
     if (aspect > 0 && aspect < 1) size.setHeight(static_cast<int>(std::lround(facts.height / aspect)));
     return facts.clockwiseQuarterTurns % 2 == 0 ? size : size.transposed();
+}
+
+QSize ownSize(OpenedInput const& input) {
+    for (MediaReference const& reference : input.timeline->media()) {
+        if (const auto file = input.probe.pictures(reference.path)) return squarePixelSize(file->facts());
+        std::unique_ptr<PictureSource> source;
+        if (openPictures(reference, source).success() && source) return squarePixelSize(source->facts());
+    }
+    return {1920, 1080};
 }
 
 Outcome makePresentation(PlaySettings const& settings, Presentation& presentation) {

@@ -32,12 +32,14 @@ struct PreparedInput {
 /// Threading: any thread; needs no OpenGL.
 Outcome prepareInput(PlayInput const& input, PlaySettings const& settings, PreparedInput& prepared, OpenFailure& why);
 
-/// How the pictures are to be shown by these settings, at `rate` frames a second if there is one. Fails when the
-/// colours cannot be had.
+/// How the pictures are to be shown by these settings. Fails when the colours cannot be had.
 Outcome makePresentation(PlaySettings const& settings, Presentation& presentation);
 
 /// The size at which a clip is as wide and high as it is meant to be when it stands upright in square pixels, without
 /// losing any.
 [[nodiscard]] QSize squarePixelSize(VideoFacts const& facts);
+
+/// The size of the first media that has pictures; that of HD when the timeline has none but what the host draws.
+[[nodiscard]] QSize ownSize(OpenedInput const& input);
 
 }  // namespace qrtplay

@@ -138,11 +138,7 @@ Status TimelinePlayer::resetComposition() {
     return m_player->setComposition(m_composition, makeGeneratorSegments(timeline().generators()));
 }
 
-Outcome TimelinePlayer::present(Presentation presentation) {
-    return outcomeOf(tryPresent(std::move(presentation)), m_name);
-}
-
-Status TimelinePlayer::tryPresent(Presentation presentation) {
+Status TimelinePlayer::present(Presentation presentation) {
     const auto shown = m_composition->presentedAs(std::move(presentation));
     const Status status = m_player->updateComposition(shown, "presentation");
     if (status.success()) m_composition = shown;

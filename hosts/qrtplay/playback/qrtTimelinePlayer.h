@@ -54,10 +54,8 @@ public:
     Outcome readSound(int64 first, int64 count, float* samples) const;
 
     /// Shows the same timeline in another way. Not while the player renders ahead. Not on the player's other callers'
-    /// time: nobody may be fetching.
-    Outcome present(Presentation presentation);
-    /// The same, for callers that tell one refusal of the player from another.
-    [[nodiscard]] Status tryPresent(Presentation presentation);
+    /// time: nobody may be fetching. `Status::not_while_producing` while it does render ahead.
+    [[nodiscard]] Status present(Presentation presentation);
     /// Gives the player the same timeline once more, as it decides then whether it keeps what the host draws. What has
     /// been decoded is dropped. On the same conditions as `present`; after another failure than
     /// `Status::not_while_producing` the player has no timeline.

@@ -3,21 +3,11 @@
 #include <utility>
 
 #include "encode/qrtMovieSettings.h"
-#include "render/qrtMediaInfo.h"
 #include "render/qrtPlaySession.h"
 
 namespace qrtplay {
 
 namespace {
-
-/// The size of the first picture there is; that of HD when nothing but generated pictures is played.
-QSize sizeOf(Timeline const& timeline) {
-    for (MediaReference const& reference : timeline.media()) {
-        MediaInfo info;
-        if (readMediaInfo(reference, info).success() && info.video) return squarePixelSize(*info.video);
-    }
-    return {1920, 1080};
-}
 
 ExitStatus statusOf(OpenFailure why) noexcept {
     switch (why) {
@@ -45,7 +35,7 @@ Outcome describeInput(PlayInput const& input, PlaySettings const& settings, Inpu
     Timeline const& timeline = *opened.timeline;
     facts.rate = settings.outputRate.value_or(timeline.rate());
     facts.frameCount = timeline.duration().frameFrom(facts.rate);
-    facts.resolution = settings.resolution.value_or(sizeOf(timeline));
+    facts.resolution = settings.resolution.value_or(ownSize(opened));
     const int64 samples = timeline.duration().frameFrom(Rational(movieSampleRate, 1));
     facts.hasSound = !timeline.soundAt(0, samples, movieSampleRate).empty();
     facts.warnings = timeline.warnings();

@@ -86,7 +86,7 @@ struct EngineSettings::Change {
             if (status.success() && present.*known.member != value)
                 status = player.player().setPref(*known.name, value.value_or(engine.defaultPreference(*known.name)));
         }
-        if (status.success() && presentation) status = player.tryPresent(*presentation);
+        if (status.success() && presentation) status = player.present(*presentation);
         return status.success() ? changeSegmentBudget(player) : status;
     }
 
