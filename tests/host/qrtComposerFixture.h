@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "graph/qrtFrameComposer.h"
+#include "host/qrtMadePicture.h"
 #include "host/qrtTestOpenGL.h"
 
 namespace qrtplay {
@@ -36,11 +37,7 @@ struct Image {
     return Image(width, height, Colour{0, 0, 0, 1});
 }
 
-/// A picture of `format` whose samples are code values: `code(component, x, y)`, the components in the order of
-/// FFmpeg's descriptor of the format (chroma by its own columns and rows, alpha last).
-std::shared_ptr<AVFrame> makePicture(AVPixelFormat format, int width, int height,
-                                     std::function<double(int component, int x, int y)> const& code);
-/// The same of 8-bit RGBA with the image's colours.
+/// A picture of 8-bit RGBA with the image's colours.
 std::shared_ptr<AVFrame> makeRgba(Image const& image);
 /// The same of 32-bit floats, with alpha when `format` has one.
 std::shared_ptr<AVFrame> makeFloats(Image const& image, AVPixelFormat format = AV_PIX_FMT_GBRAPF32);

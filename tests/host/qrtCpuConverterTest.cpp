@@ -5,37 +5,11 @@
 #include <cmath>
 #include <functional>
 
+#include "host/qrtMadePicture.h"
 #include "host/qrtReferencePicture.h"
 
 namespace qrtplay {
 namespace {
-
-/// A picture whose samples are code values: `code(component, x, y)`, chroma by its own columns and rows.
-std::shared_ptr<AVFrame> pictureOf(AVPixelFormat format, int width, int height,
-                                   std::function<int(int component, int x, int y)> const& code) {
-    std::shared_ptr<AVFrame> picture(av_frame_alloc(), AvDeleter());
-    picture->format = format;
-    picture->width = width;
-    picture->height = height;
-    EXPECT_EQ(av_frame_get_buffer(picture.get(), 0), 0);
-    for (AVBufferRef const* buffer : picture->buf) {
-        if (buffer) std::fill_n(buffer->data, buffer->size, std::uint8_t{0});  // FFmpeg adds samples to what is there
-    }
-    AVPixFmtDescriptor const& descriptor = *av_pix_fmt_desc_get(format);
-    const bool isRgb = (descriptor.flags & AV_PIX_FMT_FLAG_RGB) != 0;
-    for (int component = 0; component < descriptor.nb_components; ++component) {
-        const bool isChroma = !isRgb && component > 0;
-        const int columns = isChroma ? -((-width) >> descriptor.log2_chroma_w) : width;
-        const int rows = isChroma ? -((-height) >> descriptor.log2_chroma_h) : height;
-        std::vector<uint16_t> line(static_cast<size_t>(columns));
-        for (int y = 0; y < rows; ++y) {
-            for (int x = 0; x < columns; ++x)
-                line[static_cast<size_t>(x)] = static_cast<uint16_t>(code(component, x, y));
-            av_write_image_line(line.data(), picture->data, picture->linesize, &descriptor, 0, y, component, columns);
-        }
-    }
-    return picture;
-}
 
 LayerPicture layerOf(std::shared_ptr<AVFrame> const& picture) {
     LayerPicture layer{picture, {}, "clip.mov"};
@@ -65,7 +39,7 @@ class ConvertedFormats : public ::testing::TestWithParam<AVPixelFormat> {};
 
 TEST_P(ConvertedFormats, haveTheColoursOfTheirDefinitionAtEverySharpEdge) {
     const int depth = av_pix_fmt_desc_get(GetParam())->comp[0].depth;
-    const auto picture = pictureOf(GetParam(), 37, 21, [depth](int component, int x, int y) {
+    const auto picture = makePicture(GetParam(), 37, 21, [depth](int component, int x, int y) {
         const int seed = (x * 7919 + y * 104729 + component * 1299709) % 1009;
         return seed * ((1 << depth) - 1) / 1008;
     });
@@ -95,7 +69,7 @@ TEST(CpuConverter, shrinksToTheMeanOfWhatAPixelCovers) {
     // Each pixel of the output covers 2 x 3 pixels whose mean is 30 + 20 x + 30 y, in full range.
     for (const AVPixelFormat format : {AV_PIX_FMT_GRAY8, AV_PIX_FMT_YUV444P, AV_PIX_FMT_YUV444P10LE}) {
         const int scale = format == AV_PIX_FMT_YUV444P10LE ? 4 : 1;
-        const auto picture = pictureOf(format, 12, 12, [scale](int component, int x, int y) {
+        const auto picture = makePicture(format, 12, 12, [scale](int component, int x, int y) {
             if (component > 0) return 128 * scale;
             return (30 + x / 2 * 20 + y / 3 * 30 + (x % 2 == 0 ? -25 : 25)) * scale;
         });
@@ -124,7 +98,7 @@ TEST_P(ScaledChroma, staysWhereItLies) {
     constexpr int side = 64;
     constexpr double slope = 25;
     for (const bool isDown : {false, true}) {
-        const auto picture = pictureOf(AV_PIX_FMT_YUV420P10LE, side, side, [isDown](int component, int x, int y) {
+        const auto picture = makePicture(AV_PIX_FMT_YUV420P10LE, side, side, [isDown](int component, int x, int y) {
             return component == 2 ? 112 + 25 * (isDown ? y : x) : 512;
         });
         picture->chroma_location = GetParam().location;
@@ -156,7 +130,7 @@ INSTANTIATE_TEST_SUITE_P(Locations, ScaledChroma,
                          });
 
 TEST(CpuForms, areForPicturesThatTheCpuConvertsAsWellAsAShader) {
-    const auto picture = pictureOf(AV_PIX_FMT_YUV420P, 16, 16, [](int, int, int) { return 128; });
+    const auto picture = makePicture(AV_PIX_FMT_YUV420P, 16, 16, [](int, int, int) { return 128; });
     const LayerPicture plain = layerOf(picture);
     EXPECT_TRUE(formOf(plain, 16, 16) && formOf(plain, 8, 8) && formOf(plain, 32, 32) && formOf(plain, 16, 8));
     EXPECT_FALSE(formOf(plain, 32, 8)) << "wider and less high";
@@ -179,15 +153,15 @@ TEST(CpuForms, areForPicturesThatTheCpuConvertsAsWellAsAShader) {
     EXPECT_FALSE(formOf(unusual, 16, 16));
 
     for (const AVPixelFormat format : {AV_PIX_FMT_RGBA, AV_PIX_FMT_YUVA420P, AV_PIX_FMT_YUV411P, AV_PIX_FMT_YUYV422}) {
-        const auto other = pictureOf(format, 16, 16, [](int, int, int) { return 128; });
+        const auto other = makePicture(format, 16, 16, [](int, int, int) { return 128; });
         EXPECT_FALSE(formOf(layerOf(other), 16, 16)) << av_get_pix_fmt_name(format);
     }
-    const auto colours = pictureOf(AV_PIX_FMT_RGB24, 16, 16, [](int, int, int) { return 128; });
+    const auto colours = makePicture(AV_PIX_FMT_RGB24, 16, 16, [](int, int, int) { return 128; });
     EXPECT_TRUE(formOf(layerOf(colours), 16, 16));
     EXPECT_FALSE(formOf(layerOf(colours), 8, 8)) << "FFmpeg scales RGB by way of luma and chroma";
     picture->interlaced_frame = 1;
     EXPECT_FALSE(formOf(plain, 16, 16)) << "chroma by fields";
-    const auto fields = pictureOf(AV_PIX_FMT_YUV422P, 16, 16, [](int, int, int) { return 128; });
+    const auto fields = makePicture(AV_PIX_FMT_YUV422P, 16, 16, [](int, int, int) { return 128; });
     fields->interlaced_frame = 1;
     EXPECT_TRUE(formOf(layerOf(fields), 16, 16));
     EXPECT_FALSE(formOf(layerOf(fields), 8, 8));

@@ -31,6 +31,22 @@ TEST(PlayParamsLimits, getFrameAcceptsTheSmallestRateThatARationalCanHold) {
     EXPECT_EQ(PlayParams::getFrame(Time(3, slowest), slowest), 3);
 }
 
+TEST(PlayParamsLimits, getFrameAtTheTimesOwnRateIsTheNumberThatTheConversionGives) {
+    const auto converted = [](int64 ticks, Rational const& rate) {
+        return static_cast<int64>(static_cast<double>(ticks) / rate.getValue() * rate.getValue() + 0.5);
+    };
+    for (Rational const& rate : {Rational(24, 1), Rational(24000, 1001), Rational(30000, 1001), Rational(-25, 1),
+                                 Rational(1, std::numeric_limits<uint32>::max()), Rational(most32, 3)}) {
+        for (int power = 0; power < 60; ++power) {
+            for (const int64 offset : {-2, -1, 0, 1, 2}) {
+                const int64 ticks = (int64{1} << power) + offset;
+                ASSERT_EQ(PlayParams::getFrame(Time(ticks, rate), rate), converted(ticks, rate))
+                    << ticks << " at " << rate.getNumerator() << '/' << rate.getDenominator();
+            }
+        }
+    }
+}
+
 TEST(PlayParamsLimits, getFrameSaturatesAtTheEndsOf64Bits) {
     constexpr Rational fastest(most32, 1);
     EXPECT_EQ(PlayParams::getFrame(Time(most64, rate1), fastest), most64);

@@ -76,6 +76,21 @@ TEST_F(PlayerImplDelivery, aCachedFramePostsItsNumberToTheFrontAndNeedsNobodyToA
     EXPECT_EQ(currentFrame(), 7);
 }
 
+TEST_F(PlayerImplDelivery, aCachedFrameOutsideOfWhatIsPlayedPostsNothing) {
+    for (const int64 frame : {4, 5, 50, 51})
+        (void)produce(frame);
+    startRun(params(10, 5, 50));
+    SharedPtr<VideoBuffer> buffer;
+    for (const int64 outside : {4, 51}) {
+        ASSERT_EQ(engine->getVideoBuffer(outside, buffer).get(), Status::ok);
+        EXPECT_EQ(queue().size(), 0u) << outside;
+    }
+    for (const int64 inside : {5, 50}) {
+        ASSERT_EQ(engine->getVideoBuffer(inside, buffer).get(), Status::ok);
+        EXPECT_THAT(posted(), ElementsAre(CmdType::update_current_frame_number)) << inside;
+    }
+}
+
 TEST_F(PlayerImplDelivery, aMissedFramePostsItsNumberBeforeTheStepThatItsProductionPosted) {
     startRun(params(5, 0, 50));
     SharedPtr<VideoBuffer> buffer;

@@ -58,6 +58,20 @@ TEST_F(PlayerImplLoop, aStepThatFindsTheWholeWindowCachedPostsNothing) {
     EXPECT_THAT(posted(), IsEmpty());
 }
 
+TEST_F(PlayerImplLoop, aRunWithMoreFramesBehindThanTheLastOneFindsThoseThatItLetGo) {
+    startRun(params(5, 0, 50));
+    while (next() != noFrame)
+        ASSERT_EQ(step().get(), Status::ok);
+    ASSERT_EQ(moveTo(6).get(), Status::ok);
+    ASSERT_EQ(Inspector::cacheTryEvictOne(*engine), 1u) << "5 is behind";
+    while (next() != noFrame)
+        ASSERT_EQ(step().get(), Status::ok);
+    ASSERT_EQ(Inspector::stopProducing(*engine).get(), Status::ok);
+    ASSERT_EQ(engine->setPref(Prefs::PRODUCER_CACHE_NB_TAIL_FRAMES, 1).get(), Status::ok);
+    startRun(params(6, 0, 50));
+    EXPECT_EQ(next(), 5);
+}
+
 TEST_F(PlayerImplLoop, stepsTooManyRenderNoFrameTwice) {
     startRun(params(5, 0, 50));
     for (int i = 0; i < 10; ++i)

@@ -24,7 +24,7 @@ public:
 
     /// Records have left the cache that are none of the frames searched for.
     void noteUnwantedRemoved(uint64 count) noexcept { m_numRemoved += count; }
-    /// To be called when other frames are wanted than before at the same place: at the beginning of a run.
+    /// To be called when more or fewer frames are wanted than before.
     void forget();
 
 private:

@@ -210,8 +210,6 @@ private:
     SharedPtr<PlayParams> m_playParams;
     SharedPtr<ExternalSegmentWrappers> m_externalSegments;
     NextFrameSearch m_nextFrameSearch;
-    int32 m_advisedHeadFrames = 0;  // what the eviction advisor of this run keeps
-    int32 m_advisedTailFrames = 0;
     bool m_isLookingAhead = false;  // inside a step of the production loop
 
     // Under m_engineMutex: written by the player thread (or by hosts while there is none), read by any. Objects that

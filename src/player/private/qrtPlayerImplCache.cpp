@@ -115,10 +115,8 @@ size_t PlayerImpl::_cacheEvictOne() {
 size_t PlayerImpl::_cacheEvictUnwanted() {
     size_t numEvicted = 0;
     (void)m_producerCache->evict(evict_one, evict_advised, numEvicted);
-    // The advisor keeps to the counts of the beginning of the run; what it lets go may be wanted since.
-    const bool isAdviceCurrent =
-        m_producerCacheNbHeadFrames <= m_advisedHeadFrames && m_producerCacheNbTailFrames <= m_advisedTailFrames;
-    if (isAdviceCurrent) m_nextFrameSearch.noteUnwantedRemoved(numEvicted);
+    // The advisor keeps what the search looks for: the counts of frames do not change during a run.
+    m_nextFrameSearch.noteUnwantedRemoved(numEvicted);
     return numEvicted;
 }
 

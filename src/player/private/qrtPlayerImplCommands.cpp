@@ -111,12 +111,9 @@ Status PlayerImpl::_startProducing(SharedPtr<PlayParams> const& params) {
     m_playParams = params->clone();  // the host may go on changing its own
     if (const Status status = _graphEngine()->setStep(m_playParams->getStep()); status.failure()) return status;
 
-    m_advisedHeadFrames = m_producerCacheNbHeadFrames;
-    m_advisedTailFrames = m_producerCacheNbTailFrames;
     const SharedPtr<EvictionAdvisorInterfaceBase<SharedPtr<CacheData>>> advisor(
-        new CacheEvictionAdvisor(m_playParams, m_advisedHeadFrames, m_advisedTailFrames));
+        new CacheEvictionAdvisor(m_playParams, m_producerCacheNbHeadFrames, m_producerCacheNbTailFrames));
     (void)m_producerCache->setEvictionAdvisor(advisor);
-    m_nextFrameSearch.forget();
     m_firstFramePlayed = m_playParams->getStartFrame();
     m_lastFramePlayed = m_playParams->getEndFrame();
     m_producing.exchange(true);
