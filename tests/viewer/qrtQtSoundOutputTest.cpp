@@ -68,7 +68,7 @@ private:
 
 TEST_F(QtSoundOutputTest, saysThatThereIsNoDevice) {
     QtSoundOutput output;
-    EXPECT_EQ(output.start(feed()).message(), "there is no sound device on this machine");
+    EXPECT_EQ(output.start(feed()).message(), "There is no sound device on this machine.");
     EXPECT_EQ(output.heard(), std::nullopt);
     EXPECT_EQ(feed().position(), 0);
 }

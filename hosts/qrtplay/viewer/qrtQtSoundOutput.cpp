@@ -201,7 +201,7 @@ Outcome QtSoundOutput::start(SoundFeed& feed) {
     stop();
     // Asked here and not on the device's thread: what Qt keeps of the machine's sound system outlives that.
     const QAudioDeviceInfo info = usualDevice();
-    if (info.isNull()) return Outcome::failure("there is no sound device on this machine");
+    if (info.isNull()) return Outcome::failure("There is no sound device on this machine.");
     auto device = std::make_unique<DeviceThread>(info, feed, m_volume);
     if (!device->begin())
         return Outcome::failure("the sound device \"" + info.deviceName().toStdString() +
