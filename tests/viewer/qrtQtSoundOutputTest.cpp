@@ -86,7 +86,7 @@ TEST_F(QtSoundOutputTest, stopsHarmlesslyWhereNothingPlays) {
 TEST_F(QtSoundOutputTest, saysWhichDeviceCannotBeOpened) {
     if (!haveDevice("type hw card 99")) GTEST_SKIP() << noAlsa;
     QtSoundOutput output;
-    EXPECT_EQ(output.start(feed()).message(), "the sound device \"default\" cannot be opened for stereo at 48000 Hz");
+    EXPECT_EQ(output.start(feed()).message(), "The sound device \"default\" cannot be opened for stereo at 48000 Hz.");
     EXPECT_EQ(output.heard(), std::nullopt);
 }
 

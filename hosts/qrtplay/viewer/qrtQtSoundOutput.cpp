@@ -204,8 +204,8 @@ Outcome QtSoundOutput::start(SoundFeed& feed) {
     if (info.isNull()) return Outcome::failure("There is no sound device on this machine.");
     auto device = std::make_unique<DeviceThread>(info, feed, m_volume);
     if (!device->begin())
-        return Outcome::failure("the sound device \"" + info.deviceName().toStdString() +
-                                "\" cannot be opened for stereo at 48000 Hz");
+        return Outcome::failure("The sound device \"" + info.deviceName().toStdString() +
+                                "\" cannot be opened for stereo at 48000 Hz.");
     m_device = std::move(device);
     return Outcome();
 }
