@@ -4,6 +4,8 @@
 #include <cmath>
 #include <utility>
 
+#include "base/qrtCpuClones.h"
+
 namespace qrtplay {
 
 namespace {
@@ -37,6 +39,7 @@ std::uint16_t pairOf(int first, int second) {
 
 // One colour at a time, and not two of everything: compilers then find that they can take many samples at once.
 
+QRTPLAY_CPU_CLONES
 void addDifference(Sample const* __restrict luma, Sample const* __restrict differences, std::uint16_t light,
                    std::int16_t factor, std::int16_t offset, std::uint8_t* __restrict steps, int count) {
     for (int i = 0; i < count; ++i) {
@@ -45,6 +48,7 @@ void addDifference(Sample const* __restrict luma, Sample const* __restrict diffe
     }
 }
 
+QRTPLAY_CPU_CLONES
 void addDifferences(Sample const* __restrict luma, Sample const* __restrict blueness, Sample const* __restrict redness,
                     std::uint16_t light, std::int16_t blueFactor, std::int16_t redFactor, std::int16_t offset,
                     std::uint8_t* __restrict steps, int count) {
@@ -56,6 +60,7 @@ void addDifferences(Sample const* __restrict luma, Sample const* __restrict blue
 }
 
 /// Two bytes at a time: four at a time keep GCC from using more than one lane.
+QRTPLAY_CPU_CLONES
 void interleave(std::uint8_t const* red, std::uint8_t const* green, std::uint8_t const* blue, int count,
                 std::uint8_t* pixels) {
     auto* __restrict const pairs = reinterpret_cast<std::uint16_t*>(pixels);

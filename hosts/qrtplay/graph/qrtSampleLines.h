@@ -39,6 +39,7 @@ private:
     using Line = std::vector<Sample>;
 
     [[nodiscard]] static Mix mixAt(float position);
+    void readBetween(AVFrame const& picture, size_t component, Mix const& rows, Line& line);
     void readStored(AVFrame const& picture, size_t component, int row, Line& line) const;
     void widen(Line const& narrow, Line& wide) const;
 
