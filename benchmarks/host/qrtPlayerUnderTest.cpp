@@ -31,6 +31,7 @@ PlayerUnderTest::PlayerUnderTest(std::string const& path, PlaySettings settings)
     check(prepareInput(input, settings, prepared, why));
     check(m_context.create());
     check(TimelinePlayer::open(prepared, settings, m_context.native(), m_player, why));
+    m_puller = std::make_unique<FramePuller>(*m_player);
 }
 
 PlayerUnderTest::~PlayerUnderTest() {
@@ -42,16 +43,17 @@ void PlayerUnderTest::play(int64 first, int64 last, Way way) {
     const auto mode = modeOf(way);
     const auto params =
         m_player->parameters(std::min(first, last), std::max(first, last), first, first <= last ? 1 : -1, mode);
-    check(outcomeOf(m_player->player().startProducing(params), "playing"));
+    check(outcomeOf(m_puller->produce(params), "playing"));
 }
 
 void PlayerUnderTest::stop() {
-    check(outcomeOf(m_player->player().stopProducing(), "stopping"));
+    m_puller->stop();
 }
 
 FrameView PlayerUnderTest::frame(int64 number) {
     m_lent.reset();
-    const Status status = m_player->player().getVideoBuffer(number, m_lent);
+    bool wasReady = false;
+    const Status status = m_puller->fetch(number, m_lent, wasReady);
     void* data = nullptr;
     if (status.failure() || !m_lent || m_lent->getData(data).failure() || !data)
         throw std::runtime_error(m_player->failureText(number, status));

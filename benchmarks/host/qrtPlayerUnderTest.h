@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "playback/qrtFramePuller.h"
 #include "playback/qrtTimelinePlayer.h"
 #include "qrtClipPlayer.h"
 #include "render/qrtHostContext.h"
@@ -24,6 +25,7 @@ public:
 private:
     HostContext m_context;
     std::unique_ptr<TimelinePlayer> m_player;
+    std::unique_ptr<FramePuller> m_puller;
     SharedPtr<VideoBuffer> m_lent;
 };
 

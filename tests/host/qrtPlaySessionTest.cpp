@@ -121,6 +121,15 @@ TEST(PlaySession, findsFramesRenderedAheadInTheCache) {
     EXPECT_EQ(session->counts().delivered, 2);
 }
 
+TEST(PlaySession, letsThePlayerRenderAheadOfAHostThatIsQuicker) {
+    const auto session = openSession("bframes.mp4");
+    ASSERT_TRUE(session->start({0, 47, 1}).success());
+    PixelBlock image;
+    for (int64 frame = 0; frame < 48; ++frame)
+        ASSERT_TRUE(session->fetch(frame, image).success());
+    EXPECT_GE(session->counts().cacheHits, 40) << "frames were asked for on demand, each for itself";
+}
+
 TEST(PlaySession, widensPixelsThatAreNotSquareUnlessTold) {
     EXPECT_EQ(openSession("anamorphic.mp4")->resolution(), QSize(128, 48));
     PlaySettings settings;

@@ -6,7 +6,7 @@
 namespace qrtplay {
 
 FrameFetcher::FrameFetcher(TimelinePlayer& player, Deliver deliver)
-    : m_player(player), m_deliver(std::move(deliver)), m_thread([this] { run(); }) {}
+    : m_player(player), m_deliver(std::move(deliver)), m_puller(player), m_thread([this] { run(); }) {}
 
 FrameFetcher::~FrameFetcher() {
     {
@@ -63,7 +63,7 @@ void FrameFetcher::run() {
         if (params) m_params.reset();
         if (wish) m_wish.reset();
         lock.unlock();
-        if (isStopping) stopProducing();
+        if (isStopping) m_puller.stop();
         if (params) startProducing(params);
         if (wish) fetchNow(*wish);
         lock.lock();
@@ -71,10 +71,8 @@ void FrameFetcher::run() {
 }
 
 void FrameFetcher::startProducing(SharedPtr<PlayParams> const& params) {
-    stopProducing();
-    const Status status = m_player.player().startProducing(params);
-    m_isProducing = status.success();
-    if (m_isProducing) return;
+    const Status status = m_puller.produce(params);
+    if (status.success()) return;
     FetchedFrame refused;
     refused.frame = params->getCurrentFrame();
     const std::string range = std::to_string(params->getStartFrame()) + "-" + std::to_string(params->getEndFrame());
@@ -82,17 +80,12 @@ void FrameFetcher::startProducing(SharedPtr<PlayParams> const& params) {
     m_deliver(std::move(refused));
 }
 
-void FrameFetcher::stopProducing() {
-    if (std::exchange(m_isProducing, false)) (void)m_player.player().stopProducing();
-}
-
 void FrameFetcher::fetchNow(Wish const& wish) {
     FetchedFrame fetched;
     fetched.frame = wish.frame;
     fetched.request = wish.request;
-    fetched.wasReady = m_player.player().isVideoBufferReady(wish.frame);
     const auto begun = std::chrono::steady_clock::now();
-    const Status status = m_player.player().getVideoBuffer(wish.frame, fetched.buffer);
+    const Status status = m_puller.fetch(wish.frame, fetched.buffer, fetched.wasReady);
     const auto taken = std::chrono::steady_clock::now() - begun;
     fetched.nanoseconds = std::chrono::duration_cast<std::chrono::nanoseconds>(taken).count();
     // A picture may come with a failure: that to go on rendering ahead from there.

@@ -8,6 +8,7 @@
 
 #include "base/qrtKit.h"
 #include "foundation/core/qrtVideoBuffer.h"
+#include "playback/qrtFramePuller.h"
 #include "playback/qrtTimelinePlayer.h"
 
 namespace qrtplay {
@@ -57,12 +58,11 @@ private:
     void run();
     [[nodiscard]] bool hasWork() const { return m_isStopping || m_params || m_wish; }
     void startProducing(SharedPtr<PlayParams> const& params);
-    void stopProducing();
     void fetchNow(Wish const& wish);
 
     TimelinePlayer& m_player;
     const Deliver m_deliver;
-    bool m_isProducing = false;  // fetcher's thread only
+    FramePuller m_puller;  // fetcher's thread only
 
     std::mutex m_mutex;
     std::condition_variable m_changed;

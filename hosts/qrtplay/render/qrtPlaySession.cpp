@@ -14,6 +14,7 @@ Outcome PlaySession::open(PlayInput const& input, PlaySettings const& settings, 
     if (Outcome outcome = opened->m_context.create(); outcome.failed()) return outcome;
     Outcome outcome = TimelinePlayer::open(prepared, settings, opened->m_context.native(), opened->m_player, why);
     if (outcome.failed()) return outcome;
+    opened->m_puller = std::make_unique<FramePuller>(*opened->m_player);
     opened->m_reader = std::make_unique<FrameReader>(opened->m_context.gl());
     session = std::move(opened);
     return Outcome();
@@ -33,18 +34,18 @@ Outcome PlaySession::start(FrameRange const& range) {
     const int64 first = std::min(range.first, range.last);
     const int64 last = std::max(range.first, range.last);
     const auto params = m_player->parameters(first, last, range.first, range.step, PlayParams::single);
-    return outcomeOf(m_player->player().startProducing(params),
+    return outcomeOf(m_puller->produce(params),
                      "frames " + std::to_string(range.first) + "-" + std::to_string(range.last) + " cannot be played");
 }
 
 void PlaySession::stop() {
-    (void)m_player->player().stopProducing();
+    m_puller->stop();
 }
 
 Outcome PlaySession::fetch(int64 frame, PixelBlock& block) {
-    const bool wasReady = m_player->player().isVideoBufferReady(frame);
     SharedPtr<VideoBuffer> buffer;
-    const Status status = m_player->player().getVideoBuffer(frame, buffer);
+    bool wasReady = false;
+    const Status status = m_puller->fetch(frame, buffer, wasReady);
     if (status.failure() || !buffer) return Outcome::failure(m_player->failureText(frame, status));
     if (Outcome outcome = m_reader->read(*buffer, block); outcome.failed())
         return Outcome::failure(m_player->name() + ": frame " + std::to_string(frame) + ": " + outcome.message());

@@ -8,6 +8,7 @@
 #include "base/qrtKit.h"
 #include "base/qrtOutcome.h"
 #include "base/qrtPixelBlock.h"
+#include "playback/qrtFramePuller.h"
 #include "playback/qrtFrameReader.h"
 #include "playback/qrtTimelinePlayer.h"
 #include "render/qrtFrameRange.h"
@@ -55,6 +56,7 @@ private:
     HostContext m_context;
     std::unique_ptr<FrameReader> m_reader;
     std::unique_ptr<TimelinePlayer> m_player;
+    std::unique_ptr<FramePuller> m_puller;
     Counts m_counts;
 };
 
