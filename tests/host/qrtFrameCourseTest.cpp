@@ -39,6 +39,33 @@ TEST(FrameCourse, expectsMoreStepsBackAfterOne) {
     EXPECT_EQ(course.next(19), 20);
 }
 
+TEST(FrameCourse, expectsNothingAfterAJumpUntilPlayGoesOn) {
+    FrameCourse course;
+    play(course, 10, 20);
+    const int64 ahead = course.framesAhead();
+    for (const int64 frame : {200, 100, 400}) {
+        course.note(frame, 1);
+        EXPECT_EQ(course.framesAhead(), 1) << frame;
+    }
+    course.note(401, 1);
+    EXPECT_EQ(course.framesAhead(), ahead);
+}
+
+TEST(FrameCourse, goesOnWithFramesLeftOut) {
+    FrameCourse course;
+    play(course, 10, 20);
+    const int64 ahead = course.framesAhead();
+    course.note(27, 1);
+    EXPECT_EQ(course.framesAhead(), ahead);
+}
+
+TEST(FrameCourse, looksAheadAfterAJumpWhenPlayGoesBackwards) {
+    FrameCourse course;
+    course.note(10, -1);
+    course.note(300, -1);
+    EXPECT_GT(course.framesAhead(), 1);
+}
+
 TEST(FrameCourse, knowsALoopWhenPlayingHasGoneRoundTwice) {
     FrameCourse course;
     play(course, 20, 29);

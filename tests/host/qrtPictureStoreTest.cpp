@@ -218,8 +218,8 @@ TEST_F(PictureStoreTest, playsAGroupThatDoesNotFitIntoTheBudgetBackwardsInStretc
 TEST_F(PictureStoreTest, decodesOnlyAFewFramesAheadOfForwardPlay) {
     FakeMedia& media = add({});
     add({});
-    constexpr int64 enough = 5;  // a 24th of the budget
-    openStore(24 * enough);
+    constexpr int64 enough = 5;  // a 40th of the budget
+    openStore(40 * enough);
     store->prepare(wishes(range(0, 60)));
     media.waitUntilDecoded(enough - 1);
     EXPECT_EQ(ask(0, 1), 0);  // gives the threads cause to look again

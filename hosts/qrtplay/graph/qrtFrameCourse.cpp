@@ -5,6 +5,13 @@
 
 namespace qrtplay {
 
+namespace {
+
+// Far enough for what takes turns to be evened out.
+constexpr int64 farthestForward = 32;
+
+}  // namespace
+
 void FrameCourse::note(int64 frame, int64 step) {
     if (step != m_step) m_timesJumped = 0;
     const bool isJump = step == m_step && (step > 0 ? frame < m_frame : frame > m_frame);
@@ -16,6 +23,9 @@ void FrameCourse::note(int64 frame, int64 step) {
     // Whoever takes a step back takes more of them.
     const bool isStepBack = step == m_step && frame == m_frame - step;
     m_advance = isStepBack ? -step : step;
+    // Who is late leaves frames out, but plays on.
+    const bool isNear = std::abs(frame - m_frame) <= farthestForward * std::abs(step);
+    m_isElsewhere = step == m_step && !isStepBack && (isJump || !isNear);
     m_frame = frame;
     m_step = step;
 }
@@ -32,12 +42,12 @@ int64 FrameCourse::next(int64 frame) const {
 }
 
 int64 FrameCourse::framesAhead() const {
-    constexpr int64 forward = 32;
     // Backwards whole groups of frames have to be decoded, long before the first of their frames is needed.
     constexpr int64 backward = 512;
     constexpr int64 most = 1024;
     if (isInLoop()) return std::min(most, std::abs(m_jump.from - m_jump.to) / std::abs(m_step) + 1);
-    return m_advance < 0 ? backward : forward;
+    if (m_advance < 0) return backward;
+    return m_isElsewhere ? 1 : farthestForward;
 }
 
 }  // namespace qrtplay

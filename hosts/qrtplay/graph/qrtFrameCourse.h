@@ -5,7 +5,8 @@
 namespace qrtplay {
 
 /// Which frames are going to be rendered next, as far as those that were rendered tell: further ones in the direction
-/// of playing, or against it after a single step back, or those of a loop, once playing has gone round twice.
+/// of playing, or against it after a single step back, or those of a loop, once playing has gone round twice. After a
+/// jump forward play has to go on before anything is expected of it: who looks here and there needs no frames between.
 ///
 /// Threading: none of its own.
 class FrameCourse final {
@@ -31,6 +32,7 @@ private:
     int64 m_advance = 0;  // to the frame that is expected next
     Jump m_jump;          // the last one against the direction of playing
     int m_timesJumped = 0;
+    bool m_isElsewhere = false;  // the last frame does not go on from the one before
 };
 
 }  // namespace qrtplay

@@ -14,7 +14,7 @@ size_t threadCount() {
 
 }  // namespace
 
-const size_t ReadyPictures::mostAhead = threadCount() + 1;
+const size_t ReadyPictures::mostAhead = threadCount();
 
 ReadyPictures::ReadyPictures() {
     for (size_t i = 0; i < threadCount(); ++i)
@@ -32,7 +32,7 @@ ReadyPictures::~ReadyPictures() {
 }
 
 void ReadyPictures::prepare(std::vector<Order> orders) {
-    std::vector<EntryPtr> entries;  // ends after the lock, and what is dropped with it
+    std::vector<EntryPtr> entries;
     {
         const Lock lock(m_mutex);
         for (Order& order : orders) {
@@ -41,6 +41,7 @@ void ReadyPictures::prepare(std::vector<Order> orders) {
         }
         m_entries.swap(entries);
     }
+    entries.clear();  // before the next ones are made, so that they find memory that is free again
     m_changed.notify_all();
 }
 

@@ -18,7 +18,7 @@ namespace qrtplay {
 /// A media is opened when its first picture is wanted, and the clips of one media share what decodes it.
 /// Pictures are kept within a budget of memory that all media share. Those that are wished for stay, the most urgent
 /// ones longest; others, as what forward play has passed, may take a 64th of it unless nothing is wished for. Forward
-/// play needs a 24th of the budget for what is decoded ahead; playing backwards and loops use all of it. Of two
+/// play needs a 40th of the budget for what is decoded ahead; playing backwards and loops use all of it. Of two
 /// requests the newer one goes first, but none is overtaken for ever. Threading: any thread may call any method.
 class PictureStore final {
 public:

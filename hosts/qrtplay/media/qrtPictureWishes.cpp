@@ -48,7 +48,7 @@ size_t PictureWishes::roomForOthers() const noexcept {
 }
 
 bool PictureWishes::isTimeFor(Key const& key, StoreMedia const& media, size_t bytesAhead) const {
-    constexpr size_t share = 24;  // evens out pictures that take long and others that do not
+    constexpr size_t share = 40;  // evens out pictures that take long and others that do not
     constexpr size_t atLeast = 4;
     if (bytesAhead == 0) return true;
     if (bytesAhead + media.expectedBytes() > m_budget) return false;  // would push out what is needed earlier
