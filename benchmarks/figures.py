@@ -4,6 +4,7 @@
 The goals are in goals.json beside this file: groups of rows, each with the program and the benchmark that measures it.
 """
 import argparse
+import datetime
 import json
 import os
 import pathlib
@@ -34,13 +35,18 @@ def load(path):
 # ---- Which programs to run
 
 
-def plan(names):
-    """Prints a line for each program: its name, a tab, and the filter that selects the named groups."""
+def plan(names, whole):
+    """Prints a line for each program: its name, a tab, and the filter that selects the named groups. Whole: no group of
+    a program may be left out, as what is recorded of it takes the place of all that was."""
     groups = load(FOLDER / "goals.json")
     known = [group["name"] for group in groups]
     for name in names:
         if name not in known:
             fail(f"no benchmark is named '{name}'; there are: {', '.join(known)}", 2)
+    programs = {group["program"] for group in groups if group["name"] in names}
+    left_out = [group["name"] for group in groups if group["program"] in programs and group["name"] not in names]
+    if whole and left_out:
+        fail(f"only whole programs are recorded: name {', '.join(left_out)} as well", 2)
     filters = {}
     for group in groups:
         if not names or group["name"] in names:
@@ -78,6 +84,8 @@ def number(value):
     magnitude = abs(value)
     if magnitude >= 100:
         return f"{value:,.0f}"
+    if magnitude < 0.001:
+        return f"{value:.1g}"
     return f"{value:.1f}" if magnitude >= 10 else f"{value:.2f}" if magnitude >= 0.1 else f"{value:.3f}"
 
 
@@ -192,40 +200,57 @@ def machine():
     }
 
 
+SAME_MACHINE = ("processor", "graphics", "system", "compiler", "qt")
+
+
 def record(files):
-    """Keeps the files under results/, without what tells nothing but whose machine it was, and writes the table into
-    docs/performance.md."""
+    """Keeps the files under results/, without what tells nothing but whose machine it was, and writes the table of all
+    that is kept there into docs/performance.md."""
     results = FOLDER / "results"
     results.mkdir(exist_ok=True)
+    here = machine()
+    new = {pathlib.Path(path).name for path in files}
+    for path in results.glob("*.json"):
+        context = load(path)["context"]
+        if path.name not in new and any(context[key] != here[key] for key in SAME_MACHINE):
+            fail(f"results/{path.name} is from another machine or system: record everything", 1)
     for path in files:
         content = load(path)
-        context = content.get("context", {})
-        kept = {"date": context["date"][:10]} if "date" in context else {}
-        content["context"] = kept | machine()
+        today = datetime.date.today().isoformat()
+        content["context"] = {"date": content.get("context", {}).get("date", today)[:10]} | here
         (results / pathlib.Path(path).name).write_text(json.dumps(content, indent=1) + "\n", encoding="utf-8")
+    write_table(sorted(results.glob("*.json")), here)
+
+
+def write_table(files, here):
     document = FOLDER.parent / "docs" / "performance.md"
     text = document.read_text(encoding="utf-8")
     begin, end = text.find(TABLE_BEGIN), text.find(TABLE_END)
     if begin < 0 or end < begin:
         fail(f"{document.name} has no place for the table", 1)
-    lines = [f"Recorded on: {machine()['processor']}; {machine()['graphics']}; {machine()['system']};",
-             f"{machine()['compiler']}; Qt {machine()['qt']}; load {machine()['load']}.", ""]
+    lines = [f"Recorded on: {here['processor']}; {here['graphics']}; {here['system']};",
+             f"{here['compiler']}; Qt {here['qt']}.", ""]
+    for path in files:
+        context = load(path)["context"]
+        lines += [f"- `{path.stem}`: {context['date']}, load {context['load']}"]
     rows = table_rows(files)
-    lines += ["| " + " | ".join(row) + " |" for row in rows]
-    lines.insert(4, "|---|---|---|---|")
+    lines += ["", "| " + " | ".join(rows[0]) + " |", "|---|---|---|---|"]
+    lines += ["| " + " | ".join(row) + " |" for row in rows[1:]]
     document.write_text(text[:begin] + TABLE_BEGIN + "\n" + "\n".join(lines) + "\n" + text[end:], encoding="utf-8")
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     commands = parser.add_subparsers(dest="command", required=True)
-    commands.add_parser("plan", help="which programs to run for some groups").add_argument("names", nargs="*")
+    planning = commands.add_parser("plan", help="which programs to run for some groups")
+    planning.add_argument("names", nargs="*")
+    planning.add_argument("--whole", action="store_true", help="no group of a program may be left out")
     commands.add_parser("table", help="print the table").add_argument("files", nargs="+")
     commands.add_parser("record", help="keep the figures").add_argument("files", nargs="+")
     commands.add_parser("check", help="compare the goals with the programs").add_argument("folder")
     arguments = parser.parse_args()
     if arguments.command == "plan":
-        plan(arguments.names)
+        plan(arguments.names, arguments.whole)
     elif arguments.command == "table":
         print_table(arguments.files)
     elif arguments.command == "record":

@@ -10,7 +10,8 @@ Measures what the engine and its host cost, and prints one table with each figur
 
   NAME       a group of benchmarks, e.g. cachedFrame; without one, all. A wrong name prints those that there are.
   --quick    fewer turns: a few minutes instead of half an hour, and noisier figures
-  --record   keeps the figures in benchmarks/results/ and the table in docs/performance.md; of all benchmarks, in full
+  --record   keeps the figures in benchmarks/results/ and the table in docs/performance.md; a full run, and of a program
+             all groups or none
 
 Sets up everything and builds by itself. Figures are ratios within one run where they can be; for the rest, and for the
 99th percentiles, let the machine be quiet. The figures lie in build/release/figures/ as JSON, a file for each program.
@@ -39,7 +40,7 @@ for argument in "$@"; do
         *) names+=("$argument") ;;
     esac
 done
-[[ -z $record || (-z $quick && ${#names[@]} -eq 0) ]] || fail "only a full run of all benchmarks is recorded" 2
+[[ -z $record || -z $quick ]] || fail "only a full run is recorded" 2
 
 exec </dev/null
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -47,7 +48,7 @@ trap 'exit 130' INT
 trap 'exit 143' TERM
 
 scripts/setup.sh
-plan=$(benchmarks/figures.py plan "${names[@]}") || exit $?
+plan=$(benchmarks/figures.py plan ${record:+--whole} "${names[@]}") || exit $?
 
 figures=build/release/figures
 mkdir -p "$figures"
