@@ -16,7 +16,7 @@ void lookAhead(benchmark::State& state, VideoBufferResolution const& resolution,
         player.fetch(frame);  // the run has begun: what follows is steady
         const Stopwatch watch;
         for (int i = 0; i < stretch; ++i)
-            player.fetch(++frame);
+            player.fetchInTurn(++frame);
         const double seconds = watch.seconds();
         player.stop();
         frame += 10;  // nothing of this stretch is cached for the next

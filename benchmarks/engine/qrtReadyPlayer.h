@@ -46,6 +46,14 @@ public:
         check(m_player->getVideoBuffer(frame, buffer));
         return buffer;
     }
+    /// Fetches the next frame as a host does that is quicker than the player and lets it render ahead: asked for at
+    /// once, it would overtake the step of look-ahead that is about to render it.
+    SharedPtr<VideoBuffer> fetchInTurn(int64 frame) {
+        constexpr int mostTurns = 2;
+        for (int turn = 0; turn < mostTurns && !m_player->isVideoBufferReady(frame); ++turn)
+            settle();
+        return fetch(frame);
+    }
     /// Fetches a cached frame while producing, and waits until look-ahead has rendered the frame that this calls for.
     void playTo(int64 frame, int64 aheadFrame) {
         BenchmarkScript::lastFrame = -1;
