@@ -55,7 +55,7 @@ if(QRT_BUILD_HOST)
     install(TARGETS qrtplay RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 
     find_package(Python3 REQUIRED COMPONENTS Interpreter)
-    set(page ${CMAKE_CURRENT_BINARY_DIR}/packaging/qrtplay.1)
+    set(page ${CMAKE_CURRENT_BINARY_DIR}/packaging/qrtplay.1.gz)
     add_custom_command(OUTPUT ${page}
         COMMAND Python3::Interpreter ${PROJECT_SOURCE_DIR}/packaging/man-page.py $<TARGET_FILE:qrtplay> ${PROJECT_VERSION} ${page}
         DEPENDS qrtplay packaging/man-page.py

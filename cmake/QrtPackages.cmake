@@ -1,8 +1,9 @@
-# The Debian packages that `cpack` makes of the components of QrtInstall.cmake: libqrt0.81, libqrt-dev and qrtplay.
-# scripts/package.sh makes and tries them.
+# The Debian packages that `cpack` makes of the components of QrtInstall.cmake. scripts/package.sh makes and tries them.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME qrt)
-set(CPACK_PACKAGE_CONTACT "The qrt authors <qrt@localhost>")
+set(QRT_PACKAGE_CONTACT "The qrt authors <qrt@localhost>" CACHE STRING "Who answers for the packages")
+set(CPACK_PACKAGE_CONTACT ${QRT_PACKAGE_CONTACT})
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each has its own
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
 set(CPACK_PACKAGE_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/packages)
@@ -20,6 +21,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/triggers)
 
 # qrt_describe_package(<component> <package> <section> <summary> <text>)
 #
@@ -34,7 +36,14 @@ macro(qrt_describe_package component package section summary text)
         DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${component})
 endmacro()
 
-file(ARCHIVE_CREATE OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/packaging/changelog.gz PATHS CHANGELOG.md FORMAT raw COMPRESSION GZip)
+# Debian's own form of a list of changes, compressed without the time of day, so that packages are repeatable.
+execute_process(COMMAND git log -1 --format=%cD WORKING_DIRECTORY ${PROJECT_SOURCE_DIR}
+    OUTPUT_VARIABLE QRT_COMMIT_DATE OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
+if(NOT QRT_COMMIT_DATE)
+    set(QRT_COMMIT_DATE "Thu, 01 Jan 1970 00:00:00 +0000")
+endif()
+configure_file(packaging/changelog.in ${CMAKE_CURRENT_BINARY_DIR}/packaging/changelog @ONLY)
+execute_process(COMMAND gzip -9nf ${CMAKE_CURRENT_BINARY_DIR}/packaging/changelog COMMAND_ERROR_IS_FATAL ANY)
 
 qrt_describe_package(runtime libqrt${QRT_INTERFACE_VERSION} libs
     "playback engine of a media-composition kit - libraries"
@@ -47,6 +56,8 @@ qrt_describe_package(tools qrtplay video
     "Shows them frame by frame in a window, writes frames into image files and\nmovies, makes contact sheets and tells what a file holds.")
 set(CPACK_COMPONENT_DEV_DEPENDS runtime)
 set(CPACK_COMPONENT_TOOLS_DEPENDS runtime)
+set(CPACK_DEBIAN_DEV_PACKAGE_RECOMMENDS qtbase5-dev)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS libqt5multimedia5-plugins)
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libqrt-dev COMPONENT dev)
 install(FILES docs/embedding.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libqrt-dev COMPONENT dev)
 

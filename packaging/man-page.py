@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
-"""Writes the manual page of qrtplay from what its --help says, so that the two cannot differ.
+"""Writes the manual page of qrtplay, compressed, from what its --help says, so that the two cannot differ.
 
   man-page.py QRTPLAY VERSION OUTPUT
 """
+import gzip
 import re
 import subprocess
 import sys
@@ -74,8 +75,8 @@ def main():
     for name, text in ENVIRONMENT.items():
         page += [".TP", f"\\fB{name}\\fR", escape(text)]
     page += [".SH SEE ALSO", "ffmpeg(1), xvfb\\-run(1)"]
-    with open(output, "w", encoding="utf-8") as file:
-        file.write("\n".join(page) + "\n")
+    with open(output, "wb") as file:
+        file.write(gzip.compress(("\n".join(page) + "\n").encode(), mtime=0))
 
 
 main()

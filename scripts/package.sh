@@ -4,7 +4,7 @@ set -euo pipefail
 
 usage() {
     cat <<'USAGE'
-Makes the Debian packages libqrt0.81, libqrt-dev and qrtplay in build/package/packages.
+Makes the Debian packages of the libraries, of what hosts are built with, and of qrtplay in build/package/packages.
 
   scripts/package.sh          makes them
   scripts/package.sh --try    makes them, installs them with apt, builds and runs an example, runs qrtplay, and purges
@@ -18,7 +18,7 @@ die() {
     exit 1
 }
 
-names=(libqrt0.81 libqrt-dev qrtplay)
+names=()  # of the packages, once they are made
 
 is_installed() { [[ $(dpkg-query -W -f '${Status}' "$1" 2>/dev/null || true) == *" ok installed" ]]; }
 
@@ -33,7 +33,11 @@ make_packages() {
         die "the packages could not be made"
     }
     rm -rf build/package/packages/_CPack_Packages
-    ls build/package/packages/*.deb
+    local file
+    for file in build/package/packages/*.deb; do
+        names+=("$(dpkg-deb -f "$file" Package)")
+        echo "$file"
+    done
 }
 
 purge() {
@@ -62,14 +66,11 @@ try_packages() {
     say "using"
     [[ $(command -v qrtplay) == /usr/bin/qrtplay ]] || die "there is no qrtplay"
     (cd / && "$OLDPWD/scripts/with-display.sh" qrtplay self-test) || die "qrtplay self-test failed"
-    man -w qrtplay >/dev/null 2>&1 || [[ -e /usr/share/man/man1/qrtplay.1.gz || ! -d /usr/share/man/man1 ]] ||
-        die "there is no manual page"
-    cp -r /usr/share/doc/libqrt-dev/examples "$scratch/examples"
-    make -C "$scratch/examples" "$scratch/examples/minimal_host" OUT="$scratch/examples" >"$log" 2>&1 || {
+    make -C examples "$scratch/minimal_host" OUT="$scratch" >"$log" 2>&1 || {
         cat "$log" >&2
         die "an example does not build"
     }
-    scripts/with-display.sh "$scratch/examples/minimal_host" 3 || die "an example does not run"
+    scripts/with-display.sh "$scratch/minimal_host" 3 || die "an example does not run"
 
     say "purging"
     trap 'rm -rf "$scratch"' EXIT

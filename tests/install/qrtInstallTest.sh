@@ -50,7 +50,7 @@ clean "$prefix/consumer/consumer" || fail "a program that links every library do
 # ---- The program, and what the desktop knows of it
 if [[ -e $prefix/bin/qrtplay ]]; then
     [[ $(clean "$prefix/bin/qrtplay" --version) == "qrtplay $version" ]] || fail "qrtplay does not tell version $version"
-    page=$(sed 's/\\f[BIR]//g; s/\\-/-/g' "$prefix/share/man/man1/qrtplay.1")
+    page=$(zcat "$prefix/share/man/man1/qrtplay.1.gz" | sed 's/\\f[BIR]//g; s/\\-/-/g')
     for command in view render contact-sheet info self-test; do
         for option in $(clean "$prefix/bin/qrtplay" "$command" --help | grep -oE '^  --[a-z-]+'); do
             grep -qE -- "^$option( |\$)" <<<"$page" || fail "the manual page lacks $option of $command"
