@@ -3,8 +3,9 @@
 
   check_docs.py ROOT [QRTPLAY]
 
-Links lead to files of the tree and to headings of documents. Code in C++, CMake or make is quoted from the file that a
-comment before it names, line by line; a line with nothing but "..." in a comment stands for what is left out. Commands
+Links lead to files of the tree and to headings of documents. Code in C++, CMake or make, and whatever else follows a
+comment that names a file, is quoted from that file, line by line; a line with nothing but "..." in a comment stands for
+what is left out. Commands
 in other blocks name scripts and presets that exist and, with QRTPLAY, options that its help knows.
 """
 import json
@@ -146,7 +147,7 @@ def check(path, root, program=None):
     name = path.relative_to(root)
     errors = [f"{name}: {error}" for error in link_errors(path, prose, root)]
     for block in found:
-        if block.language in QUOTED:
+        if block.source or block.language in QUOTED:
             error = quote_error(block, root)
             errors += [f"{name}:{block.line}: {error}"] if error else []
         else:

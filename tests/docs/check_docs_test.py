@@ -53,6 +53,7 @@ class CheckDocs(unittest.TestCase):
         self.assertEqual(len(self.errors("<!-- host.cpp -->\nText between\n\n```cpp\nint main() {\n```\n")), 1)
         self.assertEqual(len(self.errors("<!-- gone.cpp -->\n```cpp\nint main() {\n```\n")), 1)
         self.assertEqual(self.errors("```text\nanything\n```\n"), [])
+        self.assertEqual(len(self.errors("<!-- host.cpp -->\n```text\nanything\n```\n")), 1)
 
     def test_scripts_and_presets(self):
         self.assertEqual(self.errors("Text\n\n    scripts/go.sh   goes\n    cmake --preset dev\n"), [])
