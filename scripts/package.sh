@@ -23,10 +23,10 @@ names=()  # of the packages, once they are made
 is_installed() { [[ $(dpkg-query -W -f '${Status}' "$1" 2>/dev/null || true) == *" ok installed" ]]; }
 
 make_packages() {
-    cmake --preset package >"$log" 2>&1 && cmake --build --preset package >>"$log" 2>&1 || {
+    if ! { cmake --preset package && cmake --build --preset package; } >"$log" 2>&1; then
         cat "$log" >&2
         die "the build failed"
-    }
+    fi
     rm -rf build/package/packages
     (cd build/package && cpack) >"$log" 2>&1 || {
         cat "$log" >&2

@@ -1,4 +1,6 @@
+# shellcheck shell=bash
 # To be sourced: `clean COMMAND...` runs it knowing nothing of this build, but for the compiler's cache.
+# shellcheck disable=SC2034
 compiler_cache=$(command -v ccache || true)
 clean() {
     local kept=(PATH=/usr/local/bin:/usr/bin:/bin HOME="$HOME" LC_ALL=C.UTF-8) name

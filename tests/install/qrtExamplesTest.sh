@@ -32,11 +32,13 @@ esac || {
 
 # expect_success PROGRAM [ARGUMENT...]: it ends well and writes what expected/PROGRAM.txt says on standard output.
 expect_success() {
-    if ! (cd "$build" && clean timeout 60 "./$@") >"$build/$1.said"; then
-        echo "FAILED: $*" >&2
+    local program=$1
+    shift
+    if ! (cd "$build" && clean timeout 60 "./$program" "$@") >"$build/$program.said"; then
+        echo "FAILED: $program $*" >&2
         failures=$((failures + 1))
-    elif ! diff "$here/expected/$1.txt" "$build/$1.said" >&2; then
-        echo "FAILED: $* says something else" >&2
+    elif ! diff "$here/expected/$program.txt" "$build/$program.said" >&2; then
+        echo "FAILED: $program $* says something else" >&2
         failures=$((failures + 1))
     fi
 }
