@@ -18,7 +18,7 @@ function(qrt_add_library module)
 
     add_library(qrt${module} SHARED)
     add_library(qrt::${module} ALIAS qrt${module})
-    target_include_directories(qrt${module} INTERFACE ${PROJECT_SOURCE_DIR}/src)
+    target_include_directories(qrt${module} INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>)
     target_link_libraries(qrt${module} PRIVATE qrt${module}Objects ${LIB_PRIVATE} PUBLIC ${LIB_PUBLIC})
     set_target_properties(qrt${module} PROPERTIES
         OUTPUT_NAME qrt${module}_${QRT_ABI}

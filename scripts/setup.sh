@@ -12,7 +12,7 @@ packages=(
     libavcodec-dev libavformat-dev libavutil-dev libswresample-dev libswscale-dev libopencolorio-dev libarchive-dev
     qtmultimedia5-dev libqt5multimedia5-plugins
     # tests, benchmarks and the sample clip
-    libgtest-dev libgmock-dev libbenchmark-dev libclang-rt-14-dev gcovr ffmpeg fonts-dejavu-core
+    libgtest-dev libgmock-dev libbenchmark-dev libglfw3-dev libclang-rt-14-dev gcovr ffmpeg fonts-dejavu-core
     # OpenGL without a display
     xvfb xauth libgl1-mesa-dri libegl-mesa0 libglx-mesa0
 )

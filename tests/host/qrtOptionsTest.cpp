@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 
+#include "base/qrtProgramVersion.h"
 #include "render/qrtViewOptions.h"
 
 namespace qrtplay {
@@ -219,7 +220,7 @@ TEST_F(CommandLines, explainEveryCommandAndOption) {
 
 TEST_F(CommandLines, tellTheVersion) {
     ASSERT_TRUE(parse({"--version"}).success());
-    EXPECT_EQ(options.text, "qrtplay 0.81.0\n");
+    EXPECT_EQ(options.text, "qrtplay " + std::string(versionNumber) + "\n");
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <QMimeData>
 #include <QTest>
 
+#include "base/qrtProgramVersion.h"
 #include "viewer/qrtExportDialog.h"
 #include "viewer/qrtMessageBar.h"
 #include "viewer/qrtViewerFixture.h"
@@ -49,7 +50,8 @@ TEST_F(ViewerFiles, theDialogOpensOneFileOrSeveralAsOneSequence) {
     EXPECT_TRUE(waitFor([&] { return playback().player() != nullptr; }));
     expectShows(0);
     EXPECT_EQ(playback().whole().last, 479) << "250 frames of 25 a second are 240 of 24";
-    EXPECT_THAT(window().windowTitle().toStdString(), ::testing::StartsWith("film.mkv and 1 more - qrtplay 0.81.0"));
+    EXPECT_THAT(window().windowTitle().toStdString(),
+                ::testing::StartsWith("film.mkv and 1 more - qrtplay " + std::string(versionNumber)));
 }
 
 TEST_F(ViewerFiles, filesDroppedOnTheWindowAreOpened) {
@@ -145,7 +147,7 @@ TEST_F(ViewerFiles, closingKeepsAnEmptyWindow) {
     press(Qt::Key_W, Qt::ControlModifier);
     EXPECT_EQ(playback().player(), nullptr);
     EXPECT_EQ(shownNumber(), -1);
-    EXPECT_THAT(window().windowTitle().toStdString(), ::testing::StartsWith("qrtplay 0.81.0"));
+    EXPECT_THAT(window().windowTitle().toStdString(), ::testing::StartsWith("qrtplay " + std::string(versionNumber)));
 }
 
 TEST_F(ViewerFiles, recentFilesOpenAgainAndOutliveTheWindow) {

@@ -11,6 +11,7 @@
 #include <QToolButton>
 #include <set>
 
+#include "base/qrtProgramVersion.h"
 #include "viewer/qrtKeyboardHelp.h"
 #include "viewer/qrtLogPanel.h"
 #include "viewer/qrtPreferencesPanel.h"
@@ -78,11 +79,12 @@ TEST_F(ViewerView, theKeyboardPageListsEveryKey) {
 TEST_F(ViewerView, titleAndAboutBoxTellVersionQtAndOpenGl) {
     showFilm();
     const std::string title = window().windowTitle().toStdString();
-    EXPECT_THAT(title, ::testing::MatchesRegex("film.mkv - qrtplay 0\\.81\\.0 \\(Qt 5\\..*, OpenGL [0-9.]+\\)"));
+    EXPECT_THAT(title, ::testing::MatchesRegex("film.mkv - qrtplay " + std::string(versionNumber) +
+                                               " \\(Qt 5\\..*, OpenGL [0-9.]+\\)"));
     action(ViewerCommand::about).trigger();
     auto* const box = window().findChild<QMessageBox*>("aboutBox");
     ASSERT_NE(box, nullptr);
-    EXPECT_THAT(box->text().toStdString(), HasSubstr("0.81.0"));
+    EXPECT_THAT(box->text().toStdString(), HasSubstr(versionNumber));
     EXPECT_THAT(box->informativeText().toStdString(), HasSubstr(qVersion()));
     EXPECT_THAT(box->informativeText().toStdString(), HasSubstr("OpenGL"));
 }

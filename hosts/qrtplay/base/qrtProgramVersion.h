@@ -2,6 +2,7 @@
 
 namespace qrtplay {
 
-constexpr char versionNumber[] = "0.81.0";
+/// The version of the project, such as "0.81.0"; the build system states it, and nobody else.
+extern char const* const versionNumber;
 
 }  // namespace qrtplay

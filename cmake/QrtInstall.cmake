@@ -1,0 +1,69 @@
+# What is installed, in three components: `runtime` (the libraries), `dev` (what hosts are built with) and `tools` (qrtplay).
+# The same names are the Debian packages' of QrtPackages.cmake.
+include(CMakePackageConfigHelpers)
+
+# What is built for another prefix than the system's finds its libraries wherever the tree is moved. Packages for the
+# system leave this out with CMAKE_SKIP_INSTALL_RPATH.
+file(RELATIVE_PATH QRT_LIBRARIES_FROM_PROGRAMS /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
+file(RELATIVE_PATH QRT_PREFIX_FROM_PKGCONFIG /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+string(REGEX REPLACE "/$" "" QRT_PREFIX_FROM_PKGCONFIG ${QRT_PREFIX_FROM_PKGCONFIG})
+
+set(QRT_INTERFACE_VERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+set(QRT_INSTALL_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR}/qrt-${QRT_INTERFACE_VERSION})
+set(QRT_INSTALL_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/qrt)
+
+# ---- The libraries
+
+# qrt_install_library(<Module> <description> [<required module>...])
+function(qrt_install_library module QRT_PC_DESCRIPTION)
+    set_target_properties(qrt${module} PROPERTIES EXPORT_NAME ${module} INSTALL_RPATH $ORIGIN)
+    install(TARGETS qrt${module} EXPORT qrt
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev
+        INCLUDES DESTINATION ${QRT_INSTALL_INCLUDEDIR})
+    list(TRANSFORM ARGN PREPEND qrt OUTPUT_VARIABLE requires)
+    list(JOIN requires " " QRT_PC_REQUIRES)
+    set(pkgconfig ${CMAKE_CURRENT_BINARY_DIR}/packaging/qrt${module}.pc)
+    configure_file(${PROJECT_SOURCE_DIR}/packaging/library.pc.in ${pkgconfig} @ONLY)
+    install(FILES ${pkgconfig} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)
+endfunction()
+qrt_install_library(Core "results, numbers, times, containers, reference counting, observers, preferences, formats")
+qrt_install_library(Cache "a keyed cache with pluggable eviction" Core)
+qrt_install_library(Composition "the interfaces of timelines and graph engines" Core)
+qrt_install_library(Logger "messages, channels, sinks" Core)
+qrt_install_library(Player "the playback engine" Composition Core)
+
+install(DIRECTORY src/foundation DESTINATION ${QRT_INSTALL_INCLUDEDIR} COMPONENT dev
+    FILES_MATCHING PATTERN *.h PATTERN qrtRegistration.h EXCLUDE)
+install(DIRECTORY src/player DESTINATION ${QRT_INSTALL_INCLUDEDIR} COMPONENT dev
+    FILES_MATCHING PATTERN *.h PATTERN private EXCLUDE)
+
+set(QRT_COMPONENTS_TEXT "Core, Cache, Composition, Logger and Player")
+configure_package_config_file(packaging/qrtConfig.cmake.in ${CMAKE_CURRENT_BINARY_DIR}/packaging/qrtConfig.cmake
+    INSTALL_DESTINATION ${QRT_INSTALL_CMAKEDIR} NO_SET_AND_CHECK_MACRO)
+# The namespace, the libraries' names and the binary interface go with the second number.
+write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/packaging/qrtConfigVersion.cmake
+    COMPATIBILITY SameMinorVersion)
+install(FILES
+    ${CMAKE_CURRENT_BINARY_DIR}/packaging/qrtConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/packaging/qrtConfigVersion.cmake
+    DESTINATION ${QRT_INSTALL_CMAKEDIR} COMPONENT dev)
+install(EXPORT qrt NAMESPACE qrt:: FILE qrtTargets.cmake DESTINATION ${QRT_INSTALL_CMAKEDIR} COMPONENT dev)
+
+# ---- The program
+
+if(QRT_BUILD_HOST)
+    set_target_properties(qrtplay PROPERTIES INSTALL_RPATH $ORIGIN/${QRT_LIBRARIES_FROM_PROGRAMS})
+    install(TARGETS qrtplay RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+
+    find_package(Python3 REQUIRED COMPONENTS Interpreter)
+    set(page ${CMAKE_CURRENT_BINARY_DIR}/packaging/qrtplay.1.gz)
+    add_custom_command(OUTPUT ${page}
+        COMMAND Python3::Interpreter ${PROJECT_SOURCE_DIR}/packaging/man-page.py $<TARGET_FILE:qrtplay> ${PROJECT_VERSION} ${page}
+        DEPENDS qrtplay packaging/man-page.py
+        COMMENT "Writing the manual page of qrtplay from its help")
+    add_custom_target(qrtplayManPage ALL DEPENDS ${page})
+    install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+
+    install(FILES packaging/qrtplay.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications COMPONENT tools)
+    install(FILES packaging/qrtplay.svg DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps COMPONENT tools)
+    install(FILES packaging/qrtplay.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/mime/packages COMPONENT tools)
+endif()
