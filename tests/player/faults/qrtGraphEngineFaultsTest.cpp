@@ -76,34 +76,22 @@ std::vector<Reach> const& reaches() {
 
 class GraphEngineThrows : public FaultsFixture, public ::testing::WithParamInterface<Reach> {};
 
-TEST_P(GraphEngineThrows, theCallerGetsAFailureAndThePlayerGoesOn) {
+TEST_P(GraphEngineThrows, theCallerGetsAFailureAndThePlayerGoesOnAndEnds) {
     start();
+    const auto failWith = [&](char const* message) {
+        log.clear();
+        EXPECT_EQ(GetParam().call(*player).get(), Status::general_failure);
+        EXPECT_TRUE(isToldOf(std::string("failed: ") + message));
+        FaultyGraphEngine::behave();
+        expectWorking();
+    };
     FaultyGraphEngine::before(GetParam().operation, [] { throw std::runtime_error(thrown); });
-    EXPECT_EQ(GetParam().call(*player).get(), Status::general_failure);
-    EXPECT_TRUE(isToldOf(std::string("failed: ") + thrown));
-    FaultyGraphEngine::behave();
-    expectWorking();
-}
-
-TEST_P(GraphEngineThrows, whatIsNoStandardExceptionIsAFailureToo) {
-    start();
+    failWith(thrown);
     FaultyGraphEngine::before(GetParam().operation, [] { throw 81; });
-    EXPECT_EQ(GetParam().call(*player).get(), Status::general_failure);
-    EXPECT_TRUE(isToldOf("failed: an exception that is no std::exception"));
-    FaultyGraphEngine::behave();
-    expectWorking();
-}
-
-TEST_P(GraphEngineThrows, afterItHasDoneItsWork) {
-    start();
+    failWith("an exception that is no std::exception");
     FaultyGraphEngine::after(GetParam().operation, [] { throw std::runtime_error(thrown); });
-    EXPECT_EQ(GetParam().call(*player).get(), Status::general_failure);
-    FaultyGraphEngine::behave();
-    expectWorking();
-}
+    failWith(thrown);
 
-TEST_P(GraphEngineThrows, thePlayerCanStillBeEnded) {
-    start();
     FaultyGraphEngine::before(GetParam().operation, [] { throw std::runtime_error(thrown); });
     (void)GetParam().call(*player);
     EXPECT_EQ(player->uninitialize().get(), Status::ok);
