@@ -37,6 +37,8 @@ public:
     void release(QOpenGLFramebufferObject* fbo);
 
 private:
+    friend struct ResourcePoolInspector;  // defined by tests
+
     explicit ResourcePoolFBO(SharedPtr<FramebufferReaper> const& reaper);
 
     std::deque<QOpenGLFramebufferObject*> m_freeFbos;

@@ -30,6 +30,8 @@ public:
     void release(void* buffer);
 
 private:
+    friend struct ResourcePoolInspector;  // defined by tests
+
     ResourcePoolRAM() = default;
 
     std::deque<void*> m_freeBuffers;
