@@ -13,6 +13,10 @@ function(qrt_add_library module)
     target_include_directories(qrt${module}Objects PUBLIC ${PROJECT_SOURCE_DIR}/src)
     target_compile_definitions(qrt${module}Objects PRIVATE QRT_BUILDS_${upper})
     target_link_libraries(qrt${module}Objects PUBLIC ${LIB_PUBLIC} PRIVATE ${LIB_PRIVATE})
+    if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+        # A library with symbols that are unique in the process is never unloaded.
+        target_compile_options(qrt${module}Objects PRIVATE -fno-gnu-unique)
+    endif()
     # Reading the headers takes longer than these short files themselves.
     set_target_properties(qrt${module}Objects PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
 

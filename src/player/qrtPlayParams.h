@@ -33,6 +33,7 @@ public:
 
     /// Makes parameters for the range that begins at `start` and is `duration` long, at least one frame.
     /// `step`: frames advanced per `next`, its sign the direction. `current` is not clamped into the range.
+    /// Empty, with a message in the log, when there is no memory; so is a clone.
     [[nodiscard]] static SharedPtr<PlayParams> create(Time const& current, Time const& start, Time const& duration,
                                                       Rational const& frameRate, int step, PlayMode playMode,
                                                       ProductionMode productionMode);

@@ -42,16 +42,21 @@ class PlayerImpl;
 /// Frames: texture row 0 and the first row in memory are the bottom of the picture. The texture is a
 /// `GL_TEXTURE_RECTANGLE` texture, complete when it is delivered.
 ///
-/// Errors: every `Status` says why; `Status::toString` says it in words. While producing, every setter but
+/// Errors: every `Status` says why; `Status::toString` says it in words. No exception leaves the player: one that the
+/// host's own objects throw when they are called, and the want of memory, become `Status::general_failure` and a
+/// message in the log, and the player can be used as before. While producing, every setter but
 /// `setDefaultSourceVideoFrameRate` answers `Status::not_while_producing` and changes nothing.
 class QRT_PLAYER_EXPORT Player : public Prefs, public RefCountedMT {
 public:
     /// Makes a player that produces frames in the format `resolution` and renders with what the factory makes.
     /// The factory is called here and again by every later `initialize`, on the calling thread.
+    /// Empty, with a message, when the factory throws or there is no memory.
     [[nodiscard]] static SharedPtr<Player> create(VideoBufferResolution const& resolution,
                                                   SharedPtr<GraphEngineInterface> (*graphEngineFactory)());
 
-    /// Uninitializes the player if need be. Frames that the host still holds stay valid memory.
+    /// Uninitializes the player if need be. Frames that the host still holds stay valid memory. The last reference may
+    /// also go on the player thread, inside an update or the graph engine: then the player ends on the GUI thread, the
+    /// next time that its event loop runs.
     ~Player() override;
 
     /// Sets `Prefs::PRODUCER_CACHE_NB_HEAD_FRAMES` or `Prefs::PRODUCER_CACHE_NB_TAIL_FRAMES`, or a preference of the

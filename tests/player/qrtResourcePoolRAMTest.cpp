@@ -124,6 +124,15 @@ TEST_F(ResourcePoolRAMTest, lendsTheBlockThatCameBackLast) {
     pool->release(second);
 }
 
+TEST_F(ResourcePoolRAMTest, withoutMemoryForItsBlocksInitializeIsType1WithAMessageAndItStaysUninitialized) {
+    const LogCapture log;
+    const VideoBufferResolution immense(1000000000, 1000000000, 4, 8, false);
+    EXPECT_EQ(pool->setup(2, ResourcePool::SizeUnit::buffers, immense).get(), Status::general_failure);
+    EXPECT_FALSE(pool->isInitialized());
+    EXPECT_TRUE(log.contains("ResourcePoolRAM::initialize() failed: no memory for 2 blocks"));
+    EXPECT_EQ(pool->lock(true), nullptr);
+}
+
 TEST_F(ResourcePoolRAMTest, aBudgetBelowOneFrameGivesAPoolWithoutBlocks) {
     constexpr VideoBufferResolution hd(1920, 1080, 4, 8, false);
     EXPECT_EQ(pool->setup(7, SizeUnit::megabytes, hd).get(), Status::ok);

@@ -11,8 +11,10 @@ Observer::~Observer() {
 }
 
 void Observer::stopObserving() {
-    for (auto const& registration : m_registrations->snapshot())
-        registration->end();
+    // From the last to the first: what leaves the list meanwhile moves nothing out of the way of the walk.
+    for (size_t position = m_registrations->size(); position > 0; --position) {
+        if (const auto registration = m_registrations->at(position - 1)) registration->end();
+    }
 }
 
 }  // namespace QRT_0_81

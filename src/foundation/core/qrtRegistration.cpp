@@ -1,5 +1,6 @@
 #include "foundation/core/qrtRegistration.h"
 
+#include <new>
 #include <utility>
 
 #include "foundation/core/qrtObserver.h"
@@ -80,7 +81,8 @@ void Registration::forgetIfOver() {
 }
 
 void Registration::forget() {
-    if (const auto side = m_subjectSide.lock()) side->remove(this);
+    m_forgotten = true;
+    if (const auto side = m_subjectSide.lock()) side->removeForgotten();
     if (const auto side = m_observerSide.lock()) side->remove(this);
 }
 
@@ -89,20 +91,29 @@ bool SubjectRegistrations::add(RegistrationPtr const& registration, Observer con
     for (auto const& known : *m_list) {
         if (known->isFor(observer) && known->isOpen()) return false;
     }
-    auto copy = std::make_shared<RegistrationList>(*m_list);
-    copy->push_back(registration);
-    m_list = std::move(copy);
+    auto longer = copy();
+    longer->push_back(registration);
+    m_list = std::move(longer);
     return true;
 }
 
-void SubjectRegistrations::remove(Registration const* registration) {
+void SubjectRegistrations::removeForgotten() noexcept {
     std::shared_ptr<const RegistrationList> dropped;  // let go of after the lock
     const std::lock_guard lock(m_mutex);
-    auto copy = std::make_shared<RegistrationList>();
-    for (auto const& known : *m_list) {
-        if (known.get() != registration) copy->push_back(known);
+    try {
+        dropped = std::exchange(m_list, copy());
+    } catch (std::bad_alloc const&) {
+        // Nobody is called through what stays.
     }
-    dropped = std::exchange(m_list, std::move(copy));
+}
+
+std::shared_ptr<RegistrationList> SubjectRegistrations::copy() const {
+    auto list = std::make_shared<RegistrationList>();
+    list->reserve(m_list->size() + 1);
+    for (auto const& known : *m_list) {
+        if (!known->isForgotten()) list->push_back(known);
+    }
+    return list;
 }
 
 std::shared_ptr<const RegistrationList> SubjectRegistrations::snapshot() const {
@@ -115,14 +126,19 @@ void ObserverRegistrations::add(RegistrationPtr const& registration) {
     m_list.push_back(registration);
 }
 
-void ObserverRegistrations::remove(Registration const* registration) {
+void ObserverRegistrations::remove(Registration const* registration) noexcept {
     const std::lock_guard lock(m_mutex);
     std::erase_if(m_list, [&](RegistrationPtr const& known) { return known.get() == registration; });
 }
 
-RegistrationList ObserverRegistrations::snapshot() const {
+size_t ObserverRegistrations::size() const {
     const std::lock_guard lock(m_mutex);
-    return m_list;
+    return m_list.size();
+}
+
+RegistrationPtr ObserverRegistrations::at(size_t position) const {
+    const std::lock_guard lock(m_mutex);
+    return position < m_list.size() ? m_list[position] : nullptr;
 }
 
 }  // namespace QRT_0_81

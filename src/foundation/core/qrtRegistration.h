@@ -4,7 +4,7 @@
 //
 // Each end of a registration keeps its records in a shared list of its own, so that either end can find and close them
 // when the other has died. Locks: one per list, one per record; none is ever taken while another is held, and none is
-// held while an observer is called.
+// held while an observer is called. Only adding needs memory: registrations end in destructors.
 
 #include <atomic>
 #include <condition_variable>
@@ -42,6 +42,8 @@ public:
 
     /// Takes a record that is closed and has no call under way out of both lists.
     void forgetIfOver();
+    /// Whether the record has been taken out of the lists, or would have been had there been memory for it.
+    [[nodiscard]] bool isForgotten() const noexcept { return m_forgotten; }
 
 private:
     friend class ObserverCall;
@@ -56,7 +58,8 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_callEnded;
     std::atomic<bool> m_open{true};  // changed under m_mutex
-    int m_numCalls = 0;              // under m_mutex; calls under way
+    std::atomic<bool> m_forgotten{false};
+    int m_numCalls = 0;  // under m_mutex; calls under way
 };
 
 using RegistrationPtr = std::shared_ptr<Registration>;
@@ -68,10 +71,15 @@ class SubjectRegistrations final {
 public:
     /// Adds the record unless there is an open one for the same observer; says whether it did.
     bool add(RegistrationPtr const& registration, Observer const* observer);
-    void remove(Registration const* registration);
+    /// Takes out every forgotten record. Without memory for the copy they stay, closed as they are, until the next
+    /// change.
+    void removeForgotten() noexcept;
     [[nodiscard]] std::shared_ptr<const RegistrationList> snapshot() const;
 
 private:
+    /// The records that are not forgotten, with room for one more. Needs the lock.
+    [[nodiscard]] std::shared_ptr<RegistrationList> copy() const;
+
     mutable std::mutex m_mutex;
     std::shared_ptr<const RegistrationList> m_list = std::make_shared<const RegistrationList>();
 };
@@ -80,8 +88,10 @@ private:
 class ObserverRegistrations final {
 public:
     void add(RegistrationPtr const& registration);
-    void remove(Registration const* registration);
-    [[nodiscard]] RegistrationList snapshot() const;
+    void remove(Registration const* registration) noexcept;
+    [[nodiscard]] size_t size() const;
+    /// The record at a position, or null behind the last one.
+    [[nodiscard]] RegistrationPtr at(size_t position) const;
 
 private:
     mutable std::mutex m_mutex;

@@ -1,5 +1,7 @@
 #include "foundation/core/qrtSubject.h"
 
+#include <new>
+
 #include "foundation/core/qrtObserver.h"
 #include "foundation/core/qrtRegistration.h"
 
@@ -18,7 +20,12 @@ void Subject::addObserver(Observer* observer) {
     const auto registration = std::make_shared<Registration>(observer, m_registrations, observer->m_registrations);
     // The observer's side first: a notification that finds the record on this side must find it whole.
     observer->m_registrations->add(registration);
-    if (!m_registrations->add(registration, observer)) observer->m_registrations->remove(registration.get());
+    try {
+        if (!m_registrations->add(registration, observer)) observer->m_registrations->remove(registration.get());
+    } catch (std::bad_alloc const&) {
+        observer->m_registrations->remove(registration.get());
+        throw;
+    }
     // It may have been closed from the observer's side before it got here; nobody else would take it out then.
     registration->forgetIfOver();
 }

@@ -20,7 +20,8 @@ public:
     Subject();
     virtual ~Subject();
 
-    /// Registers `observer`; a null or an already registered one changes nothing.
+    /// Registers `observer`; a null or an already registered one changes nothing. Throws `std::bad_alloc`, with nothing
+    /// changed, when there is no memory for it.
     void addObserver(Observer* observer);
 
     /// Unregisters `observer`; a null or unknown one changes nothing.

@@ -23,19 +23,28 @@ std::string formatted(char const* format, va_list arguments) {
     return text;
 }
 
+void post(LogPoster poster, char const* channel, char const* file, int line, char const* format,
+          va_list arguments) noexcept {
+    try {
+        poster(LogMsg(orEmpty(channel), orEmpty(file), line, formatted(format, arguments)));
+    } catch (...) {
+        // Lost: whoever speaks has something else to do.
+    }
+}
+
 }  // namespace
 
-void MsgBuilder<0>::operator()(char const* format, ...) const {
+void MsgBuilder<0>::operator()(char const* format, ...) const noexcept {
     va_list arguments;
     va_start(arguments, format);
-    m_poster(LogMsg("", orEmpty(m_file), m_line, formatted(format, arguments)));
+    post(m_poster, "", m_file, m_line, format, arguments);
     va_end(arguments);
 }
 
-void MsgBuilder<2>::operator()(char const* channel, char const* format, ...) const {
+void MsgBuilder<2>::operator()(char const* channel, char const* format, ...) const noexcept {
     va_list arguments;
     va_start(arguments, format);
-    m_poster(LogMsg(orEmpty(channel), orEmpty(m_file), m_line, formatted(format, arguments)));
+    post(m_poster, channel, m_file, m_line, format, arguments);
     va_end(arguments);
 }
 

@@ -16,7 +16,8 @@ namespace QRT_0_81 {
 /// Where a built message goes, e.g. `LogMsg::postDebug`.
 using LogPoster = void (*)(LogMsg const&);
 
-/// Builds and posts one message; the number says how it is addressed.
+/// Builds and posts one message; the number says how it is addressed. Posting never throws, since destructors post too:
+/// a message for which there is no memory, or whose poster throws, is lost.
 template <int Level>
 class MsgBuilder;
 
@@ -26,7 +27,7 @@ class QRT_LOGGER_EXPORT MsgBuilder<0> final {
 public:
     MsgBuilder(char const* file, int line, LogPoster poster) noexcept : m_file(file), m_line(line), m_poster(poster) {}
 
-    void operator()(char const* format, ...) const QRT_PRINTF_FORMAT(2, 3);
+    void operator()(char const* format, ...) const noexcept QRT_PRINTF_FORMAT(2, 3);
 
 private:
     char const* m_file;
@@ -40,7 +41,7 @@ class QRT_LOGGER_EXPORT MsgBuilder<2> final {
 public:
     MsgBuilder(char const* file, int line, LogPoster poster) noexcept : m_file(file), m_line(line), m_poster(poster) {}
 
-    void operator()(char const* channel, char const* format, ...) const QRT_PRINTF_FORMAT(3, 4);
+    void operator()(char const* channel, char const* format, ...) const noexcept QRT_PRINTF_FORMAT(3, 4);
 
 private:
     char const* m_file;

@@ -65,25 +65,42 @@ bool CommandQueue::isUpdateOverruled(int64 frameNumber) const noexcept {
 
 std::unique_ptr<Cmd> CommandQueue::take() {
     std::unique_lock lock(m_mutex);
-    m_posted.wait(lock, [this] { return !m_entries.empty(); });
-    --m_size;
+    m_posted.wait(lock, [this] { return !m_entries.empty() || m_isEnded; });
+    if (m_isEnded) return nullptr;
     Entry& front = m_entries.front();
     if (front.numMore > 0) {
-        --front.numMore;
-        return front.command->another();
+        if (auto another = front.command->another()) {
+            --front.numMore;
+            --m_size;
+            return another;
+        }
     }
+    return takeFront();
+}
+
+std::unique_ptr<Cmd> CommandQueue::takeFront() noexcept {
+    if (m_entries.empty()) return nullptr;
+    Entry& front = m_entries.front();
     std::unique_ptr<Cmd> command = std::move(front.command);
+    m_size -= front.numMore + 1;
     m_entries.pop_front();
     noteFront();
     return command;
 }
 
-void CommandQueue::discardAll() {
-    std::deque<Entry> left;
+void CommandQueue::end() noexcept {
     const std::lock_guard lock(m_mutex);
-    left.swap(m_entries);
-    m_size = 0;
-    noteFront();
+    m_isEnded = true;
+    m_posted.notify_one();
+}
+
+void CommandQueue::discardAll() noexcept {
+    for (std::unique_ptr<Cmd> left;; left.reset()) {
+        const std::lock_guard lock(m_mutex);
+        m_isEnded = false;
+        left = takeFront();
+        if (!left) return;
+    }
 }
 
 size_t CommandQueue::size() const {

@@ -9,6 +9,7 @@
 
 #include "foundation/core/qrtStatus.h"
 #include "foundation/core/qrtTypes.h"
+#include "qrtGuarded.h"
 
 namespace QRT_0_81 {
 
@@ -38,7 +39,7 @@ class Cmd {
 public:
     virtual ~Cmd() = default;
     virtual void execute(PlayerImpl& engine) = 0;
-    /// A command that does exactly the same, or null for one that is like no other.
+    /// A command that does exactly the same, or null for one that is like no other and when there is no memory for it.
     [[nodiscard]] virtual std::unique_ptr<Cmd> another() const { return nullptr; }
 
     [[nodiscard]] CmdType type() const noexcept { return m_type; }
@@ -75,7 +76,10 @@ public:
         : Cmd(type), m_status(status), m_completion(completion) {}
     ~CmdSynchronous() override { m_completion->signal(); }
 
-    void execute(PlayerImpl& engine) final { *m_status = run(engine); }
+    /// What `run` throws, or what a host throws in it, becomes the caller's result.
+    void execute(PlayerImpl& engine) final {
+        *m_status = guarded("a command of the player thread", [&] { return run(engine); });
+    }
 
 protected:
     [[nodiscard]] virtual Status run(PlayerImpl& engine) = 0;
@@ -88,12 +92,14 @@ private:
 /// The queue between the hosts' threads and the player thread: first in, first out, but for urgent commands that go to
 /// the front, where the last one posted comes out first. It grows without limit.
 ///
-/// Steps of the production loop that wait side by side are kept as one and a number; each still comes out by itself.
+/// Steps of the production loop that wait side by side are kept as one and a number; each still comes out by itself,
+/// or, when there is no memory for that, one for all.
 /// Updates of the current frame are dropped when they would be overruled before anything sees them. Nothing else merges
 /// or cancels.
 ///
 /// Threading: posting from any thread; taking on the player thread. The lock is held only while one command goes in or
-/// out, never while one runs or dies.
+/// out, never while one runs or dies. Only posting needs memory: a command for which there is none dies, which wakes
+/// its caller, and the exception is the poster's.
 class CommandQueue final {
 public:
     /// A null command is ignored.
@@ -109,11 +115,15 @@ public:
     /// faster than the player thread follows find out here, without the lock, and do not fill the queue.
     [[nodiscard]] bool isUpdateOverruled(int64 frameNumber) const noexcept;
 
-    /// The command at the front; waits, without a time-out, until there is one.
+    /// The command at the front; waits, without a time-out, until there is one. Null once `end` has been called.
     [[nodiscard]] std::unique_ptr<Cmd> take();
 
-    /// Destroys what is left without executing it, which wakes the callers of synchronous commands.
-    void discardAll();
+    /// Lets `take` answer null from now on, for a thread that must end although no command can be posted to it.
+    void end() noexcept;
+
+    /// Destroys what is left without executing it, which wakes the callers of synchronous commands; takes an `end`
+    /// back.
+    void discardAll() noexcept;
 
     /// How many commands wait.
     [[nodiscard]] size_t size() const;
@@ -128,6 +138,8 @@ private:
     };
 
     void pushFront(Entry entry);
+    /// The command at the front, or null when there is none. Needs the lock.
+    [[nodiscard]] std::unique_ptr<Cmd> takeFront() noexcept;
     /// Says what waits at the front to those who do not take the lock. Needs the lock.
     void noteFront() noexcept;
 
@@ -135,6 +147,7 @@ private:
     std::condition_variable m_posted;
     std::deque<Entry> m_entries;  // under m_mutex
     size_t m_size = 0;            // under m_mutex
+    bool m_isEnded = false;       // under m_mutex
 
     // Written under m_mutex, read without: a frame number that is read after it was taken from the front has been
     // there.

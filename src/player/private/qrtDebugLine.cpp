@@ -3,6 +3,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <iomanip>
+#include <new>
 #include <sstream>
 #include <thread>
 
@@ -14,7 +15,7 @@ bool DebugLine::isOn() {
     return Platform::getenv("QRT_DEBUG_PLAYER") != nullptr;
 }
 
-void DebugLine::post(char const* file, int line, char const* format, ...) {
+void DebugLine::post(char const* file, int line, char const* format, ...) noexcept {
     constexpr size_t bufferSize = 1024;
     char message[bufferSize];
     va_list arguments;
@@ -22,12 +23,15 @@ void DebugLine::post(char const* file, int line, char const* format, ...) {
     std::vsnprintf(message, sizeof message, format, arguments);
     va_end(arguments);
 
-    constexpr int threadIdWidth = 14;
-    std::stringstream text;
-    text << "thread_id=" << std::setw(threadIdWidth) << std::this_thread::get_id() << "-" << message << std::endl;
     char firstLine[bufferSize] = "";
-    text.getline(firstLine, sizeof firstLine);
-
+    try {
+        constexpr int threadIdWidth = 14;
+        std::stringstream text;
+        text << "thread_id=" << std::setw(threadIdWidth) << std::this_thread::get_id() << "-" << message << std::endl;
+        text.getline(firstLine, sizeof firstLine);
+    } catch (std::bad_alloc const&) {
+        return;
+    }
     MsgBuilder<2>(file, line, LogMsg::postDebug)(channel, "%s", firstLine);
 }
 

@@ -15,8 +15,9 @@ struct DebugLine {
     /// Whether debug lines are switched on: the environment variable `QRT_DEBUG_PLAYER` is set, even to nothing.
     [[nodiscard]] static bool isOn();
 
-    /// Posts a line whether or not debug lines are on. `file`, `line`: the place that speaks.
-    static void post(char const* file, int line, char const* format, ...) QRT_PRINTF_FORMAT(3, 4);
+    /// Posts a line whether or not debug lines are on. `file`, `line`: the place that speaks. Never throws: a line that
+    /// cannot be posted is lost.
+    static void post(char const* file, int line, char const* format, ...) noexcept QRT_PRINTF_FORMAT(3, 4);
 };
 
 /// Posts a debug line. Every place decides once, on its first use, whether the lines are on; nothing is formatted when

@@ -34,8 +34,8 @@ bool isKeyInRange(String const& key, String const& id, int64 firstFrame, int64 l
 /// One kind of memory: its budget, the pool that the budget buys, and the cache.
 template <class Pool>
 struct ExternalSegmentCacheKind {
-    SharedPtr<Pool> pool;  // null until a budget is set
-    SharedPtr<Cache> cache = Cache::create();
+    SharedPtr<Pool> pool;                      // null until a budget is set
+    SharedPtr<Cache> cache = Cache::create();  // null once the engine is gone
     ResourceConstraint::ResizeMode mode{};
     size_t first = 0;
     size_t second = 0;
@@ -170,7 +170,8 @@ bool ExternalSegmentCacheManager::isEnabled() const {
 }
 
 bool ExternalSegmentCacheManager::isEmpty(bool vram) const {
-    return vram ? m_state->now(m_state->vram).cache->empty() : m_state->now(m_state->ram).cache->empty();
+    const SharedPtr<Cache> cache = vram ? m_state->now(m_state->vram).cache : m_state->now(m_state->ram).cache;
+    return !cache || cache->empty();
 }
 
 String ExternalSegmentCacheManager::cacheKey(String const& id, int64 frame) {
@@ -189,6 +190,7 @@ Status ExternalSegmentCacheManager::invalidate(bool vram, String const& id, int6
 Status ExternalSegmentCacheManager::invalidate(bool vram, String const& id, int64 firstFrame, int64 lastFrame) {
     if (!isEnabled(vram) || firstFrame > lastFrame) return Status();
     const SharedPtr<Cache> cache = vram ? m_state->now(m_state->vram).cache : m_state->now(m_state->ram).cache;
+    if (!cache) return Status();
     const uint64 numFrames = static_cast<uint64>(lastFrame) - static_cast<uint64>(firstFrame);  // one less, to fit
     if (numFrames >= cache->size()) {
         return cache->eraseIf([&](String const& key) { return isKeyInRange(key, id, firstFrame, lastFrame); });
@@ -241,13 +243,13 @@ Status ExternalSegmentCacheManager::putRamFrame(String const& id, int64 ticks, V
 
 void ExternalSegmentCacheManager::releaseTextures() {
     const VramKind kind = m_state->now(m_state->vram);
-    (void)kind.cache->clear();
+    if (kind.cache) (void)kind.cache->clear();
     if (kind.pool) (void)kind.pool->uninitialize();
 }
 
 void ExternalSegmentCacheManager::close() {
-    VramKind vram;
-    RamKind ram;
+    VramKind vram{nullptr, nullptr};  // an engine's end must not need memory for new caches
+    RamKind ram{nullptr, nullptr};
     const std::lock_guard lock(m_state->mutex);
     std::swap(m_state->vram, vram);
     std::swap(m_state->ram, ram);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "qrtDebugLine.h"
 #include "qrtOpenGL.h"
 
 namespace QRT_0_81 {
@@ -40,9 +41,14 @@ Status ExternalSegmentVideoBuffer::blit(unsigned int texture, Direction directio
     // The caller may be in the middle of drawing: its scissor would cut the copy.
     const bool isScissored = gl.glIsEnabled(GL_SCISSOR_TEST) == GL_TRUE;
     if (isScissored) gl.glDisable(GL_SCISSOR_TEST);
+    drainGlErrors();
     blitFramebuffer(&gl, source, fbo->width(), fbo->height(), target);
+    const GLenum error = gl.glGetError();  // a texture of integers, say, cannot be copied into one of colours
     if (isScissored) gl.glEnable(GL_SCISSOR_TEST);
-    return Status();
+    if (error == GL_NO_ERROR) return Status();
+    DebugLine::post("src/player/private/qrtExternalSegmentVideoBuffer", __LINE__,
+                    "an external segment's texture cannot be copied: OpenGL error %u", error);
+    return Status::general_failure;
 }
 
 Status ExternalSegmentVideoBuffer::copyFromRam(void const* source, size_t size) {

@@ -17,7 +17,6 @@ ExternalSegmentWrapper::ExternalSegmentWrapper(ExternalSegmentCacheManager* cach
 }
 
 ExternalSegmentWrapper::~ExternalSegmentWrapper() {
-    if (Subject* const subject = m_segment->getSubject()) subject->removeObserver(this);
     stopObserving();
 }
 

@@ -3,7 +3,7 @@
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
 #include <algorithm>
-#include <utility>
+#include <memory>
 
 #include "qrtOpenGL.h"
 
@@ -20,11 +20,12 @@ FramebufferReaper::~FramebufferReaper() {
 
 QOpenGLFramebufferObject* FramebufferReaper::make(QSize const& sizeInPixels,
                                                   QOpenGLFramebufferObjectFormat const& format) {
-    auto* const framebuffer = new QOpenGLFramebufferObject(sizeInPixels, format);
+    auto framebuffer = std::make_unique<QOpenGLFramebufferObject>(sizeInPixels, format);
     drainGlErrors();
     const std::lock_guard lock(m_mutex);
-    m_alive.emplace(framebuffer, QOpenGLContext::currentContext());
-    return framebuffer;
+    if (m_waiting.capacity() <= m_alive.size()) m_waiting.reserve(2 * m_alive.size() + 1);
+    m_alive.emplace(framebuffer.get(), QOpenGLContext::currentContext());
+    return framebuffer.release();
 }
 
 void FramebufferReaper::dispose(QOpenGLFramebufferObject* framebuffer) {
@@ -45,43 +46,51 @@ void FramebufferReaper::dispose(QOpenGLFramebufferObject* framebuffer) {
 
 void FramebufferReaper::reap() {
     if (!m_isAnyWaiting.load(std::memory_order_acquire)) return;
-    std::vector<QOpenGLFramebufferObject*> dead;
-    {
-        const std::lock_guard lock(m_mutex);
-        QOpenGLContext* const current = QOpenGLContext::currentContext();
-        const auto firstDead = std::partition(m_waiting.begin(), m_waiting.end(),
-                                              [&](auto* framebuffer) { return m_alive.at(framebuffer) != current; });
-        dead.assign(firstDead, m_waiting.end());
-        m_waiting.erase(firstDead, m_waiting.end());
-        for (QOpenGLFramebufferObject* framebuffer : dead)
-            m_alive.erase(framebuffer);
-        m_isAnyWaiting.store(!m_waiting.empty(), std::memory_order_release);
+    for (;;) {
+        QOpenGLFramebufferObject* dead = nullptr;
+        {
+            const std::lock_guard lock(m_mutex);
+            dead = takeWaiting(QOpenGLContext::currentContext());
+            m_isAnyWaiting.store(!m_waiting.empty(), std::memory_order_release);
+        }
+        if (!dead) return;
+        delete dead;
     }
-    for (QOpenGLFramebufferObject* framebuffer : dead)
-        delete framebuffer;
+}
+
+QOpenGLFramebufferObject* FramebufferReaper::takeWaiting(QOpenGLContext const* context) {
+    const auto found = std::find_if(m_waiting.begin(), m_waiting.end(),
+                                    [&](auto* framebuffer) { return m_alive.at(framebuffer) == context; });
+    if (found == m_waiting.end()) return nullptr;
+    QOpenGLFramebufferObject* const framebuffer = *found;
+    m_waiting.erase(found);
+    m_alive.erase(framebuffer);
+    return framebuffer;
+}
+
+bool FramebufferReaper::takeAlive(QOpenGLContext const* context, GLuint& framebuffer, GLuint& texture) {
+    const auto found =
+        std::find_if(m_alive.begin(), m_alive.end(), [&](auto const& entry) { return entry.second == context; });
+    if (found == m_alive.end()) return false;
+    framebuffer = found->first->handle();
+    texture = found->first->texture();
+    m_alive.erase(found);
+    return true;
 }
 
 void FramebufferReaper::closeContext() {
     reap();
     QOpenGLContext* const current = QOpenGLContext::currentContext();
-    std::vector<QOpenGLFramebufferObject*> lent;
-    {
-        const std::lock_guard lock(m_mutex);
-        for (auto it = m_alive.begin(); it != m_alive.end();) {
-            if (it->second == current) {
-                lent.push_back(it->first);
-                it = m_alive.erase(it);
-            } else {
-                ++it;
-            }
-        }
-    }
     // The objects themselves belong to whoever holds a frame. Qt notices the end of the context and never uses their
     // names again.
-    for (QOpenGLFramebufferObject* framebuffer : lent) {
-        const GLuint texture = framebuffer->texture();
-        const GLuint handle = framebuffer->handle();
-        current->functions()->glDeleteFramebuffers(1, &handle);
+    for (;;) {
+        GLuint framebuffer = 0;
+        GLuint texture = 0;
+        {
+            const std::lock_guard lock(m_mutex);
+            if (!takeAlive(current, framebuffer, texture)) return;
+        }
+        current->functions()->glDeleteFramebuffers(1, &framebuffer);
         current->functions()->glDeleteTextures(1, &texture);
     }
 }

@@ -21,7 +21,8 @@ namespace QRT_0_81 {
 /// the context.
 ///
 /// Threading: `make` and `closeContext` with the owning context current; everything else on any thread. The lock is a
-/// leaf: nothing is called and no OpenGL object is deleted while it is held.
+/// leaf: nothing is called and no OpenGL object is deleted while it is held. Only `make` needs memory: frames end in
+/// destructors.
 class FramebufferReaper final : public RefCountedMT {
 public:
     [[nodiscard]] static SharedPtr<FramebufferReaper> create();
@@ -48,9 +49,16 @@ public:
 private:
     FramebufferReaper() = default;
 
+    /// Takes a framebuffer that waits for the context out of the books, or null. Needs the lock.
+    [[nodiscard]] QOpenGLFramebufferObject* takeWaiting(QOpenGLContext const* context);
+    /// Takes a framebuffer that lives in the context out of the books; sets its OpenGL names, since the object is its
+    /// borrower's from then on and may end at any time. False when there is none. Needs the lock.
+    [[nodiscard]] bool takeAlive(QOpenGLContext const* context, GLuint& framebuffer, GLuint& texture);
+
     mutable std::mutex m_mutex;
     std::unordered_map<QOpenGLFramebufferObject*, QOpenGLContext*> m_alive;  // under m_mutex
-    std::vector<QOpenGLFramebufferObject*> m_waiting;                        // under m_mutex; all are alive
+    std::vector<QOpenGLFramebufferObject*>
+        m_waiting;  // under m_mutex; all are alive, and there is room for all that are
     std::atomic<bool> m_isAnyWaiting{false};
 };
 

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "qrtGuarded.h"
 #include "qrtPlayParamsPrivate.h"
 
 namespace QRT_0_81 {
@@ -29,7 +30,10 @@ int64 truncated(double value) {
 SharedPtr<PlayParams> PlayParams::create(Time const& current, Time const& start, Time const& duration,
                                          Rational const& frameRate, int step, PlayMode playMode,
                                          ProductionMode productionMode) {
-    return SharedPtr<PlayParams>(new PlayParams(current, start, duration, frameRate, step, playMode, productionMode));
+    return guardedOr(SharedPtr<PlayParams>(), "PlayParams::create()", [&] {
+        return SharedPtr<PlayParams>(
+            new PlayParams(current, start, duration, frameRate, step, playMode, productionMode));
+    });
 }
 
 PlayParams::PlayParams(Time const& current, Time const& start, Time const& duration, Rational const& frameRate,
@@ -52,7 +56,8 @@ PlayParams::~PlayParams() {
 }
 
 SharedPtr<PlayParams> PlayParams::clone() {
-    return SharedPtr<PlayParams>(new PlayParams(*this));
+    return guardedOr(SharedPtr<PlayParams>(), "PlayParams::clone()",
+                     [this] { return SharedPtr<PlayParams>(new PlayParams(*this)); });
 }
 
 PlayParams& PlayParams::operator=(PlayParams const& other) {

@@ -1,73 +1,88 @@
 #include "player/qrtPlayer.h"
 
+#include <QCoreApplication>
+#include <utility>
+
+#include "qrtGuarded.h"
 #include "qrtPlayerImpl.h"
 
 namespace QRT_0_81 {
 
+// No exception leaves the library: whatever hosts' own code throws when it is called back, and the want of memory,
+// become a `Status` and a message here.
+
 SharedPtr<Player> Player::create(VideoBufferResolution const& resolution,
                                  SharedPtr<GraphEngineInterface> (*graphEngineFactory)()) {
-    return SharedPtr<Player>(new Player(resolution, graphEngineFactory));
+    return guardedOr(SharedPtr<Player>(), "Player::create()",
+                     [&] { return SharedPtr<Player>(new Player(resolution, graphEngineFactory)); });
 }
 
 Player::Player(VideoBufferResolution const& resolution, SharedPtr<GraphEngineInterface> (*graphEngineFactory)())
     : m_impl(new PlayerImpl(resolution, graphEngineFactory)) {}
 
 Player::~Player() {
-    delete m_impl;
-    m_impl = nullptr;
+    PlayerImpl* const impl = std::exchange(m_impl, nullptr);
+    if (QThread::currentThread() != impl) {
+        delete impl;
+        return;
+    }
+    // The last reference has gone inside an update, or in the graph engine, on the very thread that would have to be
+    // awaited. What the engine owns belongs to the GUI thread, which ends it when it gets there.
+    QMetaObject::invokeMethod(
+        QCoreApplication::instance(), [impl] { delete impl; }, Qt::QueuedConnection);
 }
 
 Status Player::setPref(String const& name, int value) {
-    return m_impl->setPref(name, value);
+    return guarded("setPref()", [&] { return m_impl->setPref(name, value); });
 }
 
 Status Player::getPref(String const& name, int& value) const {
-    return m_impl->getPref(name, value);
+    return guarded("getPref()", [&] { return m_impl->getPref(name, value); });
 }
 
 Status Player::getPrefs(Vector<String>& names) const {
-    return m_impl->getPrefs(names);
+    return guarded("getPrefs()", [&] { return m_impl->getPrefs(names); });
 }
 
 Status Player::initialize(void* nativeContext, void* nativeWindow) {
-    return m_impl->initialize(nativeContext, nativeWindow);
+    return guarded("initialize()", [&] { return m_impl->initialize(nativeContext, nativeWindow); });
 }
 
 Status Player::uninitialize() {
-    return m_impl->uninitialize();
+    return guarded("uninitialize()", [&] { return m_impl->uninitialize(); });
 }
 
 Status Player::setComposition(SharedPtr<Composition> const& composition,
                               List<SharedPtr<ExternalSegment>> const& externalSegments) {
-    return m_impl->setComposition(composition, externalSegments);
+    return guarded("setComposition()", [&] { return m_impl->setComposition(composition, externalSegments); });
 }
 
 Status Player::updateComposition(SharedPtr<Composition> const& composition, String const& description) {
-    return m_impl->updateComposition(composition, description);
+    return guarded("updateComposition()", [&] { return m_impl->updateComposition(composition, description); });
 }
 
 bool Player::isVideoBufferReady(int64 frame) {
-    return m_impl->isVideoBufferReady(frame);
+    return guardedOr(false, "isVideoBufferReady()", [&] { return m_impl->isVideoBufferReady(frame); });
 }
 
 Status Player::getVideoBuffer(int64 frame, SharedPtr<VideoBuffer>& buffer) {
-    return m_impl->getVideoBuffer(frame, buffer);
+    return guarded("getVideoBuffer()", [&] { return m_impl->getVideoBuffer(frame, buffer); });
 }
 
 Status Player::fillAudioBuffer(char* data, uint64 size, uint64 position) {
-    return m_impl->fillAudioBuffer(data, size, position);
+    return guarded("fillAudioBuffer()", [&] { return m_impl->fillAudioBuffer(data, size, position); });
 }
 
 Status Player::startProducing(SharedPtr<PlayParams> const& params) {
-    return m_impl->startProducing(params);
+    return guarded("startProducing()", [&] { return m_impl->startProducing(params); });
 }
 
 Status Player::stopProducing() {
-    return m_impl->stopProducing();
+    return guarded("stopProducing()", [&] { return m_impl->stopProducing(); });
 }
 
 Status Player::setVideoResolution(VideoBufferResolution const& resolution) {
-    return m_impl->setVideoResolution(resolution);
+    return guarded("setVideoResolution()", [&] { return m_impl->setVideoResolution(resolution); });
 }
 
 VideoBufferResolution Player::getVideoResolution() const {
@@ -75,7 +90,7 @@ VideoBufferResolution Player::getVideoResolution() const {
 }
 
 Status Player::setVideoFrameRate(Rational const& rate) {
-    return m_impl->setVideoFrameRate(rate);
+    return guarded("setVideoFrameRate()", [&] { return m_impl->setVideoFrameRate(rate); });
 }
 
 Rational Player::getVideoFrameRate() const {
@@ -83,7 +98,7 @@ Rational Player::getVideoFrameRate() const {
 }
 
 Status Player::setDefaultSourceVideoFrameRate(Rational const& rate) {
-    return m_impl->setDefaultSourceVideoFrameRate(rate);
+    return guarded("setDefaultSourceVideoFrameRate()", [&] { return m_impl->setDefaultSourceVideoFrameRate(rate); });
 }
 
 Rational const Player::getDefaultSourceVideoFrameRate() const {
@@ -92,7 +107,8 @@ Rational const Player::getDefaultSourceVideoFrameRate() const {
 
 Status Player::setExternalSegmentCacheConstraint(Resource::Type type, ResourceConstraint::ResizeMode mode,
                                                  uint64 firstSize, uint64 secondSize) {
-    return m_impl->externalSegmentCache().setConstraint(type, mode, firstSize, secondSize);
+    return guarded("setExternalSegmentCacheConstraint()",
+                   [&] { return m_impl->externalSegmentCache().setConstraint(type, mode, firstSize, secondSize); });
 }
 
 void Player::getExternalSegmentCacheConstraint(Resource::Type type, ResourceConstraint::ResizeMode& mode,
@@ -101,7 +117,7 @@ void Player::getExternalSegmentCacheConstraint(Resource::Type type, ResourceCons
 }
 
 Status Player::setAudioFormat(ConstSharedPtr<AudioFormatInterface> const& format) {
-    return m_impl->setAudioFormat(format);
+    return guarded("setAudioFormat()", [&] { return m_impl->setAudioFormat(format); });
 }
 
 ConstSharedPtr<AudioFormatInterface> Player::getAudioFormat() const {
@@ -109,7 +125,7 @@ ConstSharedPtr<AudioFormatInterface> Player::getAudioFormat() const {
 }
 
 Status Player::setRamOutputs(bool ramOutputs) {
-    return m_impl->setRamOutputs(ramOutputs);
+    return guarded("setRamOutputs()", [&] { return m_impl->setRamOutputs(ramOutputs); });
 }
 
 bool Player::getRamOutputs() const {
@@ -117,11 +133,14 @@ bool Player::getRamOutputs() const {
 }
 
 Status Player::getCacheStats(CacheStats::CacheType type, ConstSharedPtr<CacheStats>& stats) const {
-    return m_impl->getCacheStats(type, stats);
+    return guarded("getCacheStats()", [&] { return m_impl->getCacheStats(type, stats); });
 }
 
 void Player::addObserver(Observer* observer) {
-    m_impl->addObserver(observer);
+    (void)guarded("addObserver()", [&] {
+        m_impl->addObserver(observer);
+        return Status();
+    });
 }
 
 void Player::removeObserver(Observer* observer) {
@@ -129,7 +148,7 @@ void Player::removeObserver(Observer* observer) {
 }
 
 SharedPtr<TokenResolver> Player::getTokenResolver() const {
-    return m_impl->getTokenResolver();
+    return guardedOr(SharedPtr<TokenResolver>(), "getTokenResolver()", [&] { return m_impl->getTokenResolver(); });
 }
 
 GraphEngineInterface const* Player::getGraphEngine() const {

@@ -6,9 +6,11 @@
 #include <QOpenGLBuffer>
 #include <QOpenGLContext>
 #include <cstdlib>
+#include <new>
 #include <utility>
 
 #include "foundation/core/qrtPlatform.h"
+#include "qrtGuarded.h"
 #include "qrtPlayerImplCommands.h"
 #include "qrtPlayerImplSource.h"
 
@@ -53,13 +55,14 @@ PlayerImpl::PlayerImpl(VideoBufferResolution const& resolution, GraphEngineFacto
       m_ramPool(ResourcePoolRAM::create()),
       m_externalSegmentCache(m_framebufferReaper),
       m_producerCache(Cache::create()) {
+    if (!m_playParams) throw std::bad_alloc();
     if (!m_graphEngine && m_graphEngineFactory) m_graphEngine = m_graphEngineFactory();
     m_ramPool->addObserver(this);
     m_fboPool->addObserver(this);
 }
 
 PlayerImpl::~PlayerImpl() {
-    (void)uninitialize();
+    (void)guarded("uninitialize()", [this] { return uninitialize(); });
     // Frames that a host still holds will go back to the pools, and segments may notify, on any thread.
     stopObserving();
     m_externalSegmentCache.close();
@@ -68,6 +71,7 @@ PlayerImpl::~PlayerImpl() {
 Status PlayerImpl::initialize(void* nativeContext, void* nativeWindow) {
     QRT_ENGINE_DEBUG("initialize() - beginning");
     if (m_initialized) return Status::already_initialized;
+    if (_isPlayerThread("initialize()")) return Status::general_failure;
     if (!qobject_cast<QGuiApplication*>(QCoreApplication::instance())) {
         QRT_ENGINE_MESSAGE("initialize() failed: there is no QGuiApplication");
         return Status::general_failure;
@@ -87,6 +91,12 @@ Status PlayerImpl::initialize(void* nativeContext, void* nativeWindow) {
     m_isThreadDone = false;
     start(QThread::InheritPriority);
     QRT_ENGINE_DEBUG("initialize() - after launching player thread");
+    if (!isRunning()) {
+        QRT_ENGINE_MESSAGE("initialize() failed: the player thread cannot be started");
+        m_isThreadDone = true;
+        m_surface.reset();
+        return Status::general_failure;
+    }
     while (!m_initialized) {
         // The set-up takes milliseconds and never fails to end: a spin answers soonest.
     }
@@ -97,10 +107,15 @@ Status PlayerImpl::initialize(void* nativeContext, void* nativeWindow) {
 Status PlayerImpl::uninitialize() {
     QRT_ENGINE_DEBUG("uninitialize() - beginning");
     if (!m_initialized) return Status::not_initialized;
+    if (_isPlayerThread("uninitialize()")) return Status::general_failure;
     if (!isFinished()) {
         QRT_ENGINE_DEBUG("uninitialize() - sending terminate command");
         m_uninitializingThread = QThread::currentThread();
-        m_commandQueue.pushBack(std::make_unique<CmdTerminate>());
+        try {
+            m_commandQueue.pushBack(std::make_unique<CmdTerminate>());
+        } catch (std::bad_alloc const&) {
+            m_commandQueue.end();  // the thread ends even so; what still waits is woken below
+        }
     }
     // The thread's own flag is awaited too: it publishes what the thread wrote, which Qt's need not.
     while (isRunning() || !m_isThreadDone) {
@@ -114,8 +129,7 @@ Status PlayerImpl::uninitialize() {
     (void)m_ramPool->uninitialize();
     m_hostContext.reset();
     m_playerContext.reset();
-    _observeSegments({});
-    _leaveRetiredSegments();
+    (void)guarded("uninitialize()", [this] { return _leaveAllSegments(); });
     m_externalSegments.reset();
     {
         SharedPtr<Composition> dropped;
@@ -137,9 +151,9 @@ void PlayerImpl::run() {
 
 void PlayerImpl::_setUp() {
     (void)Platform::setThreadName("QRT-PLAYER");
-    m_poolInitStatus = _createContexts();
+    m_poolInitStatus = guarded("initialize()", [this] { return _createContexts(); });
     m_isContextUsable = m_poolInitStatus.success();
-    if (m_isContextUsable) m_poolInitStatus = _resizePools();
+    if (m_isContextUsable) m_poolInitStatus = guarded("initialize()", [this] { return _resizePools(); });
     if (m_poolInitStatus.failure()) {
         QRT_ENGINE_DEBUG("Resource pool initialization error = %d", static_cast<int>(m_poolInitStatus.get()));
     }
@@ -176,13 +190,33 @@ Status PlayerImpl::_createContexts() {
 }
 
 void PlayerImpl::_executeCommands() {
-    for (bool isTerminating = false; !isTerminating;) {
+    for (;;) {
         const std::unique_ptr<Cmd> command = m_commandQueue.take();
-        isTerminating = command->type() == CmdType::terminate;
-        command->execute(*this);
-        m_framebufferReaper->reap();
+        if (!command || command->type() == CmdType::terminate) break;
+        (void)guarded("a step of the player thread", [&] {
+            (void)_makeContextCurrent();
+            command->execute(*this);
+            m_framebufferReaper->reap();
+            return Status();
+        });
     }
+    (void)_makeContextCurrent();
+    m_framebufferReaper->reap();
     _deletePixelBuffer();
+}
+
+Status PlayerImpl::_makeContextCurrent() {
+    if (!m_isContextUsable || QOpenGLContext::currentContext() == m_playerContext.get()) return Status();
+    // A graph engine, or a host's segment, has left another one.
+    if (m_playerContext->makeCurrent(m_surface.get())) return Status();
+    QRT_ENGINE_MESSAGE("the OpenGL context cannot be made current again");
+    return Status::graphics_failure;
+}
+
+bool PlayerImpl::_isPlayerThread(char const* operation) const {
+    if (QThread::currentThread() != this) return false;
+    QRT_ENGINE_MESSAGE("%s failed: it was called on the player thread, for which it would wait", operation);
+    return true;
 }
 
 void PlayerImpl::_tearDown() {
@@ -223,14 +257,28 @@ void PlayerImpl::update(Subject* subject, NotificationHint const& hint) {
         // ever.
         const bool isOwnStep = QThread::currentThread() == this && m_isLookingAhead;
         const bool isRelease = dynamic_cast<ResourcePoolInterface::ReleaseHint const*>(&hint) != nullptr;
-        if (m_producing && isRelease && !isOwnStep) _queueProduceNext();
+        if (m_producing && isRelease && !isOwnStep) {
+            // Frames come back in destructors, which must not throw.
+            (void)guarded("looking ahead", [this] {
+                _queueProduceNext();
+                return Status();
+            });
+        }
         return;
     }
     if (dynamic_cast<InvalidationHint const*>(&hint) && !m_producerCache->empty()) {
         (void)m_producerCache->clear();
         QRT_ENGINE_DEBUG("Flushed player cache");
     }
-    notify(hint);
+    _notify(hint);
+}
+
+void PlayerImpl::_notify(NotificationHint const& hint) {
+    // An observer may have destroyed this engine when it returns.
+    (void)guarded("an observer's update", [&] {
+        notify(hint);
+        return Status();
+    });
 }
 
 VideoBufferResolution PlayerImpl::getVideoResolution() const {

@@ -131,9 +131,14 @@ private:
     [[nodiscard]] Status _createContexts();
     void _executeCommands();
     void _tearDown();
+    /// `Status::graphics_failure`, with a message, when it is another one's and cannot be had back.
+    Status _makeContextCurrent();
+    /// Any thread: whether it is the player thread, with a message that the operation is refused there.
+    [[nodiscard]] bool _isPlayerThread(char const* operation) const;
 
     // The work of commands
     Status _startProducing(SharedPtr<PlayParams> const& params);
+    Status _postFirstSteps();
     Status _validatePlayParams(SharedPtr<PlayParams> const& params) const;
     Status _stopProducing();
     Status _setComposition(SharedPtr<Composition> const& composition,
@@ -141,6 +146,8 @@ private:
     void _observeSegments(List<SharedPtr<ExternalSegment>> const& segments);
     /// Host threads: ends the registrations with segments of earlier compositions.
     void _leaveRetiredSegments();
+    /// The same with those of the present composition too. Needs no memory of its own.
+    Status _leaveAllSegments();
     [[nodiscard]] bool _isObserving(Subject* subject) const;
     Status _updateComposition(SharedPtr<Composition> const& composition, String const& description);
     Status _setVideoResolution(VideoBufferResolution const& resolution);
@@ -168,6 +175,8 @@ private:
     Status _readBack(SharedPtr<VideoBufferPrivate> const& source, bool onDemand,
                      SharedPtr<VideoBufferPrivate>& destination);
     Status _copyVideoBuffer(SharedPtr<VideoBuffer> const& source, SharedPtr<VideoBuffer> const& destination);
+    /// Reads the bound framebuffer into the bound pixel buffer; the OpenGL error of it.
+    [[nodiscard]] unsigned int _readPixels();
     Status _bindPixelBuffer(uint64 size);
     void _deletePixelBuffer();
 
@@ -183,6 +192,9 @@ private:
     size_t _cacheEvictOne();
     size_t _cacheEvictUnwanted();
     size_t _cacheTryEvictOne();
+
+    /// Any thread: notifies the host's observers; what they throw ends here.
+    void _notify(NotificationHint const& hint);
 
     /// Any thread.
     [[nodiscard]] SharedPtr<Composition> _composition() const;

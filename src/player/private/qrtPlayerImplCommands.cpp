@@ -9,6 +9,7 @@
 #include "foundation/core/qrtPlatform.h"
 #include "foundation/logger/qrtMsgBuilder.h"
 #include "qrtCacheEvictionAdvisor.h"
+#include "qrtGuarded.h"
 #include "qrtPlayerImplSource.h"
 
 namespace QRT_0_81 {
@@ -22,13 +23,18 @@ int64 saturatingAdd(int64 a, int64 b) {
     return b > 0 ? std::numeric_limits<int64>::max() : std::numeric_limits<int64>::min();
 }
 
+/// Whether a graph engine has taken a composition over, be it in part.
+bool isAdoption(Status const& status) {
+    return status.success() || status == Status::composition_incomplete;
+}
+
 }  // namespace
 
 // ---- Host threads
 
 Status PlayerImpl::setPref(String const& name, int value) {
     const Status status = m_initialized ? _execute<CmdSetPref>(name, value) : _setPref(name, value);
-    notify(NotificationHint());
+    _notify(NotificationHint());
     return status;
 }
 
@@ -51,7 +57,7 @@ Status PlayerImpl::setComposition(SharedPtr<Composition> const& composition,
     const Status status = _execute<CmdSetComposition>(composition, externalSegments);
     _leaveRetiredSegments();
     (void)m_producerCache->clear();
-    notify(NotificationHint());
+    _notify(NotificationHint());
     return status;
 }
 
@@ -60,7 +66,7 @@ Status PlayerImpl::updateComposition(SharedPtr<Composition> const& composition, 
     if (!_composition()) return Status::no_composition_to_update;
     const Status status = _execute<CmdUpdateComposition>(composition, description);
     (void)m_producerCache->clear();
-    notify(NotificationHint());
+    _notify(NotificationHint());
     return status;
 }
 
@@ -77,14 +83,14 @@ Status PlayerImpl::stopProducing() {
 
 Status PlayerImpl::setVideoResolution(VideoBufferResolution const& resolution) {
     const Status status = m_initialized ? _execute<CmdSetVideoResolution>(resolution) : _setVideoResolution(resolution);
-    notify(NotificationHint());
+    _notify(NotificationHint());
     return status;
 }
 
 Status PlayerImpl::setVideoFrameRate(Rational const& rate) {
     if (!m_initialized) return Status::not_initialized;
     const Status status = _execute<CmdSetVideoFrameRate>(rate);
-    notify(NotificationHint());
+    _notify(NotificationHint());
     return status;
 }
 
@@ -92,13 +98,13 @@ Status PlayerImpl::setAudioFormat(ConstSharedPtr<AudioFormatInterface> const& fo
     if (!m_initialized) return _setAudioFormat(format);
     const Status status = _execute<CmdSetAudioFormat>(format);
     (void)m_producerCache->clear();
-    notify(NotificationHint());
+    _notify(NotificationHint());
     return status;
 }
 
 Status PlayerImpl::setRamOutputs(bool ramOutputs) {
     const Status status = m_initialized ? _execute<CmdSetRamOutputs>(ramOutputs) : _setRamOutputs(ramOutputs);
-    notify(NotificationHint());
+    _notify(NotificationHint());
     return status;
 }
 
@@ -108,7 +114,9 @@ Status PlayerImpl::_startProducing(SharedPtr<PlayParams> const& params) {
     if (m_producing) return Status::already_producing;
     if (const Status status = _validatePlayParams(params); status.failure()) return status;
 
-    m_playParams = params->clone();  // the host may go on changing its own
+    SharedPtr<PlayParams> copy = params->clone();  // the host may go on changing its own
+    if (!copy) return Status::general_failure;
+    m_playParams.swap(copy);
     if (const Status status = _graphEngine()->setStep(m_playParams->getStep()); status.failure()) return status;
 
     const SharedPtr<EvictionAdvisorInterfaceBase<SharedPtr<CacheData>>> advisor(
@@ -117,7 +125,12 @@ Status PlayerImpl::_startProducing(SharedPtr<PlayParams> const& params) {
     m_firstFramePlayed = m_playParams->getStartFrame();
     m_lastFramePlayed = m_playParams->getEndFrame();
     m_producing.exchange(true);
+    const Status posted = guarded("startProducing()", [this] { return _postFirstSteps(); });
+    if (posted.failure()) (void)_stopProducing();
+    return posted;
+}
 
+Status PlayerImpl::_postFirstSteps() {
     const PlayParams::ProductionMode mode = m_playParams->getProductionMode();
     if (getAudioFormat() && (mode == PlayParams::audio_only || mode == PlayParams::all)) {
         m_commandQueue.pushBack(std::make_unique<CmdStartProducingAudio>());
@@ -171,18 +184,23 @@ Status PlayerImpl::_setComposition(SharedPtr<Composition> const& composition,
     if (!graphEngine) return Status::general_failure;
 
     SharedPtr<ExternalSegmentWrappers> wrappers;
-    if (m_externalSegmentCache.isEnabled() && !externalSegments.empty()) {
-        wrappers = ExternalSegmentWrappers::create(&m_externalSegmentCache, externalSegments);
-    }
-    const Status status =
-        graphEngine->setComposition(composition, wrappers ? wrappers->getSegments() : externalSegments,
-                                    m_videoResolution, getDefaultSourceVideoFrameRate());
-    const bool isAdopted = status.success() || status == Status::composition_incomplete;
+    Rational frameRate;
+    // Whatever fails or throws on the way, a composition that is not adopted whole is none.
+    const Status status = guarded("setComposition()", [&] {
+        if (m_externalSegmentCache.isEnabled() && !externalSegments.empty()) {
+            wrappers = ExternalSegmentWrappers::create(&m_externalSegmentCache, externalSegments);
+        }
+        const Status result =
+            graphEngine->setComposition(composition, wrappers ? wrappers->getSegments() : externalSegments,
+                                        m_videoResolution, getDefaultSourceVideoFrameRate());
+        frameRate = graphEngine->getVideoFrameRate();
+        _observeSegments(isAdoption(result) ? externalSegments : List<SharedPtr<ExternalSegment>>());
+        return result;
+    });
+    const bool isAdopted = isAdoption(status);
 
     m_externalSegments = isAdopted ? wrappers : nullptr;
-    _observeSegments(isAdopted ? externalSegments : List<SharedPtr<ExternalSegment>>());
     SharedPtr<Composition> replacement = isAdopted ? composition : nullptr;
-    const Rational frameRate = graphEngine->getVideoFrameRate();
     const std::lock_guard lock(m_engineMutex);
     m_composition.swap(replacement);
     if (isAdopted) m_videoFrameRate = frameRate;
@@ -192,9 +210,13 @@ Status PlayerImpl::_setComposition(SharedPtr<Composition> const& composition,
 void PlayerImpl::_observeSegments(List<SharedPtr<ExternalSegment>> const& segments) {
     {
         List<SharedPtr<ExternalSegment>> replacement = segments;
+        List<SharedPtr<ExternalSegment>> retired;  // with those that are retired already: all or nothing
         const std::lock_guard lock(m_engineMutex);
-        for (auto const& segment : m_observedSegments)
-            m_retiredSegments.append(segment);
+        for (auto const* const list : {&m_retiredSegments, &m_observedSegments}) {
+            for (auto const& segment : *list)
+                retired.append(segment);
+        }
+        std::swap(m_retiredSegments, retired);
         std::swap(m_observedSegments, replacement);
     }
     for (auto const& segment : segments) {
@@ -216,6 +238,19 @@ void PlayerImpl::_leaveRetiredSegments() {
         subject->removeObserver(this);
         if (_isObserving(subject)) subject->addObserver(this);  // it has come back on another thread meanwhile
     }
+}
+
+Status PlayerImpl::_leaveAllSegments() {
+    List<SharedPtr<ExternalSegment>> observed;
+    {
+        const std::lock_guard lock(m_engineMutex);
+        std::swap(m_observedSegments, observed);
+    }
+    _leaveRetiredSegments();
+    for (auto const& segment : observed) {
+        if (Subject* const subject = segment ? segment->getSubject() : nullptr) subject->removeObserver(this);
+    }
+    return Status();
 }
 
 bool PlayerImpl::_isObserving(Subject* subject) const {
@@ -240,6 +275,7 @@ Status PlayerImpl::_setVideoResolution(VideoBufferResolution const& resolution) 
     if (resolution == current) return Status();
     if (m_producing) return Status::not_while_producing;
 
+    if (const Status status = _makeContextCurrent(); status.failure()) return status;
     (void)m_producerCache->clear();
     for (ResourcePool* const pool :
          {static_cast<ResourcePool*>(m_fboPool.get()), static_cast<ResourcePool*>(m_ramPool.get())}) {
@@ -320,6 +356,7 @@ Status PlayerImpl::_resizePools() {
     // The player thread sets its pools up before it declares the engine initialized.
     if (m_initialized || QThread::currentThread() == this) {
         if (!m_isContextUsable) return Status::general_failure;
+        if (const Status status = _makeContextCurrent(); status.failure()) return status;
         const Status status = m_fboPool->setup(size, ResourcePool::SizeUnit::buffers, resolution);
         if (status.failure()) return status;
     }

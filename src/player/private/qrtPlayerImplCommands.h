@@ -1,5 +1,7 @@
 #pragma once
 
+#include <new>
+
 #include "qrtPlayerImpl.h"
 
 namespace QRT_0_81 {
@@ -154,7 +156,9 @@ class PlayerImpl::CmdProduceNextVideoBuffer final : public Cmd {
 public:
     CmdProduceNextVideoBuffer() noexcept : Cmd(CmdType::produce_next_video_buffer) {}
     void execute(PlayerImpl& engine) override { (void)engine._produceNextVideoBuffer(); }
-    std::unique_ptr<Cmd> another() const override { return std::make_unique<CmdProduceNextVideoBuffer>(); }
+    std::unique_ptr<Cmd> another() const override {
+        return std::unique_ptr<Cmd>(new (std::nothrow) CmdProduceNextVideoBuffer);
+    }
 };
 
 /// Tells the production loop where the host is.

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 
+#include "qrtGuarded.h"
 #include "qrtOpenGL.h"
 #include "qrtPlayParamsPrivate.h"
 #include "qrtPlayerImplCommands.h"
@@ -38,10 +39,10 @@ Status PlayerImpl::_produceNextVideoBuffer() {
     QRT_ENGINE_DEBUG("%s%lld", "PlayerImpl::_produceNextVideoBuffer() - Trying to produce frameNumber = ",
                      static_cast<long long>(frameNumber));
     m_isLookingAhead = true;
-    {
+    status = guarded("looking ahead", [&] {
         SharedPtr<VideoBuffer> videoBuffer;
-        status = _produceVideoBuffer(frameNumber, false, videoBuffer);
-    }
+        return _produceVideoBuffer(frameNumber, false, videoBuffer);
+    });
     m_isLookingAhead = false;
     if (status.failure()) {
         // The loop pauses; a resource that comes back to its pool restarts it.
@@ -98,21 +99,26 @@ Status PlayerImpl::_lendBuffer(SharedPtr<Pool> const& pool, bool onDemand, Share
         buffer = VideoBufferPrivate::create(pool, onDemand);
         const Status status = buffer ? buffer->getStatus() : Status(Status::general_failure);
         if (status.success()) return status;
+        // A change for which there was no memory has left the pool empty, and no setting need change again.
+        if (!pool->isInitialized() && m_initialized && _resizePools().success() && pool->isInitialized()) continue;
         const size_t numEvicted = onDemand ? _cacheEvictOne() : _cacheTryEvictOne();
         if (numEvicted == 0) return buffer ? Status::no_resource : Status::general_failure;
     }
 }
 
 Status PlayerImpl::_render(QOpenGLFramebufferObject& framebuffer, int64 frameNumber) {
+    if (const Status status = _makeContextCurrent(); status.failure()) return status;
     framebuffer.bind();
-    // A graph engine may have left a scissor or a colour mask behind, which would hold the clear back.
+    // What a graph engine may have left behind, and what would hold the clear back.
     glDisable(GL_SCISSOR_TEST);
+    glDisable(GL_RASTERIZER_DISCARD);
     glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
     glClearColor(0.0f, 1.0f, 0.0f, 1.0f);  // a frame that is left undrawn shows as solid green
     glClear(GL_COLOR_BUFFER_BIT);
     glFinish();
     const Status status = _graphEngine()->renderFrame(m_videoResolution, frameNumber, framebuffer.texture());
     if (status.failure()) return status;
+    if (const Status current = _makeContextCurrent(); current.failure()) return current;
     glFinish();  // other contexts sample the texture without waiting for this one
     return status;
 }
@@ -134,9 +140,7 @@ Status PlayerImpl::_copyVideoBuffer(SharedPtr<VideoBuffer> const& source, Shared
 
     const uint64 size = m_videoResolution.getBufferSize();
     if (const Status status = _bindPixelBuffer(size); status.failure()) return status;
-    glReadPixels(0, 0, m_videoResolution.getWidth(), m_videoResolution.getHeight(), getOglFormat(m_videoResolution),
-                 getOglType(m_videoResolution), nullptr);
-
+    const GLenum error = _readPixels();
     void const* const mapped = m_pixelBuffer->map(QOpenGLBuffer::ReadOnly);
     if (!mapped) {
         QRT_ENGINE_MESSAGE("PlayerImpl::_copyVideoBuffer()--PBO map() failed");
@@ -146,7 +150,20 @@ Status PlayerImpl::_copyVideoBuffer(SharedPtr<VideoBuffer> const& source, Shared
     std::memcpy(data, mapped, size);
     if (!m_pixelBuffer->unmap()) QRT_ENGINE_MESSAGE("PlayerImpl::_copyVideoBuffer()--PBO unmap() failed");
     m_pixelBuffer->release();
-    return Status();
+    if (error == GL_NO_ERROR) return Status();
+    QRT_ENGINE_MESSAGE("PlayerImpl::_copyVideoBuffer()--reading the pixels failed: OpenGL error %u", error);
+    return Status::graphics_failure;
+}
+
+unsigned int PlayerImpl::_readPixels() {
+    // A graph engine may have left errors, and a layout in which the picture is not what the host expects.
+    drainGlErrors();
+    constexpr GLenum layout[] = {GL_PACK_ROW_LENGTH, GL_PACK_SKIP_ROWS, GL_PACK_SKIP_PIXELS};
+    for (const GLenum parameter : layout)
+        glPixelStorei(parameter, 0);
+    glReadPixels(0, 0, m_videoResolution.getWidth(), m_videoResolution.getHeight(), getOglFormat(m_videoResolution),
+                 getOglType(m_videoResolution), nullptr);
+    return glGetError();
 }
 
 Status PlayerImpl::_bindPixelBuffer(uint64 size) {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <deque>
 #include <mutex>
 #include <unordered_set>
+#include <vector>
 
 #include "foundation/core/qrtStatus.h"
 #include "foundation/core/qrtVideoBufferResolution.h"
@@ -64,17 +64,18 @@ private:
 /// Moves the free resource that came back last into `locked` and returns it; null when none may go: the last one is
 /// kept for callers with `allowLast`.
 template <class T>
-[[nodiscard]] T* lendLast(std::deque<T*>& free, std::unordered_set<T*>& locked, bool allowLast) {
+[[nodiscard]] T* lendLast(std::vector<T*>& free, std::unordered_set<T*>& locked, bool allowLast) {
     if (free.empty() || (free.size() == 1 && !allowLast)) return nullptr;
     T* const resource = free.back();
+    locked.insert(resource);  // first: without memory for it nothing has happened
     free.pop_back();
-    locked.insert(resource);
     return resource;
 }
 
-/// Moves a lent resource back; false when it is not one of `locked`.
+/// Moves a lent resource back; false when it is not one of `locked`. Frames come back in destructors: `free` has had
+/// room for all resources from the beginning, so that no memory is needed.
 template <class T>
-[[nodiscard]] bool takeBack(std::deque<T*>& free, std::unordered_set<T*>& locked, T* resource) {
+[[nodiscard]] bool takeBack(std::vector<T*>& free, std::unordered_set<T*>& locked, T* resource) noexcept {
     if (locked.erase(resource) == 0) return false;
     free.push_back(resource);
     return true;

@@ -56,8 +56,14 @@ Status ResourcePoolFBO::initialize() {
 
     const uint32 count = getNumResources();
     const QSize size(m_resolution.getWidth(), m_resolution.getHeight());
-    for (uint32 made = 0; made < count; ++made)
-        m_freeFbos.push_back(m_reaper->make(size, format));
+    try {
+        m_freeFbos.reserve(count);
+        for (uint32 made = 0; made < count; ++made)
+            m_freeFbos.push_back(m_reaper->make(size, format));
+    } catch (...) {
+        (void)disposeFree();  // all or none
+        throw;
+    }
     m_lockedFbos.clear();
     QRT_DEBUG_LINE(fboSource, "ResourcePoolFBO::initialize()-numAllocatedFBO=%d", static_cast<int>(count));
     m_initialized = true;
@@ -67,13 +73,18 @@ Status ResourcePoolFBO::initialize() {
 Status ResourcePoolFBO::uninitialize() {
     const std::lock_guard lock(m_mutex);
     if (!m_initialized) return Status();
-    int numDeleted = 0;
-    for (; !m_freeFbos.empty(); m_freeFbos.pop_back(), ++numDeleted)
-        m_reaper->dispose(m_freeFbos.back());
+    const int numDeleted = disposeFree();
     m_lockedFbos.clear();
     QRT_DEBUG_LINE(fboSource, "ResourcePoolFBO::uninitialize()-numDeletedFBO=%d", numDeleted);
     m_initialized = false;
     return Status();
+}
+
+int ResourcePoolFBO::disposeFree() {
+    int numDeleted = 0;
+    for (; !m_freeFbos.empty(); m_freeFbos.pop_back(), ++numDeleted)
+        m_reaper->dispose(m_freeFbos.back());
+    return numDeleted;
 }
 
 bool ResourcePoolFBO::isSameResolution(VideoBufferResolution const& a, VideoBufferResolution const& b) const {

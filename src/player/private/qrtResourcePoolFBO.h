@@ -41,7 +41,10 @@ private:
 
     explicit ResourcePoolFBO(SharedPtr<FramebufferReaper> const& reaper);
 
-    std::deque<QOpenGLFramebufferObject*> m_freeFbos;
+    /// Ends the free framebuffers and says how many they were.
+    int disposeFree();
+
+    std::vector<QOpenGLFramebufferObject*> m_freeFbos;
     std::unordered_set<QOpenGLFramebufferObject*> m_lockedFbos;  // a registry only: clearing it deletes nothing
     const SharedPtr<FramebufferReaper> m_reaper;
 };

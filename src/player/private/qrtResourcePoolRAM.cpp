@@ -25,18 +25,32 @@ Status ResourcePoolRAM::initialize() {
     const uint64 bytes = getBufferSize();
     if (bytes == 0) return Status::invalid_pool_configuration;
 
-    for (uint32 count = getNumResources(); count > 0; --count)
-        m_freeBuffers.push_back(std::malloc(bytes));
+    const uint32 count = getNumResources();
+    m_freeBuffers.reserve(count);
+    while (m_freeBuffers.size() < count) {
+        void* const block = std::malloc(bytes);
+        if (!block) {
+            freeBlocks();  // all or none
+            DebugLine::post(ramSource, __LINE__, "ResourcePoolRAM::initialize() failed: no memory for %d blocks",
+                            static_cast<int>(count));
+            return Status::general_failure;
+        }
+        m_freeBuffers.push_back(block);
+    }
     m_lockedBuffers.clear();
     m_initialized = true;
     return Status();
 }
 
+void ResourcePoolRAM::freeBlocks() {
+    for (; !m_freeBuffers.empty(); m_freeBuffers.pop_back())
+        std::free(m_freeBuffers.back());
+}
+
 Status ResourcePoolRAM::uninitialize() {
     const std::lock_guard lock(m_mutex);
     if (!m_initialized) return Status();
-    for (; !m_freeBuffers.empty(); m_freeBuffers.pop_back())
-        std::free(m_freeBuffers.back());
+    freeBlocks();
     m_lockedBuffers.clear();
     m_initialized = false;
     return Status();

@@ -17,7 +17,8 @@ public:
     ~ResourcePoolRAM() override;
 
     [[nodiscard]] PoolType getType() const override { return PoolType::ram; }
-    /// `Status::invalid_pool_configuration` for an invalid resolution or one whose frames take no memory.
+    /// `Status::invalid_pool_configuration` for an invalid resolution or one whose frames take no memory,
+    /// `Status::general_failure`, with a message and nothing made, when there is no memory for all blocks.
     Status initialize() override;
     Status uninitialize() override;
     /// A block serves every format of its width, height, channels and bits, floating-point or not.
@@ -34,7 +35,9 @@ private:
 
     ResourcePoolRAM() = default;
 
-    std::deque<void*> m_freeBuffers;
+    void freeBlocks();
+
+    std::vector<void*> m_freeBuffers;
     std::unordered_set<void*> m_lockedBuffers;
 };
 
