@@ -3,6 +3,7 @@
 #include <QOpenGLContext>
 #include <QOpenGLExtraFunctions>
 #include <cstring>
+#include <stdexcept>
 
 #include "player/qrtPlayer.h"
 #include "qrtStressTags.h"
@@ -121,6 +122,7 @@ Status StressGraphEngine::setComposition(SharedPtr<Composition> const& compositi
                                          Rational const&) {
     adopt(composition);
     m_segments = segments;
+    if (happens(StressFault::composition_throws, 32)) throw std::runtime_error("a composition's fault");
     if (happens(StressFault::composition_is_incomplete, 16)) return Status::composition_incomplete;
     return failing(StressFault::composition_fails, 16);
 }
@@ -139,6 +141,7 @@ Status StressGraphEngine::renderFrame(VideoBufferResolution const& resolution, i
         stressWorld()->require(status == Status::general_failure, "a call that would wait for its own thread fails");
         (void)player->isVideoBufferReady(frame);
     }
+    if (happens(StressFault::render_throws, 128)) throw std::runtime_error("a graph engine's fault");
     if (happens(StressFault::render_fails, 64)) return injectedFailure;
     if (happens(StressFault::render_draws_nothing, 128)) {
         stressWorld()->isUndrawn(frame) = true;

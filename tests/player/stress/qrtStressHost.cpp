@@ -10,6 +10,7 @@ namespace QRT_0_81 {
 namespace {
 
 constexpr int numMaxHeld = 2;
+constexpr int generalFailure = Status::general_failure;  // of a graph engine that throws
 constexpr int injected = injectedFailure;
 
 class AudioFormat final : public AudioFormatInterface {
@@ -65,7 +66,7 @@ void StressHost::fetch() {
     SharedPtr<VideoBuffer> buffer;
     const Status status = m_player.getVideoBuffer(frame, buffer);
     expect("getVideoBuffer", status,
-           {Status::ok, Status::out_of_range, Status::no_composition, Status::no_resource, injected});
+           {Status::ok, Status::out_of_range, Status::no_composition, Status::no_resource, generalFailure, injected});
     // A failure may deliver a frame all the same: when only its step could not be handed to the graph engine.
     m_world.require(status.failure() || buffer, "a frame that was delivered is there");
     if (!buffer) return;
@@ -147,7 +148,7 @@ void StressHost::exchange() {
     const SharedPtr<Composition> composition(new StressComposition(generation));
     const Status status = m_player.setComposition(composition, m_segments);
     expect("setComposition", status,
-           {Status::ok, Status::composition_incomplete, Status::not_while_producing, injected});
+           {Status::ok, Status::composition_incomplete, Status::not_while_producing, generalFailure, injected});
     if (!(status == Status::not_while_producing)) m_world.exchanged = generation;
 }
 

@@ -2,6 +2,7 @@
 
 #include <QOpenGLContext>
 #include <QOpenGLExtraFunctions>
+#include <stdexcept>
 
 #include "foundation/core/qrtExternalSegment.h"
 #include "foundation/core/qrtSharedPtr.h"
@@ -54,6 +55,7 @@ public:
 
 private:
     static Status beginRender() {
+        if (stressWorld()->happens(StressFault::segment_throws, 64)) throw std::runtime_error("a segment's fault");
         return stressWorld()->happens(StressFault::segment_fails, 32) ? injectedFailure : Status::ok;
     }
 

@@ -129,10 +129,11 @@ protected:
     }
 
     void report() const {
-        constexpr char const* names[] = {"render fails",      "render draws nothing", "render leaves state",
-                                         "render calls back", "composition fails",    "composition incomplete",
-                                         "update fails",      "step fails",           "rate fails",
-                                         "audio fails",       "preference fails",     "segment fails"};
+        constexpr char const* names[] = {
+            "render fails",      "render throws",     "render draws nothing", "render leaves state",
+            "render calls back", "composition fails", "composition throws",   "composition incomplete",
+            "update fails",      "step fails",        "rate fails",           "audio fails",
+            "preference fails",  "segment fails",     "segment throws"};
         static_assert(std::size(names) == static_cast<size_t>(StressFault::count));
         uint64 numFaults = 0;
         std::string kinds;

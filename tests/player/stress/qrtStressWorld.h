@@ -18,10 +18,12 @@ class Player;
 /// What a host's own code may do wrong.
 enum class StressFault {
     render_fails,
+    render_throws,
     render_draws_nothing,
     render_leaves_state,
     render_calls_back,
     composition_fails,
+    composition_throws,
     composition_is_incomplete,
     update_fails,
     step_fails,
@@ -29,6 +31,7 @@ enum class StressFault {
     audio_fails,
     pref_fails,
     segment_fails,
+    segment_throws,
     count
 };
 
