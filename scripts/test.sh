@@ -13,7 +13,7 @@ PRESET is one of the test presets of CMakePresets.json; each has its build in bu
   dev     assertions on: the quick local loop
   asan    AddressSanitizer with LeakSanitizer, and UndefinedBehaviorSanitizer
   tsan    ThreadSanitizer
-  fuzz    the fuzz targets, each for a minute, with Clang
+  fuzz    the fuzz targets, each for 45 seconds, with Clang
 Without one, all four are run. Exit status 0 only when all of them passed; one that fails does not stop the others.
 USAGE
 }

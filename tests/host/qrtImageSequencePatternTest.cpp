@@ -34,6 +34,8 @@ TEST(ImageSequencePattern, looksForThePlaceInTheFileNameOnly) {
     EXPECT_FALSE(isImageSequencePattern("take #3/plate.exr"));
     EXPECT_EQ(parsed("take #3/plate.#.exr").folder, "take #3");
     EXPECT_EQ(parsed("plate.#.exr").folder, ".");
+    EXPECT_EQ(parsed("/plate.#.exr").folder, "/");
+    EXPECT_EQ(parsed("//shots//a///plate.#.exr").folder, "//shots//a") << "however many slashes there are";
 }
 
 TEST(ImageSequencePattern, refusesNamesWithoutAPlaceOrWithTwo) {
@@ -42,6 +44,28 @@ TEST(ImageSequencePattern, refusesNamesWithoutAPlaceOrWithTwo) {
               "images 'plate.exr': has no place for the number, such as #### or %04d");
     EXPECT_EQ(parseImageSequencePattern("#.%04d.exr", images).message(),
               "images '#.%04d.exr': has more than one place for the number");
+}
+
+TEST(ImageSequencePattern, takesNamesAsLongAsACommandLine) {
+    const std::string signs(200'000, '#');
+    EXPECT_TRUE(isImageSequencePattern(signs));
+    EXPECT_EQ(parsed(signs + ".exr").digits, signs.size());
+    ImageSequenceName images;
+    EXPECT_TRUE(parseImageSequencePattern(signs + "." + signs, images).failed());
+    EXPECT_FALSE(isImageSequencePattern(std::string(200'000, '%')));
+}
+
+TEST(ImageSequencePattern, tellsPercentSignsOfOtherKindsApart) {
+    EXPECT_EQ(parsed("100%%04d.exr").prefix, "100%");
+    for (const char* const pattern : {"50%.exr", "%00d.exr", "%4d.exr", "%04x.exr", "%", "%0", "%04", "a%0d"})
+        EXPECT_FALSE(isImageSequencePattern(pattern)) << pattern;
+}
+
+TEST(ImageSequencePattern, saysWhatIsWrongInOneLineWhateverTheNameHolds) {
+    ImageSequenceName images;
+    EXPECT_EQ(parseImageSequencePattern("pla\nte.exr", images).message(),
+              "images 'pla?te.exr': has no place for the number, such as #### or %04d");
+    EXPECT_THAT(findImages("/none/pla\nte.#.exr", Rational(24, 1), images).message(), ::testing::Not(HasSubstr("\n")));
 }
 
 TEST(ImageSequencePattern, findsTheNumbersOfTheFilesThatAreThere) {
@@ -57,6 +81,15 @@ TEST(ImageSequencePattern, findsTheNumbersOfTheFilesThatAreThere) {
     EXPECT_EQ(images.frameCount(), 9998);
     EXPECT_EQ(images.rate, Rational(25, 1));
     EXPECT_EQ(images.pathOf(4), folder.path() + "/a.0007.png");
+}
+
+TEST(ImageSequencePattern, takesZeroWithASignForNoNumber) {
+    const TestFolder folder;
+    for (const char* const name : {"a.-00.png", "a.05.png"})
+        folder.write(name, "");
+    ImageSequenceName images;
+    ASSERT_TRUE(findImages(folder.path() + "/a.##.png", Rational(25, 1), images).success());
+    EXPECT_EQ(images.firstNumber, 5) << "frame 0 would be a.00.png, which is not there";
 }
 
 TEST(ImageSequencePattern, saysWhenNothingIsThere) {

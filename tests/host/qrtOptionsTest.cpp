@@ -99,6 +99,11 @@ TEST_F(CommandLines, refuseWhatDoesNotGoTogether) {
     EXPECT_THAT(failure({"contact-sheet", "a.mp4", "--output", "x.png", "--convert", "dsp"}), HasSubstr("--convert"));
 }
 
+TEST_F(CommandLines, areRefusedInOneLineWhateverTheWordsHold) {
+    EXPECT_THAT(failure({"no\nfile"}), HasSubstr("'no?file': neither a file nor a command"));
+    EXPECT_THAT(failure({"render", "a.mp4", "--output", "x\r\ny"}), HasSubstr("output 'x??y'"));
+}
+
 TEST_F(CommandLines, readEverythingOfContactSheet) {
     ASSERT_TRUE(
         parse({"contact-sheet", "clip.mp4", "--output", "s.png", "--columns", "6", "--rows", "5", "--width", "2400"})

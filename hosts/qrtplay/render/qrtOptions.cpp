@@ -1,5 +1,6 @@
 #include "render/qrtOptions.h"
 
+#include "base/qrtPrintable.h"
 #include "base/qrtProgramVersion.h"
 #include "render/qrtCommandLine.h"
 #include "render/qrtPlayOptions.h"
@@ -140,10 +141,7 @@ Outcome parseSelfTest(QStringList const& arguments, Options& options) {
     return Outcome();
 }
 
-}  // namespace
-
-Outcome parseOptions(QStringList const& arguments, Options& options) {
-    options = Options();
+Outcome parseCommand(QStringList const& arguments, Options& options) {
     const QString command = arguments.value(1);
     if (command == "render") return parseRender(arguments, options);
     if (command == "contact-sheet") return parseContactSheet(arguments, options);
@@ -158,6 +156,15 @@ Outcome parseOptions(QStringList const& arguments, Options& options) {
         return Outcome();
     }
     return parseView(arguments, options);
+}
+
+}  // namespace
+
+Outcome parseOptions(QStringList const& arguments, Options& options) {
+    options = Options();
+    const Outcome outcome = parseCommand(arguments, options);
+    // The words may hold anything, line ends too, and a failure names one.
+    return outcome.success() ? outcome : Outcome::failure(printable(outcome.message()));
 }
 
 }  // namespace qrtplay

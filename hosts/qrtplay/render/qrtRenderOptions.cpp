@@ -8,7 +8,7 @@ namespace {
 
 constexpr int mostLoops = 1000000;
 
-constexpr char examples[] = R"(
+constexpr char renderExamples[] = R"(
 Frames are numbered from 0, at the rate of the output. --frames takes
   7             one frame
   0-99          a hundred frames
@@ -68,7 +68,7 @@ CommandSyntax renderSyntax() {
             {"Report",
              {{"json", "", "One JSON object a line on standard output for everything that happens, a summary last."}}},
         },
-        examples};
+        renderExamples};
 }
 
 /// Options that say how files are written make no sense without files.

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <string_view>
 
+#include "base/qrtPrintable.h"
+
 namespace qrtplay {
 
 namespace {
@@ -53,10 +55,7 @@ std::string oneLine(std::string const& text) {
     // No character of several bytes is cut through.
     while (length < text.size() && length > 0 && (static_cast<unsigned char>(text[length]) & 0xc0) == 0x80)
         --length;
-    std::string line = text.substr(0, length) + (length < text.size() ? "..." : "");
-    const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; };
-    std::replace_if(line.begin(), line.end(), isControl, '?');
-    return line;
+    return printable(text.substr(0, length)) + (length < text.size() ? "..." : "");
 }
 
 OtioObject::OtioObject(Value const& value, std::string const& file) : m_value(value), m_file(&file) {

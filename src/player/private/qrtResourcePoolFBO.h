@@ -37,6 +37,8 @@ public:
     void release(QOpenGLFramebufferObject* fbo);
 
 private:
+    friend struct ResourcePoolInspector;  // defined by tests
+
     explicit ResourcePoolFBO(SharedPtr<FramebufferReaper> const& reaper);
 
     /// Ends the free framebuffers and says how many they were.

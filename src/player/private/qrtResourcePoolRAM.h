@@ -31,6 +31,8 @@ public:
     void release(void* buffer);
 
 private:
+    friend struct ResourcePoolInspector;  // defined by tests
+
     ResourcePoolRAM() = default;
 
     void freeBlocks();

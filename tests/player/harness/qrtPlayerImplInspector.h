@@ -23,6 +23,13 @@ struct PlayerImplInspector {
     static QOpenGLContext* playerContext(PlayerImpl& engine) { return engine.m_playerContext.get(); }
 
     // The queue
+    using CmdStartProducing = PlayerImpl::CmdStartProducing;
+    using CmdStopProducing = PlayerImpl::CmdStopProducing;
+    using CmdSetComposition = PlayerImpl::CmdSetComposition;
+    using CmdSetVideoResolution = PlayerImpl::CmdSetVideoResolution;
+    using CmdSetRamOutputs = PlayerImpl::CmdSetRamOutputs;
+    using CmdSetPref = PlayerImpl::CmdSetPref;
+    using CmdProduceVideoBuffer = PlayerImpl::CmdProduceVideoBuffer;
     static CommandQueue& queue(PlayerImpl& engine) { return engine.m_commandQueue; }
     /// Posts a command of the test's own kind to the back of the queue and waits for it.
     template <class Command, class... Arguments>
@@ -84,6 +91,7 @@ struct PlayerImplInspector {
     static bool isProducing(PlayerImpl const& engine) { return engine.m_producing; }
     /// To be taken back before the engine ends: there is no thread to be ended.
     static void setInitialized(PlayerImpl& engine, bool isInitialized) { engine.m_initialized = isInitialized; }
+    static void postCurrentFrameNumber(PlayerImpl& engine, int64 frame) { engine._postCurrentFrameNumber(frame); }
     static PlayParams& playParams(PlayerImpl& engine) { return *engine.m_playParams; }
     static void setProducing(PlayerImpl& engine, bool isProducing) { engine.m_producing = isProducing; }
 
