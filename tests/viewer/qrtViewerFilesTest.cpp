@@ -118,6 +118,15 @@ TEST_F(ViewerFiles, missingMediaOfATimelineIsNamedAndTheRestPlays) {
     EXPECT_TRUE(waitFor([&] { return playback().frame() == 1; }));
 }
 
+TEST_F(ViewerFiles, whatIsOpenedLaterKeepsToTheFoldersThatWereAllowed) {
+    m_allowPaths = {m_folder.path().toStdString()};
+    showEmpty();
+    m_chosenFiles = QStringList(qt(timeline()));
+    press(Qt::Key_O, Qt::ControlModifier);
+    EXPECT_TRUE(waitFor([&] { return !message().isEmpty(); }));
+    EXPECT_THAT(message().toStdString(), ::testing::HasSubstr("--allow-path"));
+}
+
 TEST_F(ViewerFiles, reloadKeepsThePositionAndThePoints) {
     showFilm();
     playback().seek(77);

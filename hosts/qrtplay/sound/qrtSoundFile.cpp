@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "base/qrtLimits.h"
+
 extern "C" {
 #include <libavutil/adler32.h>
 }
@@ -32,6 +34,8 @@ Outcome SoundFile::open(std::string const& path, std::shared_ptr<SoundFile const
         }
         if (Outcome outcome = opened->scan(*demuxer); outcome.failed()) return outcome;
         opened->describe(*demuxer);
+        if (opened->m_facts.sampleCount > maxSoundSeconds * opened->m_facts.sampleRate)
+            return Outcome::failure(path + ": its sound states a length that cannot be played");
     }
     file = std::move(opened);
     return Outcome();

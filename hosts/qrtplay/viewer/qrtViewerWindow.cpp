@@ -53,6 +53,7 @@ QString titleOf(PlayInput const& input) {
 ViewerWindow::ViewerWindow(ViewerServices services, ViewerStart start)
     : m_services(std::move(services)),
       m_settings(std::move(start.settings)),
+      m_allowPaths(start.input.allowPaths),
       m_openGl(openGlText()),
       m_playback(new Playback(*m_services.clock, m_services.sound.get(), this)),
       m_loader(new InputLoader(this)),
@@ -205,9 +206,10 @@ void ViewerWindow::storeSettings() {
 
 void ViewerWindow::open(PlayInput const& input, std::optional<int64> frame) {
     m_opening = input;
+    m_opening.allowPaths = m_allowPaths;
     m_openingFrame = frame;
     m_preferences->store(m_settings);
-    m_loader->load(input, m_settings.play);
+    m_loader->load(m_opening, m_settings.play);
     if (!m_player) m_picture->setMessage("Opening " + titleOf(input) + "...");
     statusBar()->showMessage("Opening " + titleOf(input) + "...");
 }
