@@ -14,7 +14,7 @@ function(qrt_add_library module)
     target_compile_definitions(qrt${module}Objects PRIVATE QRT_BUILDS_${upper})
     target_link_libraries(qrt${module}Objects PUBLIC ${LIB_PUBLIC} PRIVATE ${LIB_PRIVATE})
     # Reading the headers takes longer than these short files themselves.
-    set_target_properties(qrt${module}Objects PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
+    set_target_properties(qrt${module}Objects PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE ${QRT_BUNDLE_SIZE})
 
     add_library(qrt${module} SHARED)
     add_library(qrt::${module} ALIAS qrt${module})
