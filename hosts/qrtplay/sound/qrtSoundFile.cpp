@@ -65,7 +65,7 @@ Outcome SoundFile::scan(SoundDemuxer& demuxer) {
     const AvPtr<AVPacket> packet(av_packet_alloc());
     if (!packet) return Outcome::failure(m_path + ": out of memory");
     PacketClock clock(demuxer.stream(), m_usualPacketLength);
-    SoundDemuxer::ReadResult result;
+    auto result = SoundDemuxer::ReadResult::end;
     for (int64 number = 0; (result = demuxer.read(*packet)) == SoundDemuxer::ReadResult::packet; ++number)
         takePacket(*packet, number, clock);
     if (m_stations.empty()) return Outcome::failure(m_path + ": its sound is empty; the file may be damaged");

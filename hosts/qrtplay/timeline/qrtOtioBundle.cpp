@@ -45,7 +45,7 @@ private:
 class Unpacker final {
 public:
     Unpacker(std::string const& path, std::string const& folder)
-        : m_path(path), m_folder(folder), m_archive(archive_read_new()), m_buffer(64 * 1024) {}
+        : m_path(path), m_folder(folder), m_archive(archive_read_new()), m_buffer(size_t{64} * 1024) {}
 
     Outcome run() {
         std::error_code error;
