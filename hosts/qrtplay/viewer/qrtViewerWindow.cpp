@@ -99,8 +99,8 @@ ViewerWindow::~ViewerWindow() {
 }
 
 void ViewerWindow::layOut() {
-    auto* const top = new QWidget(this);
-    auto* const column = new QVBoxLayout(top);
+    auto* const content = new QWidget(this);
+    auto* const column = new QVBoxLayout(content);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(m_messages);
@@ -114,7 +114,7 @@ void ViewerWindow::layOut() {
 
     auto* const splitter = new QSplitter(Qt::Vertical, this);
     splitter->setObjectName("pictureAndTimeline");
-    splitter->addWidget(top);
+    splitter->addWidget(content);
     splitter->addWidget(m_panels);
     splitter->setStretchFactor(0, 1);
     splitter->setCollapsible(0, false);
