@@ -9,7 +9,7 @@ namespace qrtplay {
 
 namespace {
 
-constexpr char examples[] = R"(
+constexpr char viewExamples[] = R"(
 Without a FILE the window opens empty. What an option does not say is as it was when the window was last closed. F1 in
 the window lists all keys.
 
@@ -44,7 +44,7 @@ CommandSyntax viewSyntax() {
             pictureOptions(),
             playerOptions(),
         },
-        examples};
+        viewExamples};
 }
 
 /// A word that is neither a file nor looks like one was meant for a command.
