@@ -18,7 +18,7 @@ function(qrt_add_library module)
         target_compile_options(qrt${module}Objects PRIVATE -fno-gnu-unique)
     endif()
     # Reading the headers takes longer than these short files themselves.
-    set_target_properties(qrt${module}Objects PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
+    set_target_properties(qrt${module}Objects PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE ${QRT_BUNDLE_SIZE})
 
     add_library(qrt${module} SHARED)
     add_library(qrt::${module} ALIAS qrt${module})

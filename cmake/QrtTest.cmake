@@ -35,6 +35,9 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
     # In a bundle a source may hide what another one declares, and looks as if it were a header.
     list(APPEND QRT_TEST_OPTIONS -Wno-shadow -Wshadow=local -Wno-subobject-linkage)
 endif()
+if(QRT_FORTIFIED)
+    list(APPEND QRT_TEST_OPTIONS $<$<CONFIG:Debug>:-U_FORTIFY_SOURCE>)
+endif()
 if(QRT_SANITIZE MATCHES undefined)
     # A third of the time that a test takes to compile under this sanitizer. Null pointers end a test anyway.
     list(APPEND QRT_TEST_OPTIONS -fno-sanitize=null,alignment)

@@ -2,7 +2,7 @@
 # Sets up, builds and runs every test. Quick when nothing changed.
 set -uo pipefail
 
-default_presets=(dev asan tsan fuzz)
+default_presets=(lint dev asan tsan fuzz)
 usage() {
     cat <<'USAGE'
 Sets up, builds and runs every test.
@@ -10,11 +10,12 @@ Sets up, builds and runs every test.
   scripts/test.sh [PRESET...]
 
 PRESET is one of the test presets of CMakePresets.json; each has its build in build/PRESET:
+  lint    static checks: clang-tidy, cppcheck, clang-format, includes; the quickest to fail
   dev     assertions on: the quick local loop
   asan    AddressSanitizer with LeakSanitizer, and UndefinedBehaviorSanitizer
   tsan    ThreadSanitizer
   fuzz    the fuzz targets, each for 45 seconds, with Clang
-Without one, all four are run. Exit status 0 only when all of them passed; one that fails does not stop the others.
+Without one, all five are run. Exit status 0 only when all of them passed; one that fails does not stop the others.
 USAGE
 }
 

@@ -74,5 +74,14 @@ printf 'This is a shopping list: eggs, milk, butter.\n' >text.wav
 : >empty.wav
 mkdir folder.wav
 head -c 44 plain.wav >header.wav
+# The second half claims to be heard seventeen days later.
+ff "${sound[@]}" -af "asetnsamples=480,asetpts='if(lt(T,1),PTS,PTS+1500000/TB)'" -c:a pcm_s16le endless.mkv
+# A header may state any rate and any number of channels.
+claim() {
+    cp plain.wav "$1"
+    printf "$3" | dd of="$1" bs=1 seek="$2" conv=notrunc status=none
+}
+claim channels.wav 22 '\377\377'
+claim rate.wav 24 '\377\377\377\177'
 
 touch "$stamp"

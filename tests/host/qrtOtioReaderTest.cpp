@@ -324,7 +324,7 @@ TEST(OtioReader, givesMissingClipsTheirPlaceInMediaThatAreAllowed) {
         allowed.push_back(media.kind != MediaReference::Kind::missing);
     EXPECT_THAT(allowed, ElementsAre(true, false, false, false, false, true, false, true));
     ASSERT_EQ(read->warnings().size(), 5U);
-    EXPECT_THAT(read->warnings()[0], HasSubstr("/in/link.mov' lies outside of the folders that are allowed"));
+    EXPECT_THAT(read->warnings()[0], HasSubstr("/in/link.mov' lies outside of the folders that --allow-path names"));
     EXPECT_THAT(readFile(path)->warnings(), IsEmpty());
 }
 

@@ -78,6 +78,16 @@ TEST(SoundFile, namesAFileThatIsNoMediaFile) {
     }
 }
 
+TEST(SoundFile, refusesWhatNoRecordingCanBe) {
+    for (const char* name : {"endless.mkv", "channels.wav", "rate.wav"}) {
+        std::shared_ptr<SoundFile const> file;
+        const Outcome outcome = SoundFile::open(soundClipPath(name), file);
+        EXPECT_THAT(outcome.message(), StartsWith(soundClipPath(name) + ": its sound states ")) << name;
+        EXPECT_THAT(outcome.message(), HasSubstr("cannot be played")) << name;
+        EXPECT_FALSE(file) << name;
+    }
+}
+
 TEST(SoundFile, isNeverAnAddress) {
     std::shared_ptr<SoundFile const> file;
     EXPECT_THAT(SoundFile::open("http://localhost/plain.wav", file).message(), HasSubstr("no such file"));

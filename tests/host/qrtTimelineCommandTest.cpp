@@ -70,6 +70,33 @@ colorspaces:
     EXPECT_THAT(failure(render + QStringList{"none.png", "--view", "sepia"}), HasSubstr("sepia"));
 }
 
+TEST_F(TimelineCommand, opensNothingThatATimelineNamesOutsideOfTheFoldersThatAreAllowed) {
+    const QString file =
+        put("cut.otio", otio::timeline({otio::track(
+                            "Video", {otio::clip(otio::file(painted("film.mkv").toStdString()), {100, 2, 24})})}));
+    const QStringList render{"render", file, "--frames", "0", "--resolution", "320x180", "--output"};
+    const Result refused = run(render + QStringList{"refused.png", "--allow-path", folder.path()});
+    EXPECT_THAT(refused.errors, HasSubstr("film.mkv' lies outside of the folders that --allow-path names"));
+    const Result allowed = run(
+        render + QStringList{"allowed.png", "--allow-path", folder.path(), "--allow-path", QString(QRT_PAINTED_MEDIA)});
+    EXPECT_EQ(middleOf("allowed.png"), QColor(100, 20, 0)) << allowed.errors;
+    put("cut.otio", otio::timeline({otio::track("Video", {otio::clip(otio::file("nowhere/film.mkv"), {100, 2, 24})})}));
+    const Result missing = run(render + QStringList{"missing.png"});
+    EXPECT_EQ(refused.status, missing.status) << "what is refused is missing";
+    EXPECT_NE(image("refused.png"), image("allowed.png"));
+}
+
+TEST_F(TimelineCommand, followsNoLinkOutOfAFolderOfImages) {
+    const QString plates = folder.filePath("plates");
+    QDir().mkdir(plates);
+    ASSERT_TRUE(QFile::copy(clip("stills/plate.0101.png"), plates + "/plate.1.png"));
+    ASSERT_TRUE(QFile::link(clip("stills/plate.0102.png"), plates + "/plate.2.png"));
+    const QStringList info{"info", plates + "/plate.#.png"};
+    EXPECT_EQ(run(info).status, 0);
+    EXPECT_EQ(run(info + QStringList{"--allow-path", clip("stills")}).status, 0);
+    EXPECT_THAT(failure(info + QStringList{"--allow-path", plates}, 4), HasSubstr("--allow-path"));
+}
+
 TEST_F(TimelineCommand, drawsAContactSheetOfATimeline) {
     const QString file =
         put("cut.otio", otio::timeline({otio::track(

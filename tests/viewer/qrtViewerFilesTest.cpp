@@ -120,6 +120,18 @@ TEST_F(ViewerFiles, missingMediaOfATimelineIsNamedAndTheRestPlays) {
     EXPECT_TRUE(waitFor([&] { return playback().frame() == 1; }));
 }
 
+TEST_F(ViewerFiles, whatIsOpenedLaterKeepsToTheFoldersThatWereAllowed) {
+    m_allowPaths = {m_folder.path().toStdString()};
+    showEmpty();
+    QStringList messages;
+    QObject receiver;
+    QObject::connect(&window().messageBar(), &MessageBar::added, &receiver,
+                     [&](QString const& text) { messages << text; });
+    m_chosenFiles = QStringList(qt(timeline()));
+    press(Qt::Key_O, Qt::ControlModifier);
+    EXPECT_TRUE(waitFor([&] { return !messages.filter("--allow-path").isEmpty(); }));
+}
+
 TEST_F(ViewerFiles, reloadKeepsThePositionAndThePoints) {
     showFilm();
     playback().seek(77);

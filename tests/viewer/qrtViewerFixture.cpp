@@ -53,6 +53,7 @@ void ViewerFixture::showEmpty() {
         return m_chosenTarget;
     };
     start.settings = ViewerSettings::load();
+    start.input.allowPaths = m_allowPaths;
     m_window = std::make_unique<ViewerWindow>(services, start);
     m_window->resize(1000, 700);
     m_window->show();

@@ -63,9 +63,10 @@ protected:
     [[nodiscard]] QString message();
 
     QTemporaryDir m_folder;
-    QStringList m_chosenFiles;  // what the dialog for opening answers
-    QString m_chosenTarget;     // what the dialog for writing answers
-    QString m_proposedTarget;   // what it was offered
+    std::vector<std::string> m_allowPaths;  // of the next window
+    QStringList m_chosenFiles;              // what the dialog for opening answers
+    QString m_chosenTarget;                 // what the dialog for writing answers
+    QString m_proposedTarget;               // what it was offered
     std::shared_ptr<MediaClock const> m_clock = std::make_shared<WallClock>();
     std::shared_ptr<SoundOutput> m_sound;
     std::unique_ptr<ViewerWindow> m_window;

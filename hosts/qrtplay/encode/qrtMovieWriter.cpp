@@ -6,7 +6,7 @@ namespace qrtplay {
 
 namespace {
 
-constexpr size_t mostWaiting = 4;  // enough to keep the encoder busy over one slow frame
+constexpr size_t mostFramesWaiting = 4;  // enough to keep the encoder busy over one slow frame
 
 }  // namespace
 
@@ -19,7 +19,7 @@ Outcome MovieWriter::open(std::string const& path, MovieSettings const& settings
 }
 
 MovieWriter::MovieWriter(std::string path, std::unique_ptr<MovieFile> file)
-    : m_path(std::move(path)), m_file(std::move(file)), m_queue(1, mostWaiting) {}
+    : m_path(std::move(path)), m_file(std::move(file)), m_queue(1, mostFramesWaiting) {}
 
 void MovieWriter::write(int64 frame, PixelBlock block, std::vector<float> sound) {
     m_queue.push([this, frame, block = std::move(block), sound = std::move(sound)] { encode(frame, block, sound); });

@@ -53,7 +53,7 @@ Outcome SegmentRenderer::render(QOpenGLExtraFunctions& gl, std::string const& id
 
     ExternalSegment& segment = *found->second;
     const Target target{rectangleTexture, VideoBufferResolution(width, height, 4, 8, false)};
-    const Outcome outcome = renderInto(gl, segment, Time(frame, rate), target);
+    Outcome outcome = renderInto(gl, segment, Time(frame, rate), target);
     if (outcome.success()) return outcome;
     return Outcome::failure("generator '" + id + "': frame " + std::to_string(frame) + ": " + outcome.message());
 }

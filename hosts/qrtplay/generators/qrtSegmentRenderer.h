@@ -29,7 +29,7 @@ public:
 
 private:
     struct Target {
-        GLuint texture;
+        GLuint texture = 0;
         VideoBufferResolution format;
     };
 

@@ -58,7 +58,8 @@ ChromaPlace chromaPlace(AVFrame const& picture, PixelLayout const& layout, AVChr
     place.isByField = picture.interlaced_frame != 0 && plane.heightShift == 1 && rows >= 2;
     for (int field = 0; field < 2; ++field) {
         place.fieldSites[field] = fieldSite(site.y, field);
-        place.lastFieldRows[field] = static_cast<float>((rows + 1 - field) / 2 - 1);
+        const int fieldRows = (rows + 1 - field) / 2;
+        place.lastFieldRows[field] = static_cast<float>(fieldRows - 1);
     }
     return place;
 }

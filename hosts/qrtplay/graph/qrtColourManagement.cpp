@@ -136,15 +136,19 @@ Outcome ColourManagement::choose(std::string const& display, std::string const& 
 }
 
 std::vector<std::string> ColourManagement::displays() const {
+    const int count = m_config->config->getNumDisplays();
     std::vector<std::string> names;
-    for (int i = 0; i < m_config->config->getNumDisplays(); ++i)
+    names.reserve(static_cast<size_t>(count));
+    for (int i = 0; i < count; ++i)
         names.emplace_back(m_config->config->getDisplay(i));
     return names;
 }
 
 std::vector<std::string> ColourManagement::views(std::string const& display) const {
+    const int count = m_config->config->getNumViews(display.c_str());
     std::vector<std::string> names;
-    for (int i = 0; i < m_config->config->getNumViews(display.c_str()); ++i)
+    names.reserve(static_cast<size_t>(count));
+    for (int i = 0; i < count; ++i)
         names.emplace_back(m_config->config->getView(display.c_str(), i));
     return names;
 }

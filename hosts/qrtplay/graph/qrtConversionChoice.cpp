@@ -7,18 +7,18 @@ namespace qrtplay {
 
 namespace {
 
-constexpr std::array<char const*, 3> names{"auto", "cpu", "gpu"};
+constexpr std::array<char const*, 3> conversionNames{"auto", "cpu", "gpu"};
 
 }  // namespace
 
 char const* conversionName(ConversionChoice choice) noexcept {
-    return names[static_cast<size_t>(choice)];
+    return conversionNames[static_cast<size_t>(choice)];
 }
 
 bool parseConversion(std::string const& word, ConversionChoice& choice) {
-    const auto found = std::find(names.begin(), names.end(), word);
-    if (found == names.end()) return false;
-    choice = static_cast<ConversionChoice>(found - names.begin());
+    const auto found = std::find(conversionNames.begin(), conversionNames.end(), word);
+    if (found == conversionNames.end()) return false;
+    choice = static_cast<ConversionChoice>(found - conversionNames.begin());
     return true;
 }
 

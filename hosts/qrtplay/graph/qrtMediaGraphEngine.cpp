@@ -3,6 +3,7 @@
 #include <QOpenGLContext>
 #include <algorithm>
 #include <chrono>
+#include <climits>
 #include <cstdlib>
 #include <utility>
 
@@ -22,7 +23,7 @@ constexpr int lastConversion = static_cast<int>(ConversionChoice::gpu);
 /// What the environment says of a preference, at least 0.
 int initialPref(String const& name, int usual) {
     const char* const fixed = Platform::getenv(("QRT_PREF_" + name).c_str());
-    return fixed ? std::max(0, std::atoi(fixed)) : usual;
+    return fixed ? static_cast<int>(std::clamp(std::strtol(fixed, nullptr, 10), 0L, long{INT_MAX})) : usual;
 }
 
 }  // namespace

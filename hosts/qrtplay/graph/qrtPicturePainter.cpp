@@ -146,8 +146,8 @@ Outcome PicturePainter::prepare(AVFrame const& picture, LayerPicture const& laye
         return Outcome::failure(std::string("its colour matrix is not supported (") + (name ? name : "unknown") + ")");
     }
     upload.transform = *transform;
-    const Outcome coloured = manner.colours ? manner.colours->shaderFor(layer.path, upload.managed)
-                                            : displayConversion(colour, upload.conversion);
+    Outcome coloured = manner.colours ? manner.colours->shaderFor(layer.path, upload.managed)
+                                      : displayConversion(colour, upload.conversion);
     if (coloured.failed()) return coloured;
 
     upload.chroma = chromaPlace(picture, *layout, chromaLocationOf(layer));

@@ -9,7 +9,7 @@ namespace qrtplay {
 namespace {
 
 // One that is being drawn, one in the making and one that is ready go round; more would only take memory.
-constexpr size_t mostIdle = 2;
+constexpr size_t mostIdleBlocks = 2;
 
 }  // namespace
 
@@ -44,7 +44,7 @@ struct PixelPool::Store {
         std::unique_ptr<RgbaPixels> surplus;  // ends after the lock
         const std::lock_guard lock(mutex);
         idle.push_back(std::move(pixels));
-        if (idle.size() <= mostIdle) return;
+        if (idle.size() <= mostIdleBlocks) return;
         surplus = std::move(idle.front());
         idle.erase(idle.begin());
         bytes -= surplus->sizeInBytes();

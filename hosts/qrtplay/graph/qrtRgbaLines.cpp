@@ -65,8 +65,10 @@ void interleave(std::uint8_t const* red, std::uint8_t const* green, std::uint8_t
                 std::uint8_t* pixels) {
     auto* __restrict const pairs = reinterpret_cast<std::uint16_t*>(pixels);
     for (int i = 0; i < count; ++i) {
+        // NOLINTBEGIN(bugprone-implicit-widening-of-multiplication-result): the side of a picture is bounded
         pairs[2 * i] = pairOf(red[i], green[i]);
         pairs[2 * i + 1] = pairOf(blue[i], 255);
+        // NOLINTEND(bugprone-implicit-widening-of-multiplication-result)
     }
 }
 

@@ -59,8 +59,7 @@ void TimelineComposition::noteWarning(std::string const& line) {
 
 std::vector<std::string> TimelineComposition::takeWarnings() {
     const std::lock_guard lock(m_mutex);
-    const std::vector<std::string> taken(m_warnings.begin() + static_cast<std::ptrdiff_t>(m_takenWarnings),
-                                         m_warnings.end());
+    std::vector<std::string> taken(m_warnings.begin() + static_cast<std::ptrdiff_t>(m_takenWarnings), m_warnings.end());
     m_takenWarnings = m_warnings.size();
     return taken;
 }

@@ -6,6 +6,7 @@
 
 #include "timeline/qrtImageSequencePattern.h"
 #include "timeline/qrtMediaTimeline.h"
+#include "timeline/qrtOtioAddress.h"
 #include "timeline/qrtOtioReader.h"
 
 namespace qrtplay {
@@ -22,6 +23,16 @@ std::string lowerCase(std::string text) {
 bool exists(std::string const& path) {
     std::error_code ignored;
     return fs::exists(path, ignored);
+}
+
+/// Who names images allows their folder, and not what links in it lead to.
+Outcome checkAllowed(MediaReference const& reference, std::vector<std::string> const& allowPaths) {
+    if (allowPaths.empty() || reference.kind != MediaReference::Kind::image_sequence) return Outcome();
+    ImageSequenceName const& images = reference.images;
+    AllowedFolders allowed(allowPaths);
+    allowed.add(images.folder);
+    if (allowed.allow(images)) return Outcome();
+    return Outcome::failure(images.text() + ": links out of its folder and of those that --allow-path names");
 }
 
 Outcome refer(std::string const& file, Rational const& imageRate, MediaReference& reference) {
@@ -43,6 +54,7 @@ Outcome openMedia(PlayInput const& input, OpenedInput& opened, InputFailure& kin
         kind = InputFailure::missing;
         if (Outcome outcome = refer(file, input.imageRate, measured.reference); outcome.failed()) return outcome;
         kind = InputFailure::refused;
+        if (Outcome outcome = checkAllowed(measured.reference, input.allowPaths); outcome.failed()) return outcome;
         if (Outcome outcome = opened.probe.measure(measured.reference, measured); outcome.failed()) return outcome;
         media.push_back(std::move(measured));
     }

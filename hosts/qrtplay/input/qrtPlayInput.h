@@ -17,7 +17,8 @@ namespace qrtplay {
 struct PlayInput {
     /// Media and image sequences ("plate.####.exr"), played one after the other, or one timeline.
     std::vector<std::string> files;
-    /// Folders that a timeline may take media from; any when there are none.
+    /// Folders that a timeline may take media from, and that links among numbered images may lead to; any when there
+    /// are none. What `files` names itself is allowed.
     std::vector<std::string> allowPaths;
     /// Of image sequences, whose files do not tell.
     Rational imageRate{24, 1};

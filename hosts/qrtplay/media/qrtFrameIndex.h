@@ -52,13 +52,14 @@ public:
     /// The frame of a packet; -1 when it shows none.
     [[nodiscard]] int64 frameOfPacket(int64 packet) const;
 
-    /// The last packet from which decoding of `packet` can begin: a key packet that neither follows it in decoding nor
-    /// in presentation. A frame that is decoded after a key packet but shown before it refers to what lies before.
-    [[nodiscard]] int64 startFor(int64 packet) const;
-    /// The start before the start `packet`; 0 at the end of the row.
-    [[nodiscard]] int64 startBefore(int64 packet) const;
-    /// The first key packet after `packet`, or the number of packets.
-    [[nodiscard]] int64 keyAfter(int64 packet) const;
+    /// The last packet from which decoding of packet `number` can begin: a key packet that neither follows it in
+    /// decoding nor in presentation. A frame that is decoded after a key packet but shown before it refers to what lies
+    /// before.
+    [[nodiscard]] int64 startFor(int64 number) const;
+    /// The start before the start `number`; 0 at the end of the row.
+    [[nodiscard]] int64 startBefore(int64 number) const;
+    /// The first key packet after packet `number`, or the number of packets.
+    [[nodiscard]] int64 keyAfter(int64 number) const;
 
 private:
     void spreadDamage();

@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "base/qrtKit.h"
+#include "base/qrtLimits.h"
 #include "media/qrtRegularFile.h"
 #include "media/qrtVideoFacts.h"
 
@@ -38,8 +39,7 @@ int allocateBounded(AVCodecContext* decoder, AVFrame* frame, int flags) {
 }
 
 Outcome readPacket(std::string const& path, AVPacket& packet) {
-    // No picture within the bounds takes more, at eight bytes a number and four numbers a pixel.
-    constexpr int64 mostBytes = std::min<int64>(maxPicturePixels * 32, INT32_MAX - AV_INPUT_BUFFER_PADDING_SIZE);
+    constexpr int64 mostBytes = maxPictureFileBytes - AV_INPUT_BUFFER_PADDING_SIZE;
     std::error_code error;
     const auto size = std::filesystem::file_size(path, error);
     if (error) return Outcome::failure(path + ": " + error.message());

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/qrtLimits.h"
 #include "media/qrtDemuxer.h"
 
 namespace qrtplay {
@@ -101,11 +102,9 @@ void MediaFile::readStartTime(Demuxer const& demuxer) {
 }
 
 Outcome MediaFile::readIndex(Demuxer& demuxer) {
-    // Sixteen days at 24 frames per second: what claims more is damaged, and the index would eat the memory.
-    constexpr int64 maxPackets = int64{1} << 25;
     AvPtr<AVPacket> packet(av_packet_alloc());
     while (demuxer.read(*packet) == Demuxer::ReadResult::packet) {
-        if (m_index.packetCount() == maxPackets)
+        if (m_index.packetCount() == maxVideoPackets)
             return Outcome::failure(m_path + ": has more video packets than can be played");
         FrameIndex::Packet entry;
         entry.pts = packet->pts;

@@ -34,7 +34,7 @@ public:
 
     /// Null when it is not kept. Counts as a use.
     [[nodiscard]] FramePtr get(Key const& key);
-    [[nodiscard]] bool contains(Key const& key) const { return m_entries.count(key) != 0; }
+    [[nodiscard]] bool contains(Key const& key) const { return m_entries.contains(key); }
     /// 0 when it is not kept.
     [[nodiscard]] size_t bytesAt(Key const& key) const;
     [[nodiscard]] Surplus put(Key const& key, FramePtr picture);

@@ -37,7 +37,7 @@ private:
     struct Demand {
         Wish const& wish;
         Answer& answer;
-        uint64 serial;
+        uint64 serial = 0;
         size_t overtaken = 0;  // by newer ones
         bool isDone = false;
         Outcome outcome{};

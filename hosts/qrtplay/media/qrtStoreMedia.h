@@ -62,7 +62,7 @@ public:
     [[nodiscard]] size_t expectedBytes() const noexcept { return m_expectedBytes; }
     void notePicture(size_t bytes) noexcept { m_expectedBytes = std::max(m_expectedBytes, bytes); }
     /// Frames that were tried in vain are not decoded ahead again.
-    [[nodiscard]] bool hasFailed(int64 frame) const { return m_failedFrames.count(frame) != 0; }
+    [[nodiscard]] bool hasFailed(int64 frame) const { return m_failedFrames.contains(frame); }
     void noteFailure(int64 frame) { m_failedFrames.insert(frame); }
     void forgetFailures() { m_failedFrames.clear(); }
 

@@ -67,7 +67,7 @@ std::string VideoDecoder::whyLost(int64 frame) const {
     const int64 packet = index.packetOfFrame(frame);
     if (packet < 0) return "missing, the file is cut off";
     if (index.packet(packet).damaged) return "damaged, or depends on a damaged one";
-    return m_failures.count(frame) != 0 ? "cannot be decoded" : "";
+    return m_failures.contains(frame) ? "cannot be decoded" : "";
 }
 
 PictureSource::Result VideoDecoder::frame(int64 frame, Keep const& keep, IsWanted const& isWanted, FramePtr& picture,

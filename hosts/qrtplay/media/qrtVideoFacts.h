@@ -4,14 +4,11 @@
 
 #include "base/qrtExactTime.h"
 #include "base/qrtKit.h"
+#include "base/qrtLimits.h"
 #include "foundation/core/qrtRational.h"
 #include "media/qrtAv.h"
 
 namespace qrtplay {
-
-/// The largest picture that is taken on. What a header claims beyond it is refused before memory is spent on it.
-constexpr int maxPictureSide = 16384;
-constexpr int64 maxPicturePixels = int64{16384} * 8192;
 
 /// How many frames a still picture has that stands for any time: each of them is frame 0.
 constexpr int64 endlessFrameCount = INT64_MAX;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "base/qrtLimits.h"
 #include "graph/qrtColourManagement.h"
 #include "media/qrtOpenPictures.h"
 
@@ -27,8 +28,11 @@ TimelineComposition::Files openedFiles(OpenedInput const& input) {
 QSize squarePixelSize(VideoFacts const& facts) {
     const double aspect = facts.sampleAspect.getValue();
     QSize size(facts.width, facts.height);
-    if (aspect > 1) size.setWidth(static_cast<int>(std::lround(facts.width * aspect)));
-    if (aspect > 0 && aspect < 1) size.setHeight(static_cast<int>(std::lround(facts.height / aspect)));
+    const double width = aspect > 1 ? facts.width * aspect : facts.width;
+    const double height = aspect > 0 && aspect < 1 ? facts.height / aspect : facts.height;
+    // A header may claim any shape of a pixel; one that nobody can show is taken for a square.
+    const bool isPlayable = width <= maxPictureSide && height <= maxPictureSide && width * height <= maxPicturePixels;
+    if (isPlayable) size = QSize(static_cast<int>(std::lround(width)), static_cast<int>(std::lround(height)));
     return facts.clockwiseQuarterTurns % 2 == 0 ? size : size.transposed();
 }
 

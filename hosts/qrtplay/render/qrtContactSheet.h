@@ -27,7 +27,7 @@ public:
 
 private:
     [[nodiscard]] QRect tile(int position) const;
-    void drawCaption(QRect const& tile, QString const& left, QString const& right);
+    void drawCaption(QRect const& place, QString const& left, QString const& right);
 
     int m_columns;
     int m_unit;  // the height of the letters, from which all distances follow

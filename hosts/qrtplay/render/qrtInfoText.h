@@ -17,4 +17,11 @@ namespace qrtplay {
 [[nodiscard]] std::string timelineJson(std::string const& path, Timeline const& timeline,
                                        std::vector<std::string> const& problems);
 
+/// A line of a table: what it is about, and what is said of it.
+[[nodiscard]] inline std::string infoRow(std::string name, std::string const& value) {
+    constexpr size_t column = 14;
+    name.resize(column, ' ');
+    return name + value + "\n";
+}
+
 }  // namespace qrtplay

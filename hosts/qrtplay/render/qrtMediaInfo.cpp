@@ -7,6 +7,7 @@ extern "C" {
 #include <libavutil/channel_layout.h>
 }
 
+#include "media/qrtContainer.h"
 #include "media/qrtOpenPictures.h"
 #include "media/qrtPictureSource.h"
 
@@ -30,17 +31,6 @@ MediaInfo::Sound soundOf(AVCodecParameters const& stream) {
     char layout[longest] = {};
     if (av_channel_layout_describe(&stream.ch_layout, layout, sizeof(layout)) > 0) sound.layout = layout;
     return sound;
-}
-
-/// Only regular files are opened, whatever their name looks like.
-Outcome openContainer(std::string const& path, AvPtr<AVFormatContext>& format) {
-    if (!QFileInfo(QString::fromStdString(path)).isFile()) return Outcome::failure(path + ": not a regular file");
-    AVFormatContext* opened = nullptr;
-    const int code = avformat_open_input(&opened, ("file:" + path).c_str(), nullptr, nullptr);
-    format.reset(opened);
-    if (code < 0) return Outcome::failure(path + ": cannot be read as media: " + avErrorText(code));
-    (void)avformat_find_stream_info(opened, nullptr);
-    return Outcome();
 }
 
 void readContainer(AVFormatContext const& format, MediaInfo& info) {

@@ -11,12 +11,6 @@ namespace {
 
 constexpr int degreesOfAQuarter = 90;
 
-std::string row(std::string name, std::string const& value) {
-    constexpr size_t column = 14;
-    name.resize(column, ' ');
-    return name + value + "\n";
-}
-
 std::string nameOrUnknown(char const* name) {
     return name ? name : "unknown";
 }
@@ -47,23 +41,23 @@ std::string turnText(VideoFacts const& video) {
 }  // namespace
 
 std::string mediaTable(std::string const& path, MediaInfo const& info) {
-    std::string table = row("file", path) + row("container", info.container);
-    table += row("duration", durationText(info.duration.seconds()));
-    table += row("timecode", info.timecode.empty() ? "none" : info.timecode);
+    std::string table = infoRow("file", path) + infoRow("container", info.container);
+    table += infoRow("duration", durationText(info.duration.seconds()));
+    table += infoRow("timecode", info.timecode.empty() ? "none" : info.timecode);
     if (info.video) {
         VideoFacts const& video = *info.video;
         char const* const format = av_get_pix_fmt_name(video.pixelFormat);
-        table += row("video", video.codecName + ", " + nameOrUnknown(format)) + row("size", sizeText(video));
-        table += row("rate", rateText(video.frameRate) + " frames/s (" + fractionText(video.frameRate) + ")");
-        table += row("frames", std::to_string(video.frameCount)) + row("colour", colourText(video.colour));
-        table += row("rotation", turnText(video));
+        table += infoRow("video", video.codecName + ", " + nameOrUnknown(format)) + infoRow("size", sizeText(video));
+        table += infoRow("rate", rateText(video.frameRate) + " frames/s (" + fractionText(video.frameRate) + ")");
+        table += infoRow("frames", std::to_string(video.frameCount)) + infoRow("colour", colourText(video.colour));
+        table += infoRow("rotation", turnText(video));
     } else {
-        table += row("video", "none");
+        table += infoRow("video", "none");
     }
-    if (info.sounds.empty()) table += row("sound", "none");
+    if (info.sounds.empty()) table += infoRow("sound", "none");
     for (MediaInfo::Sound const& sound : info.sounds)
-        table += row("sound", sound.codec + ", " + std::to_string(sound.sampleRate) + " Hz, " +
-                                  std::to_string(sound.channels) + " channels (" + sound.layout + ")");
+        table += infoRow("sound", sound.codec + ", " + std::to_string(sound.sampleRate) + " Hz, " +
+                                      std::to_string(sound.channels) + " channels (" + sound.layout + ")");
     return table;
 }
 

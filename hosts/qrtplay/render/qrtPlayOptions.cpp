@@ -51,7 +51,7 @@ Outcome parseOcio(CommandLine const& line, OcioSettings& ocio) {
 
 CommandSyntax::Option allowPathOption() {
     return {"allow-path", "DIR",
-            "A timeline may take media from this folder only; can be repeated. Anywhere without it."};
+            "What a timeline names is opened in this folder only; can be repeated. Anywhere without it."};
 }
 
 CommandSyntax::Option frameRateOption() {

@@ -15,7 +15,7 @@ namespace {
 std::string speedAndRest(int64 done, int64 total, double seconds) {
     if (done <= 0 || seconds <= 0) return "";
     const double perSecond = static_cast<double>(done) / seconds;
-    const std::string speed = QString::number(perSecond, 'f', 1).toStdString() + " frames/s";
+    std::string speed = QString::number(perSecond, 'f', 1).toStdString() + " frames/s";
     if (done >= total) return speed;
     return speed + ", " + durationText(static_cast<double>(total - done) / perSecond) + " left";
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <numbers>
 
 #include "encode/qrtMovieFile.h"
@@ -19,7 +20,7 @@ PixelBlock SelfTestMovie::picture(int64 frame) {
     PixelBlock block(width, height, PixelFormat::rgba8);
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
-            std::uint8_t* const pixel = block.row(y) + x * 4;
+            std::uint8_t* const pixel = block.row(y) + std::ptrdiff_t{x} * 4;
             pixel[0] = static_cast<std::uint8_t>(x * 4);
             pixel[1] = static_cast<std::uint8_t>(y * 7);
             pixel[2] = static_cast<std::uint8_t>(frame * 20);

@@ -8,12 +8,6 @@ namespace qrtplay {
 
 namespace {
 
-std::string row(std::string name, std::string const& value) {
-    constexpr size_t column = 14;
-    name.resize(column, ' ');
-    return name + value + "\n";
-}
-
 char const* nameOf(TrackView::Kind kind) {
     return kind == TrackView::Kind::video ? "video" : "audio";
 }
@@ -73,11 +67,11 @@ void addItem(JsonText& json, TrackItem const& item, Timeline const& timeline) {
 }  // namespace
 
 std::string timelineTable(std::string const& path, Timeline const& timeline, std::vector<std::string> const& problems) {
-    std::string table = row("timeline", path) + row("name", timeline.name());
-    table += row("rate", rateText(timeline.rate()) + " frames/s (" + fractionText(timeline.rate()) + ")");
-    table += row("frames", std::to_string(timeline.frameCount()));
-    table += row("duration", durationText(timeline.duration().seconds()));
-    table += row("timecode", clockText(timeline.clockStart(), timeline.rate()));
+    std::string table = infoRow("timeline", path) + infoRow("name", timeline.name());
+    table += infoRow("rate", rateText(timeline.rate()) + " frames/s (" + fractionText(timeline.rate()) + ")");
+    table += infoRow("frames", std::to_string(timeline.frameCount()));
+    table += infoRow("duration", durationText(timeline.duration().seconds()));
+    table += infoRow("timecode", clockText(timeline.clockStart(), timeline.rate()));
     for (TrackView const& track : timeline.tracks()) {
         table += "\n" + std::string(nameOf(track.kind)) + " track " + track.name + "\n";
         for (TrackItem const& item : track.items)

@@ -43,7 +43,7 @@ Outcome ResampledSource::makeBlock(int64 first, float* samples) {
     const int64 count = lead + body + margin;
 
     m_inputSamples.resize(static_cast<size_t>(count * channels()));
-    const Outcome outcome = m_input->read(begin, count, m_inputSamples.data());
+    Outcome outcome = m_input->read(begin, count, m_inputSamples.data());
     if (!resample(count, m_outputSamples)) return Outcome::failure("out of memory for resampling sound");
     const int64 skipped = lead / m_inputPeriod * m_outputPeriod;
     std::copy_n(m_outputSamples.data() + skipped * channels(), samplesPerBlock() * channels(), samples);

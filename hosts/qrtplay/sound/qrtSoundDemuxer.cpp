@@ -3,18 +3,10 @@
 #include <cstring>
 #include <utility>
 
+#include "base/qrtLimits.h"
 #include "media/qrtContainer.h"
 
 namespace qrtplay {
-
-namespace {
-
-// What a header claims beyond these is damage, and resampling from it would take memory without bound.
-constexpr int lowestSampleRate = 1000;
-constexpr int highestSampleRate = 1'536'000;
-constexpr int mostChannels = 64;
-
-}  // namespace
 
 Outcome SoundDemuxer::open(std::string const& path, std::unique_ptr<SoundDemuxer>& demuxer) {
     demuxer.reset();
@@ -39,10 +31,10 @@ void SoundDemuxer::chooseStream() {
 Outcome SoundDemuxer::checkStream() const {
     const AVCodecParameters& parameters = *m_stream->codecpar;
     const int channels = parameters.ch_layout.nb_channels;
-    if (parameters.sample_rate < lowestSampleRate || parameters.sample_rate > highestSampleRate)
+    if (parameters.sample_rate < minSampleRate || parameters.sample_rate > maxSampleRate)
         return Outcome::failure(m_path + ": its sound states a sample rate of " +
                                 std::to_string(parameters.sample_rate) + " Hz, which cannot be played");
-    if (channels < 1 || channels > mostChannels)
+    if (channels < 1 || channels > maxSoundChannels)
         return Outcome::failure(m_path + ": its sound states " + std::to_string(channels) +
                                 " channels, which cannot be played");
     return Outcome();
@@ -76,6 +68,7 @@ Outcome SoundDemuxer::makeDecoder(AvPtr<AVCodecContext>& decoder) const {
     if (result >= 0) {
         opened->flags2 |= AV_CODEC_FLAG2_SKIP_MANUAL;
         opened->thread_count = 1;
+        opened->max_samples = maxPacketSamples;
         // A lossless format carries checksums; what fails them would be noise at full level.
         const AVCodecDescriptor* const descriptor = avcodec_descriptor_get(codec->id);
         constexpr int lossless = AV_CODEC_PROP_LOSSLESS;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "base/qrtLimits.h"
+
 extern "C" {
 #include <libavutil/adler32.h>
 }
@@ -32,6 +34,8 @@ Outcome SoundFile::open(std::string const& path, std::shared_ptr<SoundFile const
         }
         if (Outcome outcome = opened->scan(*demuxer); outcome.failed()) return outcome;
         opened->describe(*demuxer);
+        if (opened->m_facts.sampleCount > maxSoundSeconds * opened->m_facts.sampleRate)
+            return Outcome::failure(path + ": its sound states a length that cannot be played");
     }
     file = std::move(opened);
     return Outcome();
@@ -61,7 +65,7 @@ Outcome SoundFile::scan(SoundDemuxer& demuxer) {
     const AvPtr<AVPacket> packet(av_packet_alloc());
     if (!packet) return Outcome::failure(m_path + ": out of memory");
     PacketClock clock(demuxer.stream(), m_usualPacketLength);
-    SoundDemuxer::ReadResult result;
+    auto result = SoundDemuxer::ReadResult::end;
     for (int64 number = 0; (result = demuxer.read(*packet)) == SoundDemuxer::ReadResult::packet; ++number)
         takePacket(*packet, number, clock);
     if (m_stations.empty()) return Outcome::failure(m_path + ": its sound is empty; the file may be damaged");

@@ -6,7 +6,7 @@
 namespace qrtplay {
 
 SoundSource* SoundSourcePool::get(size_t media) {
-    if (m_silent.count(media) != 0) return nullptr;
+    if (m_silent.contains(media)) return nullptr;
     const auto known =
         std::find_if(m_entries.begin(), m_entries.end(), [&](Entry const& entry) { return entry.media == media; });
     if (known != m_entries.end()) {

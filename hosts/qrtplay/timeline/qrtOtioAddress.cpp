@@ -123,7 +123,8 @@ bool AllowedFolders::allow(ImageSequenceName const& images) const {
         std::error_code ignored;
         if (isOne && entry->is_symlink(ignored) && !allow(entry->path().string())) return false;
     }
-    return true;
+    // In a folder that may be entered and not be listed a link would go unnoticed.
+    return !error || error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory;
 }
 
 }  // namespace qrtplay

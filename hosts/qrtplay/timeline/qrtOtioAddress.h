@@ -20,7 +20,7 @@ public:
 
     void add(std::string const& folder);
     [[nodiscard]] bool allow(std::string const& path) const;
-    /// The folder and what links in it lead to.
+    /// The folder and what links in it lead to. A folder that cannot be listed is not allowed.
     [[nodiscard]] bool allow(ImageSequenceName const& images) const;
 
 private:

@@ -10,6 +10,7 @@
 #include <system_error>
 #include <vector>
 
+#include "base/qrtLimits.h"
 #include "timeline/qrtOtioObject.h"
 
 namespace qrtplay {
@@ -44,13 +45,13 @@ private:
 class Unpacker final {
 public:
     Unpacker(std::string const& path, std::string const& folder)
-        : m_path(path), m_folder(folder), m_archive(archive_read_new()), m_buffer(64 * 1024) {}
+        : m_path(path), m_folder(folder), m_archive(archive_read_new()), m_buffer(size_t{64} * 1024) {}
 
     Outcome run() {
         std::error_code error;
         const std::uintmax_t size = fs::file_size(m_path, error);
         if (error) return failure("cannot be read: " + error.message());
-        m_room = 256 * 1024 * 1024 + 20 * static_cast<int64>(size);
+        m_room = maxBundleBytes + maxBundleFactor * static_cast<int64>(size);
         archive_read_support_format_zip(m_archive.get());
         if (archive_read_open_filename(m_archive.get(), m_path.c_str(), m_buffer.size()) != ARCHIVE_OK)
             return archiveFailure();
@@ -59,8 +60,8 @@ public:
             const int result = archive_read_next_header(m_archive.get(), &entry);
             if (result == ARCHIVE_EOF) return count > 0 ? Outcome() : failure("is no zip archive, or an empty one");
             if (result != ARCHIVE_OK && result != ARCHIVE_WARN) return archiveFailure();
-            constexpr size_t mostEntries = 100'000;
-            if (count == mostEntries) return failure("has more than " + std::to_string(mostEntries) + " entries");
+            if (count == maxBundleEntries)
+                return failure("has more than " + std::to_string(maxBundleEntries) + " entries");
             if (Outcome outcome = unpack(entry); outcome.failed()) return outcome;
         }
     }

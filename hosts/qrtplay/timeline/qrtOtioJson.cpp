@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/qrtKit.h"
+#include "base/qrtLimits.h"
 
 namespace qrtplay {
 
@@ -82,9 +83,8 @@ private:
 
     template <class PassOn>
     bool begin(PassOn passOn) {
-        constexpr size_t deepest = 1000;
-        if (m_memberCounts.size() == deepest) {
-            m_complaint = "is nested more than " + std::to_string(deepest) + " deep";
+        if (m_memberCounts.size() == maxJsonDepth) {
+            m_complaint = "is nested more than " + std::to_string(maxJsonDepth) + " deep";
             return false;
         }
         m_memberCounts.push_back(0);
@@ -108,9 +108,8 @@ private:
     }
 
     bool isRoom() {
-        constexpr size_t most = 32'000'000;
-        if (++m_valueCount <= most) return true;
-        m_complaint = "holds more than " + std::to_string(most) + " values";
+        if (++m_valueCount <= maxJsonValues) return true;
+        m_complaint = "holds more than " + std::to_string(maxJsonValues) + " values";
         return false;
     }
 

@@ -8,6 +8,7 @@
 #include <system_error>
 #include <utility>
 
+#include "base/qrtLimits.h"
 #include "timeline/qrtOtioBuilder.h"
 #include "timeline/qrtOtioBundle.h"
 #include "timeline/qrtOtioJson.h"
@@ -40,7 +41,9 @@ std::string readText(std::string const& path, std::string const& name, OtioRun& 
     if (!fs::is_regular_file(status)) fail(fs::exists(status) ? "is no file" : "there is no such file");
     const std::uintmax_t size = fs::file_size(path, error);
     if (error) fail("cannot be read: " + error.message());
-    if (size > run.bytesLeft) fail("is too large: a timeline and what it refers to have at most 256 MiB");
+    if (size > run.bytesLeft)
+        fail("is too large: a timeline and what it refers to have at most " + std::to_string(maxTimelineBytes >> 20) +
+             " MiB");
     std::string text(static_cast<size_t>(size), '\0');
     std::ifstream file(path, std::ios::binary);
     file.read(text.data(), static_cast<std::streamsize>(size));
@@ -142,7 +145,6 @@ Outcome guarded(std::string const& name, OtioOptions const& options, std::shared
 }  // namespace
 
 TimelineNode readNestedOtio(OtioObject const& clip, std::string const& path, bool isAudible, OtioRun& run) {
-    constexpr size_t deepest = 8;
     const std::string file = withoutLinks(path);
     const auto first = std::find(run.chain.begin(), run.chain.end(), file);
     if (first != run.chain.end()) {
@@ -151,8 +153,8 @@ TimelineNode readNestedOtio(OtioObject const& clip, std::string const& path, boo
             circle += "'" + oneLine(*one) + "' > ";
         clip.fail("refers to itself: " + circle + "'" + oneLine(file) + "'");
     }
-    if (run.chain.size() == deepest)
-        clip.fail("files refer to each other more than " + std::to_string(deepest) + " deep");
+    if (run.chain.size() == maxTimelineFilesDepth)
+        clip.fail("files refer to each other more than " + std::to_string(maxTimelineFilesDepth) + " deep");
 
     rapidjson::Document document;
     parse(readText(path, path, run), path, document);

@@ -40,9 +40,9 @@ void OtioRun::finishWarnings() {
 }
 
 void OtioRun::countItem(OtioObject const& object, size_t depth) {
-    constexpr size_t deepest = 64;
-    if (depth > deepest) object.fail("is nested more than " + std::to_string(deepest) + " deep");
-    if (m_itemsLeft == 0) object.fail("is one item too many: a timeline has at most 2000000");
+    if (depth > maxTimelineDepth) object.fail("is nested more than " + std::to_string(maxTimelineDepth) + " deep");
+    if (m_itemsLeft == 0)
+        object.fail("is one item too many: a timeline has at most " + std::to_string(maxTimelineItems));
     --m_itemsLeft;
 }
 

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/qrtLimits.h"
 #include "timeline/qrtOtioAddress.h"
 #include "timeline/qrtOtioObject.h"
 #include "timeline/qrtOtioReader.h"
@@ -46,7 +47,7 @@ public:
     std::vector<std::string> chain;
     /// Those, by index, whose frames are counted at the timeline's rate, and the time until their end.
     std::vector<std::pair<size_t, ExactTime>> uncountedGenerators;
-    size_t bytesLeft = size_t{256} * 1024 * 1024;
+    size_t bytesLeft = maxTimelineBytes;
 
 private:
     struct Answer {
@@ -55,7 +56,7 @@ private:
     };
 
     OtioOptions const& m_options;
-    size_t m_itemsLeft = 2'000'000;
+    size_t m_itemsLeft = maxTimelineItems;
     std::optional<Rational> m_videoRate;
     std::unordered_map<std::string, size_t> m_mediaIndices;
     std::unordered_map<std::string, Answer> m_answers;

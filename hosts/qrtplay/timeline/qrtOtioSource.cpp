@@ -26,6 +26,8 @@ bool isOtioFile(std::string const& path) {
     return ending == ".otio";
 }
 
+constexpr char outsideOfAllowed[] = "lies outside of the folders that --allow-path names";
+
 /// Reads one media reference.
 class SourceReader final {
 public:
@@ -64,7 +66,7 @@ private:
         std::string path;
         if (const Outcome outcome = resolveOtioAddress(address, m_folder, path); outcome.failed())
             return missing(address, outcome.message());
-        if (!m_run.allowed.allow(path)) return missing(path, "lies outside of the folders that are allowed");
+        if (!m_run.allowed.allow(path)) return missing(path, outsideOfAllowed);
         std::error_code error;
         if (isOtioFile(path) && !fs::is_regular_file(path, error)) return missing(path, "is not there");
         if (isOtioFile(path)) m_source.kind = OtioSource::Kind::timeline;
@@ -86,7 +88,7 @@ private:
         const fs::path first = fs::path(base) / images.prefix;
         images.folder = first.parent_path().string();
         images.prefix = images.prefix.empty() ? "" : first.filename().string();
-        if (!m_run.allowed.allow(images)) return missing(images.text(), "lies outside of the folders that are allowed");
+        if (!m_run.allowed.allow(images)) return missing(images.text(), outsideOfAllowed);
         setLastNumber(images);
         m_source.media.kind = MediaReference::Kind::image_sequence;
         m_source.media.images = images;

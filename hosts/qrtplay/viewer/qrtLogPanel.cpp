@@ -34,7 +34,7 @@ constexpr char hintToolTip[] =
     "what it reads in play parameters.";
 
 /// One message is one line, whatever is in it.
-QString singleLine(QString text) {
+QString singleLine(QString const& text) {
     return text.trimmed().replace('\n', ' ');
 }
 

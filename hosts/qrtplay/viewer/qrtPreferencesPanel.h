@@ -68,7 +68,7 @@ private:
 
     EngineSettings::Result carryOut(Edit const& edit);
     void carryOutIn(SettingRow& row, Edit const& edit);
-    void chooseColours(OcioSettings const& settings);
+    void chooseColours(OcioSettings const& wanted);
     void choosePreference(QString const& name, int value);
     void chooseVolume(int percent);
     void showSettings();

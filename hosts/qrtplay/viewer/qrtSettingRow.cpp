@@ -21,7 +21,7 @@ QLabel* makeNote(QWidget* parent) {
     return note;
 }
 
-QColor mixed(QColor const& one, QColor const& other, double share) {
+QColor faded(QColor const& one, QColor const& other, double share) {
     const auto mix = [&](double left, double right) { return left * share + right * (1 - share); };
     return QColor::fromRgbF(mix(one.redF(), other.redF()), mix(one.greenF(), other.greenF()),
                             mix(one.blueF(), other.blueF()));
@@ -101,7 +101,7 @@ void SettingRow::colourTexts() {
     const QColor ground = palette().color(QPalette::Active, QPalette::Window);
     const bool isDark = ground.lightness() < text.lightness();
     constexpr double textShare = 0.68;
-    setTextColour(*m_explanation, mixed(text, ground, textShare));
+    setTextColour(*m_explanation, faded(text, ground, textShare));
     setTextColour(*m_refusal, isDark ? QColor(255, 138, 128) : QColor(176, 0, 32));
 }
 

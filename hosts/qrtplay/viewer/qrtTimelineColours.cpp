@@ -41,8 +41,8 @@ constexpr std::array<double, 14> mediaHues{26, 42, 60, 82, 110, 140, 160, 178, 1
 }  // namespace
 
 TimelineColours::TimelineColours(QPalette const& palette) {
-    const QColor window = palette.color(QPalette::Window);
-    const QColor text = palette.color(QPalette::WindowText);
+    QColor const& window = palette.color(QPalette::Window);
+    QColor const& text = palette.color(QPalette::WindowText);
     m_isDark = window.lightness() < text.lightness();
     ground = m_isDark ? window.darker(125) : mixedColour(window, Qt::white, 0.35);
     ruler = m_isDark ? window : window.darker(104);

@@ -53,6 +53,7 @@ QString titleOf(PlayInput const& input) {
 ViewerWindow::ViewerWindow(ViewerServices services, ViewerStart start)
     : m_services(std::move(services)),
       m_settings(std::move(start.settings)),
+      m_allowPaths(start.input.allowPaths),
       m_openGl(openGlText()),
       m_playback(new Playback(*m_services.clock, m_services.sound.get(), this)),
       m_loader(new InputLoader(this)),
@@ -98,8 +99,8 @@ ViewerWindow::~ViewerWindow() {
 }
 
 void ViewerWindow::layOut() {
-    auto* const top = new QWidget(this);
-    auto* const column = new QVBoxLayout(top);
+    auto* const content = new QWidget(this);
+    auto* const column = new QVBoxLayout(content);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(m_messages);
@@ -113,7 +114,7 @@ void ViewerWindow::layOut() {
 
     auto* const splitter = new QSplitter(Qt::Vertical, this);
     splitter->setObjectName("pictureAndTimeline");
-    splitter->addWidget(top);
+    splitter->addWidget(content);
     splitter->addWidget(m_panels);
     splitter->setStretchFactor(0, 1);
     splitter->setCollapsible(0, false);
@@ -205,9 +206,10 @@ void ViewerWindow::storeSettings() {
 
 void ViewerWindow::open(PlayInput const& input, std::optional<int64> frame) {
     m_opening = input;
+    m_opening.allowPaths = m_allowPaths;
     m_openingFrame = frame;
     m_preferences->store(m_settings);
-    m_loader->load(input, m_settings.play);
+    m_loader->load(m_opening, m_settings.play);
     if (!m_player) m_picture->setMessage("Opening " + titleOf(input) + "...");
     statusBar()->showMessage("Opening " + titleOf(input) + "...");
 }

@@ -65,6 +65,7 @@ public:
     ~ViewerWindow() override;
 
     /// Opens files in place of what is open, which stays until they have been read, and for good when they cannot be.
+    /// The folders that were allowed when the window was made hold for these as well.
     void open(PlayInput const& input, std::optional<int64> frame = std::nullopt);
 
     [[nodiscard]] ViewerActions& actions() const { return *m_actions; }
@@ -128,6 +129,7 @@ private:
 
     ViewerServices m_services;
     ViewerSettings m_settings;
+    const std::vector<std::string> m_allowPaths;
     PlayInput m_input;    // what is open
     PlayInput m_opening;  // what is being opened, ...
     std::optional<int64> m_openingFrame;
