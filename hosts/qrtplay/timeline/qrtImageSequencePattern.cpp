@@ -18,7 +18,7 @@ size_t nameBegin(std::string const& path) {
     return slash == std::string::npos ? 0 : slash + 1;
 }
 
-std::string folderOf(std::string const& path) {
+std::string folderOfPattern(std::string const& path) {
     std::string folder = path.substr(0, nameBegin(path));
     while (folder.size() > 1 && folder.back() == '/')
         folder.pop_back();
@@ -87,7 +87,7 @@ Outcome parseImageSequencePattern(std::string const& pattern, ImageSequenceName&
     const size_t placeEnd = place->begin + place->length;
     if (findPlace(name, placeEnd)) return fail("has more than one place for the number");
     ImageSequenceName parsed;
-    parsed.folder = folderOf(pattern);
+    parsed.folder = folderOfPattern(pattern);
     parsed.prefix = name.substr(0, place->begin);
     parsed.suffix = name.substr(placeEnd);
     parsed.digits = place->digits;

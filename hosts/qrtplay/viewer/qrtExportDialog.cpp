@@ -247,6 +247,7 @@ void ExportDialog::outputChanged() {
 void ExportDialog::fillDepths() {
     const std::vector<PixelFormat> depths = depthsOf(output());
     std::vector<PixelFormat> shown;
+    shown.reserve(static_cast<size_t>(m_depth->count()));
     for (int i = 0; i < m_depth->count(); ++i)
         shown.push_back(static_cast<PixelFormat>(m_depth->itemData(i).toInt()));
     if (depths.empty() || depths == shown) return;  // what the user chose is kept
