@@ -59,6 +59,16 @@ TEST(FrameCourse, goesOnWithFramesLeftOut) {
     EXPECT_EQ(course.framesAhead(), ahead);
 }
 
+TEST(FrameCourse, knowsFramesOfAnyNumber) {
+    FrameCourse course;
+    for (const int64 step : {1, -1}) {
+        for (const int64 frame : {INT64_MAX, INT64_MIN, INT64_MAX, INT64_MIN, INT64_MAX, INT64_MIN}) {
+            course.note(frame, step);
+            EXPECT_GE(course.framesAhead(), 1);
+        }
+    }
+}
+
 TEST(FrameCourse, looksAheadAfterAJumpWhenPlayGoesBackwards) {
     FrameCourse course;
     course.note(10, -1);

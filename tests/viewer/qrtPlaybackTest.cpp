@@ -216,7 +216,7 @@ TEST_F(PlaybackTest, endsASeekOnTheExactFrameAndShowsNoneBefore) {
     waitForShown(1);
     settle();
     EXPECT_THAT(shownFrames(), Each(30));
-    EXPECT_EQ(bytesOf(shown[0].buffer), bytesOf(*player, 30));
+    EXPECT_EQ(bytesOf(shown.back().buffer), bytesOf(*player, 30));
 }
 
 TEST_F(PlaybackTest, keepsASeekWithinTheTimeline) {
@@ -907,7 +907,7 @@ TEST_F(PlaybackTest, takesAnotherTimelineInTheMiddleOfPlaying) {
     EXPECT_EQ(fetched(), 1);
     settle();
     EXPECT_THAT(shownFrames(), Each(7));
-    EXPECT_EQ(bytesOf(shown[0].buffer), bytesOf(*other, 7));
+    EXPECT_EQ(bytesOf(shown.back().buffer), bytesOf(*other, 7));
     playback->setPlayer(nullptr);
     EXPECT_EQ(playback->whole(), (FrameSpan{0, -1}));
     EXPECT_EQ(playback->frame(), 0);
