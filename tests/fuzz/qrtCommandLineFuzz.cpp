@@ -9,10 +9,10 @@
 #include <vector>
 
 #include "encode/qrtOutputFormat.h"
+#include "options/qrtOptions.h"
+#include "options/qrtShellWords.h"
+#include "options/qrtViewOptions.h"
 #include "playback/qrtTimecode.h"
-#include "render/qrtOptions.h"
-#include "render/qrtShellWords.h"
-#include "render/qrtViewOptions.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "render/qrtFrameRange.h"
+#include "options/qrtFrameRange.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "render/qrtOptions.h"
+#include "options/qrtOptions.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -6,7 +6,7 @@
 #include <QCoreApplication>
 
 #include "base/qrtProgramVersion.h"
-#include "render/qrtViewOptions.h"
+#include "options/qrtViewOptions.h"
 
 namespace qrtplay {
 namespace {

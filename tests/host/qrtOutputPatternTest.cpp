@@ -1,4 +1,4 @@
-#include "render/qrtOutputPattern.h"
+#include "options/qrtOutputPattern.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "render/qrtShellWords.h"
+#include "options/qrtShellWords.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "viewer/qrtCutPoints.h"
+#include "viewer/playing/qrtCutPoints.h"
 
 #include <gtest/gtest.h>
 

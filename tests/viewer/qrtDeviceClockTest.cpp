@@ -1,4 +1,4 @@
-#include "viewer/qrtDeviceClock.h"
+#include "viewer/playing/qrtDeviceClock.h"
 
 #include <gtest/gtest.h>
 

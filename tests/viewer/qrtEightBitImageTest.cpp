@@ -1,4 +1,4 @@
-#include "viewer/qrtEightBitImage.h"
+#include "viewer/picture/qrtEightBitImage.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "viewer/qrtExportDialog.h"
+#include "viewer/export/qrtExportDialog.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

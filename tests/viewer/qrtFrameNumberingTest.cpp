@@ -1,4 +1,4 @@
-#include "viewer/qrtFrameNumbering.h"
+#include "viewer/playing/qrtFrameNumbering.h"
 
 #include <gtest/gtest.h>
 

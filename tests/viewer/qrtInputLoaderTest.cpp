@@ -1,4 +1,4 @@
-#include "viewer/qrtInputLoader.h"
+#include "viewer/playing/qrtInputLoader.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "viewer/qrtLogPanel.h"
+#include "viewer/window/qrtLogPanel.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

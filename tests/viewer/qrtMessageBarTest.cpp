@@ -1,4 +1,4 @@
-#include "viewer/qrtMessageBar.h"
+#include "viewer/window/qrtMessageBar.h"
 
 #include <gtest/gtest.h>
 

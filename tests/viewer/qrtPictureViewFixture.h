@@ -6,7 +6,7 @@
 #include <QTest>
 #include <memory>
 
-#include "viewer/qrtPictureView.h"
+#include "viewer/picture/qrtPictureView.h"
 #include "viewer/qrtViewFrames.h"
 
 namespace qrtplay {

@@ -1,4 +1,4 @@
-#include "viewer/qrtPictureView.h"
+#include "viewer/picture/qrtPictureView.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "viewer/qrtPictureZoom.h"
+#include "viewer/picture/qrtPictureZoom.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "viewer/qrtPlayback.h"
+#include "viewer/playing/qrtPlayback.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "viewer/qrtPreferencesPanel.h"
+#include "viewer/preferences/qrtPreferencesPanel.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -23,11 +23,11 @@
 #include "graph/qrtMediaGraphEngine.h"
 #include "host/qrtTestClips.h"
 #include "playback/qrtFrameReader.h"
-#include "viewer/qrtColourButton.h"
-#include "viewer/qrtFurtherPreferences.h"
-#include "viewer/qrtPlayback.h"
-#include "viewer/qrtSettingRow.h"
-#include "viewer/qrtSettledSpinBox.h"
+#include "viewer/playing/qrtPlayback.h"
+#include "viewer/preferences/qrtColourButton.h"
+#include "viewer/preferences/qrtFurtherPreferences.h"
+#include "viewer/preferences/qrtSettingRow.h"
+#include "viewer/preferences/qrtSettledSpinBox.h"
 #include "viewer/qrtViewerApplication.h"
 
 namespace qrtplay {

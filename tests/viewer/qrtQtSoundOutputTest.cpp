@@ -1,4 +1,4 @@
-#include "viewer/qrtQtSoundOutput.h"
+#include "viewer/playing/qrtQtSoundOutput.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "viewer/qrtTimelineRuler.h"
+#include "viewer/timeline/qrtTimelineRuler.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

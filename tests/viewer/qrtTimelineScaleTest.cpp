@@ -1,4 +1,4 @@
-#include "viewer/qrtTimelineScale.h"
+#include "viewer/timeline/qrtTimelineScale.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "viewer/qrtTimelineView.h"
+#include "viewer/timeline/qrtTimelineView.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,10 +14,10 @@
 #include <algorithm>
 #include <string>
 
-#include "viewer/qrtTimelineColours.h"
-#include "viewer/qrtTimelineLayout.h"
-#include "viewer/qrtTimelinePainter.h"
-#include "viewer/qrtTrackPainter.h"
+#include "viewer/timeline/qrtTimelineColours.h"
+#include "viewer/timeline/qrtTimelineLayout.h"
+#include "viewer/timeline/qrtTimelinePainter.h"
+#include "viewer/timeline/qrtTrackPainter.h"
 
 namespace qrtplay {
 namespace {

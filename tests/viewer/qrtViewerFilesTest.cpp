@@ -10,9 +10,9 @@
 #include <QTest>
 
 #include "base/qrtProgramVersion.h"
-#include "viewer/qrtExportDialog.h"
-#include "viewer/qrtMessageBar.h"
+#include "viewer/export/qrtExportDialog.h"
 #include "viewer/qrtViewerFixture.h"
+#include "viewer/window/qrtMessageBar.h"
 
 namespace qrtplay {
 namespace {

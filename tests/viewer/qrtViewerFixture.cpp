@@ -5,7 +5,7 @@
 #include <QTest>
 
 #include "host/qrtOtioText.h"
-#include "viewer/qrtMessageBar.h"
+#include "viewer/window/qrtMessageBar.h"
 
 namespace qrtplay {
 

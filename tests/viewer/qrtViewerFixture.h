@@ -9,9 +9,9 @@
 #include <memory>
 #include <optional>
 
-#include "viewer/qrtPictureView.h"
-#include "viewer/qrtTimelineView.h"
-#include "viewer/qrtViewerWindow.h"
+#include "viewer/picture/qrtPictureView.h"
+#include "viewer/timeline/qrtTimelineView.h"
+#include "viewer/window/qrtViewerWindow.h"
 
 namespace qrtplay {
 

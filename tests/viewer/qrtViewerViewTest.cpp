@@ -12,10 +12,10 @@
 #include <set>
 
 #include "base/qrtProgramVersion.h"
-#include "viewer/qrtKeyboardHelp.h"
-#include "viewer/qrtLogPanel.h"
-#include "viewer/qrtPreferencesPanel.h"
+#include "viewer/preferences/qrtPreferencesPanel.h"
 #include "viewer/qrtViewerFixture.h"
+#include "viewer/window/qrtKeyboardHelp.h"
+#include "viewer/window/qrtLogPanel.h"
 
 namespace qrtplay {
 namespace {

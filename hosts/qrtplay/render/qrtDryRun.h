@@ -1,6 +1,6 @@
 #pragma once
 
-#include "render/qrtOptions.h"
+#include "options/qrtOptions.h"
 
 namespace qrtplay {
 

@@ -10,7 +10,7 @@
 #include "base/qrtPixelBlock.h"
 #include "encode/qrtMovieSettings.h"
 #include "encode/qrtWriteResult.h"
-#include "render/qrtOutputPattern.h"
+#include "options/qrtOutputPattern.h"
 
 namespace qrtplay {
 

@@ -9,7 +9,7 @@
 #include "base/qrtOutcome.h"
 #include "base/qrtPixelBlock.h"
 #include "foundation/core/qrtRational.h"
-#include "render/qrtFrameRange.h"
+#include "options/qrtFrameRange.h"
 
 namespace qrtplay {
 

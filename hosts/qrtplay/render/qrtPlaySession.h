@@ -8,10 +8,10 @@
 #include "base/qrtKit.h"
 #include "base/qrtOutcome.h"
 #include "base/qrtPixelBlock.h"
+#include "options/qrtFrameRange.h"
 #include "playback/qrtFramePuller.h"
 #include "playback/qrtFrameReader.h"
 #include "playback/qrtTimelinePlayer.h"
-#include "render/qrtFrameRange.h"
 #include "render/qrtFrameSource.h"
 #include "render/qrtHostContext.h"
 

@@ -4,12 +4,12 @@
 #include <memory>
 
 #include "encode/qrtOutputFolder.h"
+#include "options/qrtShellWords.h"
 #include "playback/qrtTimecode.h"
 #include "render/qrtInterrupt.h"
 #include "render/qrtOpenInput.h"
 #include "render/qrtRenderJob.h"
 #include "render/qrtRenderPlan.h"
-#include "render/qrtShellWords.h"
 
 namespace qrtplay {
 

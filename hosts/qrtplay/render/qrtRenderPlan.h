@@ -5,7 +5,7 @@
 
 #include "base/qrtKit.h"
 #include "base/qrtOutcome.h"
-#include "render/qrtOptions.h"
+#include "options/qrtOptions.h"
 
 namespace qrtplay {
 

@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "base/qrtProgramVersion.h"
+#include "options/qrtOptions.h"
 #include "playback/qrtTimecode.h"
-#include "render/qrtOptions.h"
 
 namespace qrtplay {
 

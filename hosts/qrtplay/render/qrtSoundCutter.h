@@ -4,7 +4,7 @@
 
 #include "base/qrtKit.h"
 #include "foundation/core/qrtRational.h"
-#include "render/qrtFrameRange.h"
+#include "options/qrtFrameRange.h"
 
 namespace qrtplay {
 

@@ -3,9 +3,9 @@
 #include <QApplication>
 #include <utility>
 
-#include "render/qrtViewOptions.h"
-#include "viewer/qrtScreenshot.h"
-#include "viewer/qrtViewerWindow.h"
+#include "options/qrtViewOptions.h"
+#include "viewer/picture/qrtScreenshot.h"
+#include "viewer/window/qrtViewerWindow.h"
 
 namespace qrtplay {
 

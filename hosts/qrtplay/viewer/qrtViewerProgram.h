@@ -4,8 +4,8 @@
 
 #include "base/qrtKit.h"
 #include "input/qrtPlayInput.h"
+#include "options/qrtOptions.h"
 #include "playback/qrtPlaySettings.h"
-#include "render/qrtOptions.h"
 
 namespace qrtplay {
 

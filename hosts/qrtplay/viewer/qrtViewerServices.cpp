@@ -1,8 +1,8 @@
 #include <QCoreApplication>
 #include <QFileDialog>
 
-#include "viewer/qrtQtSoundOutput.h"
-#include "viewer/qrtViewerWindow.h"
+#include "viewer/playing/qrtQtSoundOutput.h"
+#include "viewer/window/qrtViewerWindow.h"
 
 namespace qrtplay {
 

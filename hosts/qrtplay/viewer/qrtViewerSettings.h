@@ -8,7 +8,7 @@
 
 #include "playback/qrtPacer.h"
 #include "playback/qrtPlaySettings.h"
-#include "viewer/qrtFrameNumbering.h"
+#include "viewer/playing/qrtFrameNumbering.h"
 
 namespace qrtplay {
 

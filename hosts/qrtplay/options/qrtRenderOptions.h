@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QStringList>
+
+#include "base/qrtOutcome.h"
+#include "options/qrtOptions.h"
+
+namespace qrtplay {
+
+/// The command line of `render`.
+Outcome parseRender(QStringList const& arguments, Options& options);
+
+}  // namespace qrtplay
