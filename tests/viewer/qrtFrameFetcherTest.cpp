@@ -159,6 +159,20 @@ TEST_F(FrameFetcherTest, rendersAheadByTheLatestParameters) {
     EXPECT_TRUE(deliveries.frames().empty());
 }
 
+/// What the player was told of the place before the jump waits until it has rendered what it is at.
+TEST_F(FrameFetcherTest, rendersAheadFromTheFrameThatWasJumpedTo) {
+    FrameFetcher fetcher(*player, deliveries.receiver());
+    uint64 request = 0;
+    for (int64 target = 20; target < 40; ++target) {
+        fetcher.produce(parameters(0, 47, 0));
+        for (const int64 frame : {0, 0, 0})
+            ASSERT_TRUE(bytesOf(*player, frame).size() > 0);
+        fetcher.fetch(target, ++request);
+        fetcher.finish();
+        EXPECT_TRUE(processUntil([&] { return player->player().isVideoBufferReady(target + 1); })) << target;
+    }
+}
+
 TEST_F(FrameFetcherTest, copiesTheParameters) {
     FrameFetcher fetcher(*player, deliveries.receiver());
     deliveries.close();

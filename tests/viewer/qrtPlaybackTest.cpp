@@ -118,12 +118,6 @@ protected:
         while (!player->player().isVideoBufferReady(frame) && !deadline.hasExpired())
             std::this_thread::yield();
     }
-    /// The player has taken note of all that it was told. What it is told of the host's place later overtakes what
-    /// waits, and what waits would then be the last it hears.
-    void waitForPlayer() const {
-        int unused = 0;
-        EXPECT_TRUE(player->player().getPref(Prefs::PRODUCER_CACHE_NB_HEAD_FRAMES, unused).success());
-    }
     /// The player can lend only a few frames; while none is left it renders nothing ahead.
     void letGoOfFrames() {
         for (FetchedFrame& frame : shown)
@@ -326,7 +320,6 @@ TEST_F(PlaybackTest, countsWhatWasReadyAndWhatWasNot) {
     open({"longgroup.mp4"}, 10);
     EXPECT_EQ(fetched(), 1);
     const auto opened = playback->statistics();
-    waitForPlayer();
     playback->seek(200);
     waitForShown(1);
     EXPECT_EQ(playback->statistics().onDemand, opened.onDemand + 1);

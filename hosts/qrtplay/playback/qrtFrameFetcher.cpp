@@ -67,6 +67,10 @@ void FrameFetcher::run() {
         if (params) startProducing(params);
         if (wish) fetchNow(*wish);
         lock.lock();
+        if (hasWork() || m_isEnding) continue;
+        lock.unlock();
+        m_puller.settle();
+        lock.lock();
     }
 }
 

@@ -19,7 +19,7 @@ struct FetchedFrame {
     uint64 request = 0;             ///< the number that it was asked for with
     SharedPtr<VideoBuffer> buffer;  ///< null after a failure
     std::string failure;            ///< for people; empty after a success
-    bool wasReady = false;          ///< it was rendered ahead
+    bool wasReady = false;          ///< it was rendered ahead, be it while its turn was waited for
     int64 nanoseconds = 0;          ///< from asking the player to its answer
 };
 

@@ -20,17 +20,23 @@ public:
     [[nodiscard]] Status produce(SharedPtr<PlayParams> const& params);
     void stop();
     /// As `Player::getVideoBuffer`, but the next frame of those that are rendered ahead is given the time to be
-    /// rendered. `wasReady`: the player had it.
+    /// rendered. `wasReady`: it was rendered ahead, be it in that time.
     [[nodiscard]] Status fetch(int64 frame, SharedPtr<VideoBuffer>& buffer, bool& wasReady);
+    /// Has rendering ahead go on from the frame fetched last. To be called when nothing is fetched for a while: after a
+    /// jump the player may have carried out last what it was told before it.
+    void settle();
 
 private:
     [[nodiscard]] bool isNextInTurn(int64 frame) const;
     void awaitLookAhead(int64 frame);
+    void awaitTurn();
 
     TimelinePlayer& m_player;
     bool m_isProducing = false;
     int64 m_step = 0;
+    bool m_turnsBack = false;  // plays to and fro
     int64 m_lastFrame = 0;
+    bool m_hasJumped = false;  // since the player was last known to be at m_lastFrame
 };
 
 }  // namespace qrtplay

@@ -20,7 +20,7 @@ class FrameSource {
 public:
     struct Counts {
         int64 delivered = 0;
-        int64 cacheHits = 0;  ///< were rendered ahead when they were asked for
+        int64 cacheHits = 0;  ///< were rendered ahead, some while their turn was waited for
         int64 onDemand = 0;   ///< had to be waited for
     };
 
