@@ -1,4 +1,10 @@
 # The Debian packages that `cpack` makes of the components of QrtInstall.cmake. scripts/package.sh makes and tries them.
+find_program(QRT_GZIP gzip)
+if(NOT QRT_GZIP)
+    message(STATUS "Packages cannot be made: gzip is not installed")
+    return()
+endif()
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME qrt)
 set(QRT_PACKAGE_CONTACT "The qrt authors <qrt@localhost>" CACHE STRING "Who answers for the packages")
@@ -43,7 +49,7 @@ if(NOT QRT_COMMIT_DATE)
     set(QRT_COMMIT_DATE "Thu, 01 Jan 1970 00:00:00 +0000")
 endif()
 configure_file(packaging/changelog.in ${CMAKE_CURRENT_BINARY_DIR}/packaging/changelog @ONLY)
-execute_process(COMMAND gzip -9nf ${CMAKE_CURRENT_BINARY_DIR}/packaging/changelog COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND ${QRT_GZIP} -9nf ${CMAKE_CURRENT_BINARY_DIR}/packaging/changelog COMMAND_ERROR_IS_FATAL ANY)
 
 qrt_describe_package(runtime libqrt${QRT_INTERFACE_VERSION} libs
     "playback engine of a media-composition kit - libraries"

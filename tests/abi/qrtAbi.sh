@@ -52,18 +52,19 @@ listSlots() {
     ' "$scratch"/*.class
 }
 
+# `grep -q` would end at the first match, and whoever still writes to it would die of that and hide the match.
 checkNames() {
     local module soname
     for module in "${modules[@]}"; do
         soname=$(readelf -d "$libraries/libqrt${module}_$abi.so" | sed -nE 's/.*SONAME.*\[(.*)\]/\1/p')
         [[ $soname == "libqrt${module}_$abi.so.$major.$minor" ]] ||
             fail "the SONAME of $module is '$soname', which is not of version $2"
-        if readelf -d "$libraries/libqrt${module}_$abi.so" | grep -q NODELETE ||
-            nm -D --defined-only -- "$libraries/libqrt${module}_$abi.so" | grep -q ' u '; then
+        if readelf -d "$libraries/libqrt${module}_$abi.so" | grep NODELETE >/dev/null ||
+            nm -D --defined-only -- "$libraries/libqrt${module}_$abi.so" | grep ' u ' >/dev/null; then
             fail "$module has symbols that are unique in the process: it could not be unloaded"
         fi
     done
-    if grep -ohE 'QRT_[0-9]+_[0-9]+::' "$scratch/symbols.txt" "$scratch/slots.txt" | grep -vqx "QRT_$abi::"; then
+    if grep -ohE 'QRT_[0-9]+_[0-9]+::' "$scratch/symbols.txt" "$scratch/slots.txt" | grep -vx "QRT_$abi::" >/dev/null; then
         fail "there are names outside of the namespace QRT_$abi, which is that of version $2"
     fi
 }

@@ -184,6 +184,23 @@ TEST_F(FramebufferReaperTest, reapingTakesOnlyWhatWaitsForTheCurrentContext) {
     host.makeCurrent();
 }
 
+TEST_F(FramebufferReaperTest, framesMayComeBackWhileTheirContextIsClosed) {
+    for (int round = 0; round < 50; ++round) {
+        constexpr int count = 40;
+        std::vector<QOpenGLFramebufferObject*> framebuffers;
+        for (int i = 0; i < count; ++i)
+            framebuffers.push_back(reaper->make(size, rectangleFormat()));
+        std::thread borrower([&] {
+            for (QOpenGLFramebufferObject* const framebuffer : framebuffers)
+                reaper->dispose(framebuffer);
+        });
+        reaper->closeContext();
+        borrower.join();
+        EXPECT_EQ(reaper->numAlive(), 0u);
+        reaper->reap();  // what came back was taken out of the books once
+    }
+}
+
 TEST_F(FramebufferReaperTest, manyThreadsMayDisposeWhileTheOwnerReaps) {
     constexpr int numThreads = 4;
     constexpr int numEach = 25;

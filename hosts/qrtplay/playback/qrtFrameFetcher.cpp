@@ -50,11 +50,18 @@ void FrameFetcher::finish() {
 }
 
 void FrameFetcher::run() {
+    constexpr std::chrono::milliseconds pauseOfAScrub{50};  // in which the next wish must not have to wait
+    const auto isWoken = [this] { return m_isEnding || hasWork(); };
     std::unique_lock lock(m_mutex);
     while (true) {
         m_isBusy = false;
         m_changed.notify_all();
-        m_changed.wait(lock, [this] { return m_isEnding || hasWork(); });
+        if (!m_changed.wait_for(lock, pauseOfAScrub, isWoken)) {
+            lock.unlock();
+            m_puller.settle();
+            lock.lock();
+            m_changed.wait(lock, isWoken);
+        }
         if (m_isEnding) return;
         m_isBusy = true;
         const bool isStopping = std::exchange(m_isStopping, false);
@@ -66,10 +73,6 @@ void FrameFetcher::run() {
         if (isStopping) m_puller.stop();
         if (params) startProducing(params);
         if (wish) fetchNow(*wish);
-        lock.lock();
-        if (hasWork() || m_isEnding) continue;
-        lock.unlock();
-        m_puller.settle();
         lock.lock();
     }
 }

@@ -16,6 +16,8 @@ public:
     using ConstIterator = typename std::list<T>::const_iterator;
 
     void append(T value) { m_items.push_back(std::move(value)); }
+    /// Takes the items of `others`, which is empty afterwards. Needs no memory.
+    void append(List&& others) noexcept { m_items.splice(m_items.end(), others.m_items); }
     void clear() noexcept { m_items.clear(); }
 
     [[nodiscard]] bool empty() const noexcept { return m_items.empty(); }

@@ -1,5 +1,6 @@
 #include "foundation/core/qrtSubject.h"
 
+#include <exception>
 #include <new>
 
 #include "foundation/core/qrtObserver.h"
@@ -42,8 +43,15 @@ void Subject::removeObserver(Observer* observer) {
 void Subject::notify(NotificationHint const& hint) {
     // The list is this call's own: an observer may add, remove or destroy anything, this subject included.
     const auto list = m_registrations->snapshot();
-    for (auto const& registration : *list)
-        registration->call(this, hint);
+    std::exception_ptr thrown;
+    for (auto const& registration : *list) {
+        try {
+            registration->call(this, hint);
+        } catch (...) {
+            if (!thrown) thrown = std::current_exception();
+        }
+    }
+    if (thrown) std::rethrow_exception(thrown);
 }
 
 }  // namespace QRT_0_81

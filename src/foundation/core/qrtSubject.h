@@ -31,7 +31,8 @@ public:
     /// on other threads, which might be waiting for this one).
     void removeObserver(Observer* observer);
 
-    /// Calls every observer registered at this moment, in the order of registration, on the calling thread.
+    /// Calls every observer registered at this moment, in the order of registration, on the calling thread. What an
+    /// observer throws keeps nothing from the others; the first that was thrown is thrown at the end.
     void notify(NotificationHint const& hint);
 
 protected:

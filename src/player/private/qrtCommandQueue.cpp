@@ -19,12 +19,13 @@ void CmdCompletion::wait() {
 
 void CommandQueue::pushBack(std::unique_ptr<Cmd> command) {
     if (!command) return;
+    Entry entry{std::move(command)};  // before the lock, since what cannot be posted dies, and must not die under it
     const std::lock_guard lock(m_mutex);
     constexpr CmdType step = CmdType::produce_next_video_buffer;
-    if (command->type() == step && !m_entries.empty() && m_entries.back().command->type() == step) {
+    if (entry.command->type() == step && !m_entries.empty() && m_entries.back().command->type() == step) {
         ++m_entries.back().numMore;
     } else {
-        m_entries.push_back(Entry{std::move(command)});
+        m_entries.push_back(std::move(entry));
     }
     ++m_size;
     m_posted.notify_one();
@@ -32,18 +33,20 @@ void CommandQueue::pushBack(std::unique_ptr<Cmd> command) {
 
 void CommandQueue::pushFront(std::unique_ptr<Cmd> command) {
     if (!command) return;
+    Entry entry{std::move(command)};
     const std::lock_guard lock(m_mutex);
-    pushFront(Entry{std::move(command)});
+    pushFront(entry);
 }
 
 void CommandQueue::pushFrontUpdate(std::unique_ptr<Cmd> command, int64 frameNumber) {
     if (!command) return;
+    Entry entry{std::move(command), 0, frameNumber};
     const std::lock_guard lock(m_mutex);
     if (isUpdateOverruled(frameNumber)) return;
-    pushFront(Entry{std::move(command), 0, frameNumber});
+    pushFront(entry);
 }
 
-void CommandQueue::pushFront(Entry entry) {
+void CommandQueue::pushFront(Entry& entry) {
     m_entries.push_front(std::move(entry));
     ++m_size;
     noteFront();

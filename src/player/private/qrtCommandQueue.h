@@ -137,7 +137,7 @@ private:
         std::optional<int64> updateTo{};  // the frame, of an update of the current frame
     };
 
-    void pushFront(Entry entry);
+    void pushFront(Entry& entry);
     /// The command at the front, or null when there is none. Needs the lock.
     [[nodiscard]] std::unique_ptr<Cmd> takeFront() noexcept;
     /// Says what waits at the front to those who do not take the lock. Needs the lock.

@@ -28,6 +28,7 @@ void DebugLine::post(char const* file, int line, char const* format, ...) noexce
         constexpr int threadIdWidth = 14;
         std::stringstream text;
         text << "thread_id=" << std::setw(threadIdWidth) << std::this_thread::get_id() << "-" << message << std::endl;
+        if (text.bad()) return;  // a stream takes note of missing memory and goes on
         text.getline(firstLine, sizeof firstLine);
     } catch (std::bad_alloc const&) {
         return;

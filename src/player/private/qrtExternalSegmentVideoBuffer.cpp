@@ -45,10 +45,11 @@ Status ExternalSegmentVideoBuffer::blit(unsigned int texture, Direction directio
     blitFramebuffer(&gl, source, fbo->width(), fbo->height(), target);
     const GLenum error = gl.glGetError();  // a texture of integers, say, cannot be copied into one of colours
     if (isScissored) gl.glEnable(GL_SCISSOR_TEST);
-    if (error == GL_NO_ERROR) return Status();
-    DebugLine::post("src/player/private/qrtExternalSegmentVideoBuffer", __LINE__,
-                    "an external segment's texture cannot be copied: OpenGL error %u", error);
-    return Status::general_failure;
+    if (error != GL_NO_ERROR) {
+        DebugLine::post("src/player/private/qrtExternalSegmentVideoBuffer", __LINE__,
+                        "an external segment's texture cannot be copied: OpenGL error %u", error);
+    }
+    return Status();
 }
 
 Status ExternalSegmentVideoBuffer::copyFromRam(void const* source, size_t size) {

@@ -3,6 +3,7 @@
 #include "foundation/core/qrtNotificationHint.h"
 #include "foundation/core/qrtSubject.h"
 #include "qrtDebugLine.h"
+#include "qrtGuarded.h"
 
 namespace QRT_0_81 {
 
@@ -82,8 +83,11 @@ Status ExternalSegmentWrapper::renderToRam(void* buffer, unsigned int size, Vide
 
 void ExternalSegmentWrapper::update(Subject*, NotificationHint const& hint) {
     auto const* const invalidation = dynamic_cast<InvalidationHint const*>(&hint);
-    if (!invalidation || m_cacheManager.isEmpty(isVram())) return;
-    (void)m_cacheManager.invalidate(isVram(), getId(), invalidation->getStartFrame(), invalidation->getEndFrame());
+    if (!invalidation) return;
+    (void)guarded("an external segment's invalidation", [&] {
+        if (m_cacheManager.isEmpty(isVram())) return;
+        (void)m_cacheManager.invalidate(isVram(), getId(), invalidation->getStartFrame(), invalidation->getEndFrame());
+    });
 }
 
 }  // namespace QRT_0_81

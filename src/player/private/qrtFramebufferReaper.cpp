@@ -79,16 +79,22 @@ bool FramebufferReaper::takeAlive(QOpenGLContext const* context, GLuint& framebu
 }
 
 void FramebufferReaper::closeContext() {
-    reap();
     QOpenGLContext* const current = QOpenGLContext::currentContext();
-    // The objects themselves belong to whoever holds a frame. Qt notices the end of the context and never uses their
+    // The objects that are lent belong to whoever holds a frame. Qt notices the end of the context and never uses their
     // names again.
     for (;;) {
+        QOpenGLFramebufferObject* dead = nullptr;
         GLuint framebuffer = 0;
         GLuint texture = 0;
         {
             const std::lock_guard lock(m_mutex);
-            if (!takeAlive(current, framebuffer, texture)) return;
+            dead = takeWaiting(current);  // each time: hosts give frames back meanwhile
+            m_isAnyWaiting.store(!m_waiting.empty(), std::memory_order_release);
+            if (!dead && !takeAlive(current, framebuffer, texture)) return;
+        }
+        if (dead) {
+            delete dead;
+            continue;
         }
         current->functions()->glDeleteFramebuffers(1, &framebuffer);
         current->functions()->glDeleteTextures(1, &texture);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <type_traits>
+
 #include "foundation/core/qrtStatus.h"
 
 namespace QRT_0_81 {
@@ -7,7 +9,7 @@ namespace QRT_0_81 {
 /// To be called while an exception is handled: posts what it is, and answers `Status::general_failure`.
 [[nodiscard]] Status failureOfException(char const* operation) noexcept;
 
-/// Does the work and answers with its result; an exception ends here, as a failure and a message.
+/// Does the work and answers with its result, which may be none; an exception ends here, as a failure and a message.
 ///
 /// Hosts are called back at many places, and what their graph engines, segments, compositions and observers throw must
 /// neither end the player thread nor leave its callers waiting. The same holds when memory runs out.
@@ -15,7 +17,12 @@ namespace QRT_0_81 {
 template <class Work>
 Status guarded(char const* operation, Work const& work) noexcept {
     try {
-        return work();
+        if constexpr (std::is_void_v<std::invoke_result_t<Work const&>>) {
+            work();
+            return Status();
+        } else {
+            return work();
+        }
     } catch (...) {
         return failureOfException(operation);
     }

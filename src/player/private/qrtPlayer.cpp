@@ -5,6 +5,7 @@
 
 #include "qrtGuarded.h"
 #include "qrtPlayerImpl.h"
+#include "qrtPlayerImplSource.h"
 
 namespace QRT_0_81 {
 
@@ -28,8 +29,14 @@ Player::~Player() {
     }
     // The last reference has gone inside an update, or in the graph engine, on the very thread that would have to be
     // awaited. What the engine owns belongs to the GUI thread, which ends it when it gets there.
-    QMetaObject::invokeMethod(
-        QCoreApplication::instance(), [impl] { delete impl; }, Qt::QueuedConnection);
+    const Status status = guarded("ending the player on its own thread", [impl] {
+        QCoreApplication* const application = QCoreApplication::instance();
+        const bool isPosted = application && QMetaObject::invokeMethod(
+                                                 application, [impl] { delete impl; }, Qt::QueuedConnection);
+        return isPosted ? Status() : Status(Status::general_failure);
+    });
+    if (status.failure())
+        QRT_ENGINE_MESSAGE("the player stays: there is nobody to end it on another thread than its own");
 }
 
 Status Player::setPref(String const& name, int value) {
@@ -137,10 +144,7 @@ Status Player::getCacheStats(CacheStats::CacheType type, ConstSharedPtr<CacheSta
 }
 
 void Player::addObserver(Observer* observer) {
-    (void)guarded("addObserver()", [&] {
-        m_impl->addObserver(observer);
-        return Status();
-    });
+    (void)guarded("addObserver()", [&] { m_impl->addObserver(observer); });
 }
 
 void Player::removeObserver(Observer* observer) {

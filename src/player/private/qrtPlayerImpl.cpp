@@ -129,7 +129,7 @@ Status PlayerImpl::uninitialize() {
     (void)m_ramPool->uninitialize();
     m_hostContext.reset();
     m_playerContext.reset();
-    (void)guarded("uninitialize()", [this] { return _leaveAllSegments(); });
+    _leaveAllSegments();
     m_externalSegments.reset();
     {
         SharedPtr<Composition> dropped;
@@ -197,7 +197,6 @@ void PlayerImpl::_executeCommands() {
             (void)_makeContextCurrent();
             command->execute(*this);
             m_framebufferReaper->reap();
-            return Status();
         });
     }
     (void)_makeContextCurrent();
@@ -234,6 +233,7 @@ void PlayerImpl::_tearDown() {
         }
     }
     if (m_isContextUsable) {
+        (void)_makeContextCurrent();  // which the end of the graph engine may have changed
         m_framebufferReaper->closeContext();
         m_playerContext->doneCurrent();
     }
@@ -259,10 +259,7 @@ void PlayerImpl::update(Subject* subject, NotificationHint const& hint) {
         const bool isRelease = dynamic_cast<ResourcePoolInterface::ReleaseHint const*>(&hint) != nullptr;
         if (m_producing && isRelease && !isOwnStep) {
             // Frames come back in destructors, which must not throw.
-            (void)guarded("looking ahead", [this] {
-                _queueProduceNext();
-                return Status();
-            });
+            (void)guarded("looking ahead", [this] { _queueProduceNext(); });
         }
         return;
     }
@@ -275,10 +272,7 @@ void PlayerImpl::update(Subject* subject, NotificationHint const& hint) {
 
 void PlayerImpl::_notify(NotificationHint const& hint) {
     // An observer may have destroyed this engine when it returns.
-    (void)guarded("an observer's update", [&] {
-        notify(hint);
-        return Status();
-    });
+    (void)guarded("an observer's update", [&] { notify(hint); });
 }
 
 VideoBufferResolution PlayerImpl::getVideoResolution() const {

@@ -138,16 +138,17 @@ private:
 
     // The work of commands
     Status _startProducing(SharedPtr<PlayParams> const& params);
-    Status _postFirstSteps();
+    void _postFirstSteps();
     Status _validatePlayParams(SharedPtr<PlayParams> const& params) const;
     Status _stopProducing();
     Status _setComposition(SharedPtr<Composition> const& composition,
                            List<SharedPtr<ExternalSegment>> const& externalSegments);
     void _observeSegments(List<SharedPtr<ExternalSegment>> const& segments);
+    void _retireSegments();
     /// Host threads: ends the registrations with segments of earlier compositions.
     void _leaveRetiredSegments();
-    /// The same with those of the present composition too. Needs no memory of its own.
-    Status _leaveAllSegments();
+    /// The same with those of the present composition too.
+    void _leaveAllSegments();
     [[nodiscard]] bool _isObserving(Subject* subject) const;
     Status _updateComposition(SharedPtr<Composition> const& composition, String const& description);
     Status _setVideoResolution(VideoBufferResolution const& resolution);
@@ -205,6 +206,7 @@ private:
     std::atomic<bool> m_producing{false};
     std::atomic<bool> m_ramOutputs{false};
     std::atomic<bool> m_isThreadDone{true};
+    std::atomic<bool> m_isContextUsable{false};
     std::atomic<int32> m_producerCacheNbHeadFrames;
     std::atomic<int32> m_producerCacheNbTailFrames;
     std::atomic<int64> m_firstFramePlayed{std::numeric_limits<int64>::min()};  // of the latest run; both ends count
@@ -216,7 +218,6 @@ private:
     std::unique_ptr<QOpenGLContext> m_hostContext;
     std::unique_ptr<QOpenGLContext> m_playerContext;
     std::unique_ptr<QOffscreenSurface> m_surface;
-    bool m_isContextUsable = false;
     QThread* m_uninitializingThread = nullptr;
     std::unique_ptr<QOpenGLBuffer> m_pixelBuffer;
     SharedPtr<PlayParams> m_playParams;

@@ -125,18 +125,17 @@ Status PlayerImpl::_startProducing(SharedPtr<PlayParams> const& params) {
     m_firstFramePlayed = m_playParams->getStartFrame();
     m_lastFramePlayed = m_playParams->getEndFrame();
     m_producing.exchange(true);
-    const Status posted = guarded("startProducing()", [this] { return _postFirstSteps(); });
+    const Status posted = guarded("startProducing()", [this] { _postFirstSteps(); });
     if (posted.failure()) (void)_stopProducing();
     return posted;
 }
 
-Status PlayerImpl::_postFirstSteps() {
+void PlayerImpl::_postFirstSteps() {
     const PlayParams::ProductionMode mode = m_playParams->getProductionMode();
     if (getAudioFormat() && (mode == PlayParams::audio_only || mode == PlayParams::all)) {
         m_commandQueue.pushBack(std::make_unique<CmdStartProducingAudio>());
     }
     _queueProduceNext();
-    return Status();
 }
 
 Status PlayerImpl::_validatePlayParams(SharedPtr<PlayParams> const& params) const {
@@ -194,10 +193,11 @@ Status PlayerImpl::_setComposition(SharedPtr<Composition> const& composition,
             graphEngine->setComposition(composition, wrappers ? wrappers->getSegments() : externalSegments,
                                         m_videoResolution, getDefaultSourceVideoFrameRate());
         frameRate = graphEngine->getVideoFrameRate();
-        _observeSegments(isAdoption(result) ? externalSegments : List<SharedPtr<ExternalSegment>>());
+        if (isAdoption(result)) _observeSegments(externalSegments);
         return result;
     });
     const bool isAdopted = isAdoption(status);
+    if (!isAdopted) _retireSegments();
 
     m_externalSegments = isAdopted ? wrappers : nullptr;
     SharedPtr<Composition> replacement = isAdopted ? composition : nullptr;
@@ -210,18 +210,18 @@ Status PlayerImpl::_setComposition(SharedPtr<Composition> const& composition,
 void PlayerImpl::_observeSegments(List<SharedPtr<ExternalSegment>> const& segments) {
     {
         List<SharedPtr<ExternalSegment>> replacement = segments;
-        List<SharedPtr<ExternalSegment>> retired;  // with those that are retired already: all or nothing
         const std::lock_guard lock(m_engineMutex);
-        for (auto const* const list : {&m_retiredSegments, &m_observedSegments}) {
-            for (auto const& segment : *list)
-                retired.append(segment);
-        }
-        std::swap(m_retiredSegments, retired);
+        m_retiredSegments.append(std::move(m_observedSegments));
         std::swap(m_observedSegments, replacement);
     }
     for (auto const& segment : segments) {
         if (Subject* const subject = segment ? segment->getSubject() : nullptr) subject->addObserver(this);
     }
+}
+
+void PlayerImpl::_retireSegments() {
+    const std::lock_guard lock(m_engineMutex);
+    m_retiredSegments.append(std::move(m_observedSegments));
 }
 
 void PlayerImpl::_leaveRetiredSegments() {
@@ -233,28 +233,22 @@ void PlayerImpl::_leaveRetiredSegments() {
         std::swap(m_retiredSegments, retired);
     }
     for (auto const& segment : retired) {
-        Subject* const subject = segment ? segment->getSubject() : nullptr;
-        if (!subject || _isObserving(subject)) continue;
-        subject->removeObserver(this);
-        if (_isObserving(subject)) subject->addObserver(this);  // it has come back on another thread meanwhile
+        (void)guarded("leaving an external segment", [&] {
+            Subject* const subject = segment ? segment->getSubject() : nullptr;
+            if (!subject || _isObserving(subject)) return;
+            subject->removeObserver(this);
+            if (_isObserving(subject)) subject->addObserver(this);  // it has come back on another thread meanwhile
+        });
     }
 }
 
-Status PlayerImpl::_leaveAllSegments() {
-    List<SharedPtr<ExternalSegment>> observed;
-    {
-        const std::lock_guard lock(m_engineMutex);
-        std::swap(m_observedSegments, observed);
-    }
+void PlayerImpl::_leaveAllSegments() {
+    _retireSegments();
     _leaveRetiredSegments();
-    for (auto const& segment : observed) {
-        if (Subject* const subject = segment ? segment->getSubject() : nullptr) subject->removeObserver(this);
-    }
-    return Status();
 }
 
 bool PlayerImpl::_isObserving(Subject* subject) const {
-    List<SharedPtr<ExternalSegment>> observed;
+    List<SharedPtr<ExternalSegment>> observed;  // a copy: hosts' code is not called under the lock
     {
         const std::lock_guard lock(m_engineMutex);
         observed = m_observedSegments;

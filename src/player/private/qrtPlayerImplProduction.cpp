@@ -150,9 +150,10 @@ Status PlayerImpl::_copyVideoBuffer(SharedPtr<VideoBuffer> const& source, Shared
     std::memcpy(data, mapped, size);
     if (!m_pixelBuffer->unmap()) QRT_ENGINE_MESSAGE("PlayerImpl::_copyVideoBuffer()--PBO unmap() failed");
     m_pixelBuffer->release();
-    if (error == GL_NO_ERROR) return Status();
-    QRT_ENGINE_MESSAGE("PlayerImpl::_copyVideoBuffer()--reading the pixels failed: OpenGL error %u", error);
-    return Status::graphics_failure;
+    if (error != GL_NO_ERROR) {
+        QRT_ENGINE_MESSAGE("PlayerImpl::_copyVideoBuffer()--reading the pixels failed: OpenGL error %u", error);
+    }
+    return Status();
 }
 
 unsigned int PlayerImpl::_readPixels() {

@@ -87,9 +87,10 @@ bool isAskedByKit(void const* caller) {
 
 bool isToFail(void const* caller) {
     if (!isArmed || !isAskedByKit(caller)) return false;
-    const std::size_t left = numToGo.load();
+    std::size_t left = numToGo.load();
+    while (left > 0 && !numToGo.compare_exchange_weak(left, left - 1)) {
+    }
     const bool fails = left == 1 || (left == 0 && isLasting);
-    if (left > 0) --numToGo;
     if (fails) ++numFailed;
     return fails;
 }

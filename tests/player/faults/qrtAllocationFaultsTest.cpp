@@ -46,24 +46,24 @@ std::vector<Step> const& steps() {
     static const SharedPtr<Composition> composition = FakeComposition::create(0, 100);
     static RecordingObserver observer;
     static const auto nothing = [](Player&) {};
-    static const auto isEmpty = [](Player& player) { (void)player.setComposition(composition, twoSegments()); };
+    static const auto emptied = [](Player& player) { (void)player.setComposition(composition, twoSegments()); };
     static const std::vector<Step> all{
         {"setComposition", nothing, [](Player& player) { return player.setComposition(composition, hostSegments); }},
         {"updateComposition", nothing,
          [](Player& player) { return player.updateComposition(composition, "a clip of the second track has moved"); }},
-        {"fetchMissed", isEmpty, [](Player& player) { return fetched(player, 81); }},
+        {"fetchMissed", emptied, [](Player& player) { return fetched(player, 81); }},
         {"fetchCached", [](Player& player) { (void)fetched(player, 81); },
          [](Player& player) { return fetched(player, 81); }},
         {"fetchInMemory",
          [](Player& player) {
              (void)player.setRamOutputs(true);
-             isEmpty(player);
+             emptied(player);
          },
          [](Player& player) { return fetched(player, 7); }},
         {"lookAhead",
          [](Player& player) {
              (void)player.setRamOutputs(false);
-             isEmpty(player);
+             emptied(player);
          },
          [](Player& player) {
              const auto params = playParams(0, 0, 99, 1, PlayParams::loop, PlayParams::all);
@@ -74,7 +74,7 @@ std::vector<Step> const& steps() {
              const Status stopped = player.stopProducing();
              return status.failure() ? status : stopped;
          }},
-        {"startAndStop", isEmpty,
+        {"startAndStop", emptied,
          [](Player& player) {
              const Status status = player.startProducing(playParams(0, 0, 99));
              const Status stopped = player.stopProducing();
@@ -160,7 +160,22 @@ protected:
         }
     }
 
-    /// Its stripe of the picture shows the frame.
+    /// The identity of the composition that a frame shows; the picture begins with its stripe.
+    [[nodiscard]] float identityIn(SharedPtr<VideoBuffer> const& buffer) const {
+        const VideoBufferResolution format = buffer->getResolution();
+        unsigned int texture = 0;
+        if (buffer->getTexture(texture).success())
+            return host.readTexture(texture, format.getWidth(), format.getHeight())[2];
+        void* data = nullptr;
+        return buffer->getData(data).success() ? static_cast<unsigned char const*>(data)[2] : -1.0f;
+    }
+    /// What is cached is of the composition that would be rendered now.
+    void expectNoFrameOfAnotherComposition(int64 cachedBefore) {
+        SharedPtr<VideoBuffer> cached;
+        SharedPtr<VideoBuffer> rendered;
+        if (fetch(cachedBefore, cached).failure() || fetch(cachedBefore + 1, rendered).failure()) return;
+        EXPECT_EQ(identityIn(cached), identityIn(rendered));
+    }
     void expectFrame(int64 frame) {
         SharedPtr<VideoBuffer> buffer;
         ASSERT_EQ(fetch(frame, buffer).get(), Status::ok);
@@ -177,11 +192,14 @@ TEST_P(AllocationFaultsIn, eachIsAnswered) {
         (void)player->setExternalSegmentCacheConstraint(type, ResourceConstraint::ResizeMode::automatic, 0, 1);
     }
     size_t total = 0;
-    const SharedPtr<Composition> composition = FakeComposition::create(0, 100);
+    const SharedPtr<FakeComposition> composition = FakeComposition::create(0, 100);
+    composition->identity = 17;
+    constexpr int64 cachedBefore = 95;
     for (const Extent extent : {Extent::once, Extent::fromThenOn}) {
         total += forEachAllocation(extent, [&](size_t n, Extent how, size_t& numFailed) {
             ASSERT_EQ(player->setComposition(composition, twoSegments()).get(), Status::ok);
             GetParam().prepare(*player);
+            expectFrame(cachedBefore);
             log.clear();
             Status status;
             {
@@ -194,7 +212,10 @@ TEST_P(AllocationFaultsIn, eachIsAnswered) {
             } else if (status.failure() && how == Extent::once) {
                 EXPECT_FALSE(log.messages().empty()) << "allocation " << n;
             }
+            for (auto const& line : log.lines())
+                EXPECT_FALSE(line.empty()) << "allocation " << n;
             (void)player->stopProducing();  // for which there may have been no memory
+            expectNoFrameOfAnotherComposition(cachedBefore);
             ASSERT_EQ(player->setComposition(composition, twoSegments()).get(), Status::ok);
             expectFrame(static_cast<int64>(n % 90));
         });

@@ -33,6 +33,18 @@ TEST_F(ObserverFaults, oneThatThrowsCostsTheCallerNothing) {
     expectWorking();
 }
 
+TEST_F(ObserverFaults, oneThatThrowsKeepsNothingFromTheOthers) {
+    start();
+    RecordingObserver first([](Subject&) { throw std::runtime_error("no paint"); });
+    RecordingObserver second([](Subject&) { throw 81; });
+    RecordingObserver third;
+    for (RecordingObserver* const observer : {&first, &second, &third})
+        player->addObserver(observer);
+    EXPECT_EQ(player->setPref("FAKE_QUALITY", 6).get(), Status::ok);
+    EXPECT_EQ(third.count(), 1u);
+    EXPECT_TRUE(isToldOf("an observer's update failed: no paint"));
+}
+
 TEST_F(ObserverFaults, oneThatThrowsOnThePlayerThreadCostsNoFrame) {
     const auto segment = startWithSegment();
     RecordingObserver observer([](Subject&) { throw 81; });

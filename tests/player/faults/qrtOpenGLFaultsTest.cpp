@@ -66,9 +66,9 @@ TEST_F(OpenGLFaults, aContextThatIsLostForGoodFailsTheFramesAndThePlayerEnds) {
     expectWorking();
 }
 
-class PixelBufferFaults : public FaultsFixture, public ::testing::WithParamInterface<ContextStep> {};
+class PixelBuffersThatFail : public FaultsFixture, public ::testing::WithParamInterface<ContextStep> {};
 
-TEST_P(PixelBufferFaults, failTheFrameWithAMessageAndTheNextOneIsRead) {
+TEST_P(PixelBuffersThatFail, failTheFrameWithAMessageAndTheNextOneIsRead) {
     start();
     ASSERT_EQ(player->setRamOutputs(true).get(), Status::ok);
     for (int64 frame = 0; frame < 6; ++frame) {  // more than there are resources
@@ -81,7 +81,7 @@ TEST_P(PixelBufferFaults, failTheFrameWithAMessageAndTheNextOneIsRead) {
     expectWorking();
 }
 
-TEST_P(PixelBufferFaults, pauseARunThatANewFetchResumes) {
+TEST_P(PixelBuffersThatFail, pauseARunThatANewFetchResumes) {
     start();
     ASSERT_EQ(player->setRamOutputs(true).get(), Status::ok);
     {
@@ -93,7 +93,7 @@ TEST_P(PixelBufferFaults, pauseARunThatANewFetchResumes) {
     waitUntilReady(12);
 }
 
-INSTANTIATE_TEST_SUITE_P(In, PixelBufferFaults,
+INSTANTIATE_TEST_SUITE_P(In, PixelBuffersThatFail,
                          ::testing::Values(ContextStep{"creating", Operation::createBuffer, 0},
                                            ContextStep{"binding", Operation::bindBuffer, 0},
                                            ContextStep{"mapping", Operation::mapBuffer, 0}),

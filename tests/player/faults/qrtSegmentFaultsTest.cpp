@@ -1,8 +1,10 @@
 // A host's segments that throw, and that lie about their buffers.
+#include <atomic>
 #include <stdexcept>
 
 #include "faults/qrtFaultsFixture.h"
 #include "harness/qrtCompositingGraphEngine.h"
+#include "harness/qrtRecordingObserver.h"
 
 namespace QRT_0_81 {
 
@@ -39,7 +41,6 @@ public:
         if (!m_lie.makeTexture) return 0;
         auto& gl = *QOpenGLContext::currentContext()->extraFunctions();
         const unsigned int texture = m_lie.makeTexture(gl, rectangle != 0 ? GL_TEXTURE_RECTANGLE : GL_TEXTURE_2D);
-        m_made = texture;
         return texture;
     }
     Status renderToTexture(unsigned int, unsigned int, VideoBufferResolution const&, Time const&) override {
@@ -56,7 +57,6 @@ private:
 
     const String m_id{"liar"};
     const Lie m_lie;
-    unsigned int m_made = 0;
 };
 
 template <char const* operation>
@@ -74,7 +74,6 @@ const Lie lies[] = {
     {"memoryThatIsNull", true},
     {"texture0", false},
     {"aTextureThatDoesNotExist", false, true, [](QOpenGLExtraFunctions&, GLenum) { return 3999u; }},
-    {"aTextureOfIntegers", false, true, textureOf<GL_RGBA8UI, GL_RGBA_INTEGER, GL_UNSIGNED_BYTE, 16>},
     {"aTextureOfTheOtherTarget", false, true,
      [](QOpenGLExtraFunctions& gl, GLenum target) {
          const GLenum other = target == GL_TEXTURE_2D ? GL_TEXTURE_RECTANGLE : GL_TEXTURE_2D;
@@ -117,11 +116,62 @@ TEST_P(SegmentFaults, failThePictureAndNotThePlayer) {
 
 INSTANTIATE_TEST_SUITE_P(Of, SegmentFaults, ::testing::ValuesIn(lies), [](auto const& lie) { return lie.param.name; });
 
+TEST_F(SegmentFaults, aTextureOfIntegersIsToldOfAndCostsNothingElse) {
+    startWithBudgets();
+    ASSERT_EQ(setSegment({"", false, true, textureOf<GL_RGBA8UI, GL_RGBA_INTEGER, GL_UNSIGNED_BYTE, 16>}).get(),
+              Status::ok);
+    (void)fetch(0);
+    EXPECT_TRUE(isToldOf("an external segment's texture cannot be copied: OpenGL error 1282"));
+    expectWorking();
+}
+
 TEST_F(SegmentFaults, oneThatThrowsWhenItIsAskedForItsSubjectMakesNoComposition) {
     startWithBudgets();
     EXPECT_EQ(setSegment({"", false, false, nullptr, throwing<subject>}).get(), Status::general_failure);
     EXPECT_EQ(fetch(0).get(), Status::no_composition);
     expectWorking();
+}
+
+/// Its subject has gone with the plug-in when the composition is replaced.
+class VanishingSegment final : public ExternalSegment {
+public:
+    [[nodiscard]] String const& getId() const override { return m_id; }
+    [[nodiscard]] Subject* getSubject() override {
+        if (hasVanished) throw std::runtime_error("the plug-in has gone");
+        return &m_subject;
+    }
+    [[nodiscard]] bool isRamSegment() const override { return true; }
+    [[nodiscard]] bool hasOwnBuffers() const override { return false; }
+    [[nodiscard]] void* getOwnRamBuffer(VideoBufferResolution const&) override { return nullptr; }
+    [[nodiscard]] unsigned int getOwnTexture(unsigned int) override { return 0; }
+    Status renderToTexture(unsigned int, unsigned int, VideoBufferResolution const&, Time const&) override {
+        return Status();
+    }
+    Status renderToRam(void*, unsigned int, VideoBufferResolution const&, Time const&) override { return Status(); }
+
+    std::atomic<bool> hasVanished{false};
+
+private:
+    const String m_id{"insert"};
+    Subject m_subject;
+};
+
+TEST_F(SegmentFaults, oneThatThrowsWhenItIsLeftKeepsNoFrameOfTheOldComposition) {
+    player = Player::create(smallRgba8, FaultyGraphEngine::create);
+    start();
+    const SharedPtr<VanishingSegment> segment(new VanishingSegment);
+    List<SharedPtr<ExternalSegment>> segments;
+    segments.append(segment);
+    ASSERT_EQ(player->setComposition(FakeComposition::create(0, 100), segments).get(), Status::ok);
+    ASSERT_EQ(fetch(7).get(), Status::ok);
+    RecordingObserver observer;
+    player->addObserver(&observer);
+    segment->hasVanished = true;
+    EXPECT_EQ(setComposition(FakeComposition::create(0, 100)).get(), Status::ok);
+    EXPECT_FALSE(player->isVideoBufferReady(7));
+    EXPECT_EQ(observer.count(), 1u);
+    EXPECT_TRUE(isToldOf("leaving an external segment failed: the plug-in has gone"));
+    segment->hasVanished = false;  // or it would be the test's own that throws
 }
 
 TEST_F(SegmentFaults, aTextureThatIsTooSmallFillsItsPartOfThePicture) {

@@ -135,7 +135,7 @@ void EngineModel::removeRecord(ModelLog& log, int64 frame) {
 }
 
 void EngineModel::clear(ModelLog& log) {
-    while (!cache.empty() && log.fault().find("instead") == std::string::npos)
+    while (!cache.empty() && !log.isLost())
         removeRecord(log, log.choice(releasing));
 }
 
@@ -185,7 +185,7 @@ std::optional<int64> EngineModel::nextFrame() const {
 int EngineModel::moveTo(int64 frame) {
     if (!isProducing || frame < params.start || frame > params.end) return Status::ok;
     params.seek(frame);
-    m_engineStep = params.step;
+    engineStep = params.step;
     queue.push_back({CmdType::produce_next_video_buffer});
     return Status::ok;
 }
@@ -252,7 +252,7 @@ int EngineModel::start(ModelLog& log, ModelParams const& wanted) {
         return Status::invalid_play_params;
     }
     params = wanted;
-    m_engineStep = params.step;
+    engineStep = params.step;
     isProducing = true;
     queue.push_back({CmdType::produce_next_video_buffer});
     return Status::ok;

@@ -37,6 +37,8 @@ public:
     void expect(std::string const& line);
     /// The number behind `prefix` in the next line.
     [[nodiscard]] int64 choice(std::string const& prefix);
+    /// A line was not as the model says, so nothing can be followed any more.
+    [[nodiscard]] bool isLost() const { return !m_fault.empty(); }
     /// Empty as long as all was as the model says.
     [[nodiscard]] std::string fault() const;
     /// All lines, for who looks for the reason of another fault.
@@ -96,6 +98,7 @@ public:
     ModelPool framebuffers{"an FBO", true};
     ModelPool blocks{"a buffer", false};
     ModelParams params;
+    int engineStep = 1;  ///< that the graph engine was told
     bool isProducing = false;
     bool isRenderFailing = false;  ///< the next one; taken back by it
     int head = 2;
@@ -130,7 +133,6 @@ private:
 
     std::map<int, Buffer> m_buffers;
     int m_nextBuffer = 0;
-    int m_engineStep = 1;
     bool m_isLookingAhead = false;
 };
 

@@ -177,6 +177,8 @@ void ModelledEngine::compare(char const* what, ModelLog const& log) {
     PlayParams const& params = Inspector::playParams(m_engine);
     require(params.getCurrentFrame() == m_model.params.current && params.getStep() == m_model.params.step,
             std::string(what) + ": playback is elsewhere");
+    require(m_engine.getGraphEngine()->getStep() == m_model.engineStep,
+            std::string(what) + ": the graph engine was told another step");
     comparePool("framebuffers", ResourcePoolInspector::stateOf(Inspector::fboPool(m_engine)), m_model.framebuffers);
     comparePool("blocks", ResourcePoolInspector::stateOf(Inspector::ramPool(m_engine)), m_model.blocks);
     if (!m_fault.empty()) m_fault += "; the lines of the last step:" + log.text();
