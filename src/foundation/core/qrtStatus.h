@@ -45,12 +45,11 @@ public:
     /// The kind of the result.
     [[nodiscard]] constexpr Type get() const noexcept { return m_type; }
     /// Whether all went well.
-    /// @{
     [[nodiscard]] constexpr bool success() const noexcept { return m_type == ok; }
-    [[nodiscard]] constexpr explicit operator bool() const noexcept { return success(); }
-    /// @}
     /// Whether something went wrong.
     [[nodiscard]] constexpr bool failure() const noexcept { return m_type != ok; }
+    /// Whether all went well, as `success`.
+    [[nodiscard]] constexpr explicit operator bool() const noexcept { return success(); }
     /// Whether the result is of that kind.
     [[nodiscard]] constexpr bool operator==(Type type) const noexcept { return m_type == type; }
     /// Whether both results are of the same kind.
