@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
     # tools
-    build-essential clang clang-format clang-tidy cppcheck cmake ninja-build pkg-config ccache python3 valgrind
+    build-essential clang clang-format clang-tidy cppcheck cmake doxygen ninja-build pkg-config ccache python3 valgrind
     # the library
     qtbase5-dev rapidjson-dev libgl-dev libegl-dev libopengl-dev libx11-dev
     # the reference host

@@ -28,8 +28,13 @@ public:
         loop = 1,      ///< go on at the other end
         ping_pong = 2  ///< reverse at each end; an end frame is shown once
     };
-    /// Which media are produced.
-    enum ProductionMode : int32 { video_only = 0, audio_only = 1, all = 2 };
+    /// Which media are produced. Frames are rendered ahead in every mode; with sound, and an audio format set, the
+    /// start of a run also positions the graph engine's audio.
+    enum ProductionMode : int32 {
+        video_only = 0,  ///< frames
+        audio_only = 1,  ///< sound
+        all = 2          ///< frames and sound
+    };
 
     /// Makes parameters for the range that begins at `start` and is `duration` long, at least one frame.
     /// `step`: frames advanced per `next`, its sign the direction. `current` is not clamped into the range.
@@ -39,26 +44,37 @@ public:
                                                       ProductionMode productionMode);
     ~PlayParams() override;
 
+    /// A copy of all seven values, with a reference count of its own.
     [[nodiscard]] SharedPtr<PlayParams> clone();
     /// Copies all seven values; the reference count is not touched.
     PlayParams& operator=(PlayParams const& other);
     /// Whether all seven values are equal.
     [[nodiscard]] bool operator==(PlayParams const& other) const;
 
+    /// The frame that playback stands on.
     [[nodiscard]] int64 getCurrentFrame() const;
+    /// The first frame of the range.
     [[nodiscard]] int64 getStartFrame() const;
+    /// The last frame of the range, which is part of it.
     [[nodiscard]] int64 getEndFrame() const;
+    /// Frames per second, which frame numbers count in. Fixed after construction, but for `fromJson` and assignment.
     [[nodiscard]] Rational const& getFrameRate() const;
+    /// Frames advanced per `next`; negative for backwards.
     [[nodiscard]] int getStep() const;
+    /// What happens at the ends of the range.
     [[nodiscard]] PlayMode getPlayMode() const;
+    /// Which media are produced.
     [[nodiscard]] ProductionMode getProductionMode() const;
 
+    /// Store a value as it is, whatever the others are.
+    /// @{
     void setCurrentFrame(int64 frame);
     void setStartFrame(int64 frame);
     void setEndFrame(int64 frame);
     void setStep(int step);
     void setPlayMode(PlayMode mode);
     void setProductionMode(ProductionMode mode);
+    /// @}
 
     /// The frame number of a time at a frame rate: to the nearest frame, halves upwards, for positions from -0.5 on;
     /// below that the sum with one half is cut off toward zero (-1.7 frames gives -1). 0 when the time's rate is 0.

@@ -2,11 +2,13 @@
 """Checks what the documents say against what is there.
 
   check_docs.py ROOT [QRTPLAY]
+  check_docs.py --links FOLDER
 
 Links lead to files of the tree and to headings of documents. Code in C++, CMake or make, and whatever else follows a
 comment that names a file, is quoted from that file, line by line; a line with nothing but "..." in a comment stands for
 what is left out. Commands
-in other blocks name scripts and presets that exist and, with QRTPLAY, options that its help knows.
+in other blocks name scripts and presets that exist and, with QRTPLAY, options that its help knows. With --links only the
+links are checked, of all documents in a folder: those that are installed, for instance.
 """
 import json
 import re
@@ -155,12 +157,22 @@ def check(path, root, program=None):
     return errors
 
 
-def main():
-    root = Path(sys.argv[1]).resolve()
-    program = Program(sys.argv[2]) if len(sys.argv) > 2 else None
+def all_errors(arguments):
+    """The documents that the arguments mean, and all that is wrong with them."""
+    if arguments[0] == "--links":
+        root = Path(arguments[1]).resolve()
+        documents = sorted(root.glob("**/*.md"))
+        return documents, [f"{path.relative_to(root)}: {error}" for path in documents
+                           for error in link_errors(path, blocks(path.read_text())[1], root)]
+    root = Path(arguments[0]).resolve()
+    program = Program(arguments[1]) if len(arguments) > 1 else None
     documents = [path for folder in (".", "docs", "benchmarks", "tests", "hosts", "examples", "packaging")
                  for path in sorted((root / folder).glob("*.md" if folder == "." else "**/*.md"))]
-    errors = [error for path in documents for error in check(path, root, program)]
+    return documents, [error for path in documents for error in check(path, root, program)]
+
+
+def main():
+    documents, errors = all_errors(sys.argv[1:])
     print("\n".join(errors) if errors else f"{len(documents)} documents are right")
     sys.exit(1 if errors or not documents else 0)
 

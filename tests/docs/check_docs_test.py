@@ -40,6 +40,12 @@ class CheckDocs(unittest.TestCase):
     def test_links_in_code_are_none(self):
         self.assertEqual(self.errors("Text\n\n    [a](b)\n\n```text\n[a](b)\n```\n"), [])
 
+    def test_links_alone(self):
+        self.assertEqual(check_docs.all_errors(["--links", self.root])[1], [])
+        (self.root / "docs/guide.md").write_text("[a](other.md) [b](gone.md)\n\n```cpp\nfrom nowhere\n```\n")
+        self.assertEqual(len(check_docs.all_errors(["--links", self.root])[1]), 1)
+        self.assertEqual(len(check_docs.all_errors(["--links", self.root / "docs"])[0]), 2)
+
     def test_quotations(self):
         quote = "<!-- host.cpp -->\n```cpp\n{}\n```\n"
         for right in ("int main() {", "int a = 1;\nint b = 2;", "    int a = 1;\n    // ...\n    return a - b;"):

@@ -47,6 +47,9 @@ clean cmake -S "$here/consumer" -B "$prefix/consumer" -G Ninja -DCMAKE_PREFIX_PA
 clean cmake --build "$prefix/consumer" >"$prefix/consumer.log" 2>&1 || fail "the headers: $(cat "$prefix/consumer.log")"
 clean "$prefix/consumer/consumer" || fail "a program that links every library does not run"
 
+# ---- Documents: their links lead to what is installed
+wrong=$(PYTHONDONTWRITEBYTECODE=1 python3 "$here/../docs/check_docs.py" --links "$prefix/share/doc") || fail "$wrong"
+
 # ---- The program, and what the desktop knows of it
 if [[ -e $prefix/bin/qrtplay ]]; then
     [[ $(clean "$prefix/bin/qrtplay" --version) == "qrtplay $version" ]] || fail "qrtplay does not tell version $version"

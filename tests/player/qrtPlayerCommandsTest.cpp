@@ -211,7 +211,7 @@ TEST_F(PlayerCommands, thePlayerKeepsACopyOfTheParameters) {
 
 // ---- While producing
 
-TEST_F(PlayerCommands, everySetterButTheDefaultSourceRateIsRefusedWhileProducingAndChangesNothing) {
+TEST_F(PlayerCommands, everySetterButTheDefaultSourceRateAndTheBudgetsIsRefusedWhileProducingAndChangesNothing) {
     start();
     ASSERT_EQ(player->startProducing(playParams(0, 0, 50)).get(), Status::ok);
     waitUntilReady(2);
@@ -227,6 +227,8 @@ TEST_F(PlayerCommands, everySetterButTheDefaultSourceRateIsRefusedWhileProducing
     EXPECT_EQ(player->setComposition(FakeComposition::create(0, 5), noSegments).get(), 275);
     EXPECT_EQ(player->updateComposition(FakeComposition::create(0, 5), "change").get(), 275);
     EXPECT_EQ(player->setDefaultSourceVideoFrameRate(Rational(30, 1)).get(), Status::ok);
+    auto mode = ResourceConstraint::ResizeMode::automatic;
+    EXPECT_EQ(player->setExternalSegmentCacheConstraint(Resource::Type::vram, mode, 3, 4).get(), Status::ok);
 
     int value = 0;
     EXPECT_EQ(player->getPref(Prefs::PRODUCER_CACHE_NB_HEAD_FRAMES, value).get(), Status::ok);
@@ -236,6 +238,10 @@ TEST_F(PlayerCommands, everySetterButTheDefaultSourceRateIsRefusedWhileProducing
     EXPECT_FALSE(player->getRamOutputs());
     EXPECT_FALSE(player->getAudioFormat());
     EXPECT_EQ(player->getDefaultSourceVideoFrameRate(), Rational(30, 1));
+    uint64 first = 0;
+    uint64 second = 0;
+    player->getExternalSegmentCacheConstraint(Resource::Type::vram, mode, first, second);
+    EXPECT_EQ(second, 4u);
     EXPECT_EQ(host.countTextures(), texturesBefore);
     for (std::string const& entry : FakeGraphEngine::journal())
         EXPECT_EQ(entry.rfind("renderFrame", 0), 0u) << entry;

@@ -17,8 +17,8 @@ namespace QRT_0_81 {
 
 /// How many entries one `evict` may drop.
 enum cache_eviction_mode_t : int {
-    evict_one = 0,
-    evict_all = 1  ///< every entry that the strategy allows
+    evict_one = 0,  ///< the first that the strategy allows
+    evict_all = 1   ///< every entry that the strategy allows
 };
 
 /// Which entries `evict` may drop, and in what order.
@@ -35,6 +35,7 @@ enum cache_eviction_strategy_t : int {
 template <class Data>
 class QRT_CACHE_EXPORT CacheBase final : public RefCountedMT {
 public:
+    /// An empty cache without an advisor.
     [[nodiscard]] static SharedPtr<CacheBase> create();
     ~CacheBase() override;
 
@@ -54,10 +55,14 @@ public:
     Status erase(String const& key);
     /// Drops every entry whose key the predicate names. It is called under the lock: it must not use the cache.
     Status eraseIf(std::function<bool(String const& key)> const& isMatch);
+    /// Drops every entry; always succeeds.
     Status clear();
 
+    /// Whether there is no entry at this moment.
     [[nodiscard]] bool empty() const;
+    /// How many entries there are at this moment.
     [[nodiscard]] size_t size() const;
+    /// Whether there is an entry under the key. That is no use of it, and whether it has expired is not asked.
     [[nodiscard]] bool containsKey(String const& key) const;
     /// How many entries have ever left the cache, on whatever way. While it stays the same, what was in it still is.
     [[nodiscard]] uint64 numRemoved() const noexcept { return m_numRemoved.load(); }

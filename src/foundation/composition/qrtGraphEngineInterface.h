@@ -23,6 +23,7 @@ namespace QRT_0_81 {
 /// OpenGL context current. `fillAudio`, `getCacheStats`, `getTokenResolver`, `getPrefs` and, while the player is not
 /// initialized, `setPref` and `getPref` are called on host threads, possibly while a frame is being rendered.
 /// The engine is released on the player thread, its context still current, and made anew by the next initialization.
+/// That of a player which was never initialized is released where the player ends, and has never seen a context.
 /// Results: any `Status`; the player passes failures on as they are.
 class QRT_COMPOSITION_EXPORT GraphEngineInterface : public Prefs, public RefCountedMT {
 public:
@@ -53,17 +54,21 @@ public:
 
     /// Asks for an output frame rate; `getVideoFrameRate` reports what it became.
     virtual Status setVideoFrameRate(Rational const& rate) = 0;
+    /// The output frame rate, which frame numbers count in. The player asks after every `setComposition` and
+    /// `setVideoFrameRate`.
     [[nodiscard]] virtual Rational getVideoFrameRate() const = 0;
 
+    /// What the host resolves tokens with, or an empty pointer.
     [[nodiscard]] virtual SharedPtr<TokenResolver> getTokenResolver() const = 0;
 
-    /// Drops what the engine itself caches.
+    /// Drops what the engine itself caches. For hosts that know their engine: the player does not call it.
     virtual Status clearCache() = 0;
-    /// Reports what the engine itself caches.
+    /// Reports what the engine itself caches; `type` is `CacheStats::CacheType::graph_engine`.
     virtual Status getCacheStats(CacheStats::CacheType type, ConstSharedPtr<CacheStats>& stats) const = 0;
 
     /// The signed number of frames by which playback advances: a hint for decoding ahead.
     virtual Status setStep(int32 step) = 0;
+    /// What `setStep` has set; the player sets it anew where it differs from the run's.
     [[nodiscard]] virtual int32 getStep() const = 0;
 };
 

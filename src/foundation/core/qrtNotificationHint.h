@@ -19,7 +19,9 @@ public:
     InvalidationHint(int start, int end) noexcept : m_start(start), m_end(end) {}
     ~InvalidationHint() override;
 
+    /// The first frame that has changed.
     [[nodiscard]] int getStartFrame() const noexcept { return m_start; }
+    /// The last frame that has changed.
     [[nodiscard]] int getEndFrame() const noexcept { return m_end; }
 
 private:

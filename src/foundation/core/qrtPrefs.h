@@ -17,7 +17,9 @@ public:
 
     virtual ~Prefs();
 
+    /// Sets a preference. Which names and values are accepted is the implementer's to say, in its `Status`.
     virtual Status setPref(String const& name, int value) = 0;
+    /// Sets `value` to that of a preference; what an unknown name gives is the implementer's to say.
     virtual Status getPref(String const& name, int& value) const = 0;
     /// Appends the names that `setPref` and `getPref` know.
     virtual Status getPrefs(Vector<String>& names) const = 0;

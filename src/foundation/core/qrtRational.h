@@ -10,11 +10,15 @@ namespace QRT_0_81 {
 /// An exact ratio, such as a frame rate of 24000/1001. Kept as given: 48/2 stays 48/2.
 class QRT_CORE_EXPORT Rational final {
 public:
+    /// 0/1.
     constexpr Rational() noexcept = default;
+    /// Nothing is checked or reduced; a zero denominator is stored too.
     constexpr Rational(int32 numerator, uint32 denominator) noexcept
         : m_numerator(numerator), m_denominator(denominator) {}
 
+    /// The number above the line, which carries the sign.
     [[nodiscard]] constexpr int32 getNumerator() const noexcept { return m_numerator; }
+    /// The number below the line.
     [[nodiscard]] constexpr uint32 getDenominator() const noexcept { return m_denominator; }
 
     /// The quotient. A zero denominator gives 0, so that neither NaN nor infinity enters a frame computation.

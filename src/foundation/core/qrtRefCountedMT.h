@@ -16,14 +16,19 @@ class QRT_CORE_EXPORT RefCountedMT {
 public:
     virtual ~RefCountedMT();
 
+    /// Adds one reference.
     virtual void incref() const;
     /// Drops one reference; true when none is left, and then the caller deletes the object.
     [[nodiscard]] virtual bool decref() const;
+    /// How many references there are at this moment: for tests and traces, since other threads change it.
     [[nodiscard]] virtual uint32 refcount() const;
 
 protected:
+    /// Without references.
     RefCountedMT() noexcept = default;
+    /// A copy starts without references, whatever the original has.
     RefCountedMT(RefCountedMT const&) noexcept {}
+    /// Changes no count: both objects keep their references.
     RefCountedMT& operator=(RefCountedMT const&) noexcept { return *this; }
 
 private:

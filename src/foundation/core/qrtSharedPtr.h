@@ -16,12 +16,20 @@ namespace QRT_0_81 {
 template <class T>
 class QRT_VISIBLE_TEMPLATE SharedPtr final {
 public:
+    /// Holds nothing.
+    /// @{
     SharedPtr() noexcept = default;
     SharedPtr(std::nullptr_t) noexcept {}
+    /// @}
+    /// Adds a reference to `object`, which may be null. An object made with `new` belongs to its references from then
+    /// on.
     explicit SharedPtr(T* object) : m_object(object) { acquire(); }
+    /// Adds a reference to what the other one holds.
     SharedPtr(SharedPtr const& other) : m_object(other.m_object) { acquire(); }
+    /// Takes the reference over; the other one holds nothing then.
     SharedPtr(SharedPtr&& other) noexcept : m_object(std::exchange(other.m_object, nullptr)) {}
 
+    /// The same object as its base, or as one that cannot be changed.
     template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
     SharedPtr(SharedPtr<U> const& other) : m_object(other.get()) {
         acquire();
@@ -29,23 +37,33 @@ public:
 
     ~SharedPtr() { drop(m_object); }
 
+    /// Holds what the other one does, and drops the reference held before.
     SharedPtr& operator=(SharedPtr other) noexcept {
         swap(other);
         return *this;
     }
 
+    /// Drops the reference; holds nothing then.
     void reset() { drop(std::exchange(m_object, nullptr)); }
+    /// Exchanges what the two hold; no count changes.
     void swap(SharedPtr& other) noexcept { std::swap(m_object, other.m_object); }
 
+    /// The object, or null; its references stay as they are.
     [[nodiscard]] T* get() const noexcept { return m_object; }
+    /// The object; there must be one.
+    /// @{
     [[nodiscard]] T* operator->() const noexcept { return m_object; }
     [[nodiscard]] T& operator*() const noexcept { return *m_object; }
+    /// @}
+    /// Whether there is an object.
     [[nodiscard]] explicit operator bool() const noexcept { return m_object != nullptr; }
 
+    /// Whether both hold the same object.
     template <class U>
     [[nodiscard]] bool operator==(SharedPtr<U> const& other) const noexcept {
         return m_object == other.get();
     }
+    /// Whether there is no object.
     [[nodiscard]] bool operator==(std::nullptr_t) const noexcept { return m_object == nullptr; }
 
 private:

@@ -14,17 +14,21 @@ namespace QRT_0_81 {
 /// never changes; every method may be called from any thread.
 class QRT_CORE_EXPORT VideoBuffer : public RefCountedMT {
 public:
-    static constexpr unsigned char framebufferKind = 0;
-    static constexpr unsigned char memoryKind = 1;
+    static constexpr unsigned char framebufferKind = 0;  ///< the frame is a texture
+    static constexpr unsigned char memoryKind = 1;       ///< the frame is a block of memory
 
     ~VideoBuffer() override;
 
     /// `framebufferKind` (0) or `memoryKind` (1).
     [[nodiscard]] virtual unsigned char getType() const = 0;
     /// Sets `data` to the frame's first byte, bottom row first, rows padded to 4 bytes; null for the framebuffer kind.
+    /// `Status::no_resource` when the buffer holds nothing.
+    /// @{
     virtual Status getData(void*& data) = 0;
     virtual Status getData(void*& data) const = 0;
-    /// Sets `texture` to the name of a `GL_TEXTURE_RECTANGLE` texture; 0 for the memory kind.
+    /// @}
+    /// Sets `texture` to the name of a `GL_TEXTURE_RECTANGLE` texture; 0 for the memory kind, and when the player that
+    /// made it has been uninitialized. `Status::no_resource` when the buffer holds nothing.
     virtual Status getTexture(unsigned int& texture) const = 0;
     /// The frame's format; invalid when the buffer holds nothing.
     [[nodiscard]] virtual VideoBufferResolution getResolution() const = 0;

@@ -10,6 +10,7 @@ class QRT_CORE_EXPORT VideoBufferResolution final {
 public:
     /// An invalid format: all numbers are 0.
     constexpr VideoBufferResolution() noexcept = default;
+    /// `width` and `height` in pixels. Nothing is checked: see `isValid`.
     constexpr VideoBufferResolution(int32 width, int32 height, int32 numChannels, int32 bitsPerChannel,
                                     bool isFloat) noexcept
         : m_width(width),
@@ -22,10 +23,15 @@ public:
     [[nodiscard]] constexpr bool isValid() const noexcept {
         return m_width > 0 && m_height > 0 && m_numChannels > 0 && m_bitsPerChannel > 0;
     }
+    /// Pixels a row.
     [[nodiscard]] constexpr int32 getWidth() const noexcept { return m_width; }
+    /// Rows.
     [[nodiscard]] constexpr int32 getHeight() const noexcept { return m_height; }
+    /// Channels a pixel: 4 for RGBA.
     [[nodiscard]] constexpr int32 getNumChannels() const noexcept { return m_numChannels; }
+    /// Bits of one channel of one pixel.
     [[nodiscard]] constexpr int32 getBitsPerChannel() const noexcept { return m_bitsPerChannel; }
+    /// Whether the channels are floating-point numbers.
     [[nodiscard]] constexpr bool isFloat() const noexcept { return m_isFloat; }
 
     /// Bytes of one row in memory, padded to a multiple of 4 as OpenGL's default pack alignment does; 0 when invalid.
@@ -37,6 +43,7 @@ public:
     /// every other count as 4. Saturates at the largest number instead of wrapping.
     [[nodiscard]] uint64 getBufferSize() const noexcept;
 
+    /// Whether all five values are equal.
     [[nodiscard]] constexpr bool operator==(VideoBufferResolution const& other) const noexcept = default;
 
 private:

@@ -10,13 +10,16 @@ namespace QRT_0_81 {
 /// One message on its way to the log.
 class QRT_LOGGER_EXPORT LogMsg final {
 public:
+    /// See the operations of the same names.
     LogMsg(std::string channel, std::string file, int line, std::string text);
 
     /// The subsystem that speaks, e.g. "QRT_PLAYER"; empty for messages of no channel.
     [[nodiscard]] std::string const& channel() const noexcept { return m_channel; }
-    /// Where in the source it was posted.
+    /// The source file that posted it.
     [[nodiscard]] std::string const& file() const noexcept { return m_file; }
+    /// The line of that file, counted from 1.
     [[nodiscard]] int line() const noexcept { return m_line; }
+    /// What it says.
     [[nodiscard]] std::string const& text() const noexcept { return m_text; }
 
     /// Hands a message at debug level to the sink, on the calling thread.

@@ -5,6 +5,7 @@
 #include "foundation/core/qrtExport.h"
 #include "foundation/logger/qrtLogMsg.h"
 
+/// Lets the compiler check the arguments that a function takes as `printf` does.
 #if defined(__GNUC__)
 #define QRT_PRINTF_FORMAT(formatIndex, firstArgument) __attribute__((format(printf, formatIndex, firstArgument)))
 #else
@@ -25,8 +26,10 @@ class MsgBuilder;
 template <>
 class QRT_LOGGER_EXPORT MsgBuilder<0> final {
 public:
+    /// `file` and `line` are the place that speaks; `file` must live as long as the builder.
     MsgBuilder(char const* file, int line, LogPoster poster) noexcept : m_file(file), m_line(line), m_poster(poster) {}
 
+    /// Posts the text that `format` and what follows it make, by the rules of `printf`.
     void operator()(char const* format, ...) const noexcept QRT_PRINTF_FORMAT(2, 3);
 
 private:
@@ -39,8 +42,10 @@ private:
 template <>
 class QRT_LOGGER_EXPORT MsgBuilder<2> final {
 public:
+    /// `file` and `line` are the place that speaks; `file` must live as long as the builder.
     MsgBuilder(char const* file, int line, LogPoster poster) noexcept : m_file(file), m_line(line), m_poster(poster) {}
 
+    /// Posts to `channel` the text that `format` and what follows it make, by the rules of `printf`.
     void operator()(char const* channel, char const* format, ...) const noexcept QRT_PRINTF_FORMAT(3, 4);
 
 private:
