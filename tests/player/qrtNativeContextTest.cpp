@@ -1,13 +1,20 @@
 // How the host's own context is adopted, and that the host gets it back.
 #include "qrtNativeContext.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "harness/qrtIdleGraphEngine.h"
+#include "harness/qrtLogCapture.h"
+#include "qrtPlayerImpl.h"
+
+// X11 defines words that the headers above use.
 #include <EGL/egl.h>
 #include <GL/glx.h>
 
 #include <QtPlatformHeaders/QEGLNativeContext>
 #include <QtPlatformHeaders/QGLXNativeContext>
+#include <memory>
 #include <thread>
 
 #include "harness/qrtHostContext.h"
@@ -16,6 +23,9 @@
 #undef Status  // X11's
 
 namespace QRT_0_81 {
+
+using ::testing::Contains;
+using ::testing::HasSubstr;
 
 namespace {
 
@@ -136,6 +146,20 @@ TEST_F(NativeContextTest, theHostsContextOutlivesThoseMadeFromItsHandle) {
         EXPECT_TRUE(host.gl().glIsTexture(texture));
     }
     host.gl().glDeleteTextures(1, &texture);
+}
+
+/// Through GLX a handle is the address of memory of the client's; nobody can tell that it has been given back.
+TEST_F(NativeContextTest, aContextOfEglThatIsDeadIsAFailureWithAMessageAndTheNextOneWorks) {
+    if (!host.context().nativeHandle().canConvert<QEGLNativeContext>()) GTEST_SKIP() << "this is GLX";
+    const auto dead = std::make_unique<HostContext>()->nativeContext();  // gone at the end of this line
+    host.makeCurrent();
+    LogCapture log;
+    PlayerImpl engine(VideoBufferResolution(16, 8, 4, 8, false), IdleGraphEngine::create);
+    EXPECT_EQ(engine.initialize(dead, host.nativeWindow()).get(), Status::general_failure);
+    EXPECT_THAT(log.lines(), Contains(HasSubstr("initialize() failed: the host's OpenGL context")));
+    EXPECT_EQ(engine.uninitialize().get(), Status::ok);
+    EXPECT_EQ(engine.initialize(host.nativeContext(), host.nativeWindow()).get(), Status::ok);
+    EXPECT_EQ(engine.uninitialize().get(), Status::ok);
 }
 
 }  // namespace QRT_0_81
