@@ -10,21 +10,11 @@
 #include <optional>
 
 #include "viewer/picture/qrtPictureView.h"
+#include "viewer/qrtHandClock.h"
 #include "viewer/timeline/qrtTimelineView.h"
 #include "viewer/window/qrtViewerWindow.h"
 
 namespace qrtplay {
-
-/// A clock that stands until it is moved.
-class HandClock final : public MediaClock {
-public:
-    [[nodiscard]] int64 nanoseconds() const override { return m_now; }
-    void moveTo(int64 nanoseconds) { m_now = nanoseconds; }
-    void moveBy(int64 nanoseconds) { m_now += nanoseconds; }
-
-private:
-    std::atomic<int64> m_now = 0;
-};
 
 /// A window on media whose frames carry their numbers, with file dialogs that answer at once and settings of its own.
 ///
