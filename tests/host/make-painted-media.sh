@@ -4,6 +4,9 @@
 set -euo pipefail
 
 folder=$1
+mkdir -p "$(dirname "$folder")"
+exec 9>"$folder.lock"
+flock 9  # builds that are tested at the same time share the folder
 [[ -e $folder/done && ! ${BASH_SOURCE[0]} -nt $folder/done ]] && exit 0
 rm -rf "$folder"
 mkdir -p "$folder/overlay"

@@ -7,6 +7,9 @@ set -euo pipefail
 
 folder=$(realpath -m "${1:?usage: make-sound-clips.sh FOLDER}")
 script=$(readlink -f "$0")
+mkdir -p "$(dirname "$folder")"
+exec 9>"$folder.lock"
+flock 9  # builds that are tested at the same time share the folder
 stamp=$folder/made
 [[ -e $stamp && $stamp -nt $script ]] && exit 0
 rm -rf "$folder"

@@ -4,8 +4,11 @@
 # NAME.raw beside a clip holds its frames one after the other, in the clip's own pixel format, in the order of presentation.
 set -euo pipefail
 
-folder=${1:?usage: make-test-clips.sh FOLDER}
+folder=$(realpath -m "${1:?usage: make-test-clips.sh FOLDER}")
 script=$(readlink -f "$0")
+mkdir -p "$(dirname "$folder")"
+exec 9>"$folder.lock"
+flock 9  # builds that are tested at the same time share the folder
 stamp=$folder/made
 [[ -e $stamp && $stamp -nt $script ]] && exit 0
 rm -rf "$folder"
