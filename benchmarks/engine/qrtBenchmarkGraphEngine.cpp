@@ -2,6 +2,8 @@
 
 #include <pthread.h>
 
+#include <utility>
+
 #include "qrtBenchmarkSupport.h"
 
 #ifndef GL_TEXTURE_RECTANGLE
@@ -38,6 +40,7 @@ Status BenchmarkGraphEngine::setComposition(SharedPtr<Composition> const& compos
 
 Status BenchmarkGraphEngine::renderFrame(VideoBufferResolution const& resolution, int64 frame, uint32 texture) {
     if (const int numFrames = Script::numBareFrames.exchange(0)) runBareLoop(resolution, numFrames);
+    if (const auto work = std::exchange(Script::withBareFrame, nullptr)) work([&] { runBareLoop(resolution, 1); });
     draw(resolution, frame, texture);
     if (Script::lastFrame.exchange(frame) < frame) {
         ++Script::numNewFrames;

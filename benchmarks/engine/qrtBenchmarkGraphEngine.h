@@ -3,6 +3,7 @@
 #include <ctime>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 
 #include "harness/qrtIdleGraphEngine.h"
@@ -19,6 +20,9 @@ struct BenchmarkScript {
     /// So many frames of the bare loop are run by the next `renderFrame`, before it draws: on the player thread and in
     /// its context, where the engine itself works.
     static inline std::atomic<int> numBareFrames{0};
+    /// Called once by the next `renderFrame`, on the player thread, with what runs one frame of the bare loop. To be
+    /// set while the player thread has nothing to do.
+    static inline std::function<void(std::function<void()> const& bareFrame)> withBareFrame;
 
     // Set by graph engines.
     static inline std::atomic<double> bareSecondsPerFrame{0.0};

@@ -74,6 +74,12 @@ public:
         if (BenchmarkScript::bareSecondsPerFrame <= 0.0) throw std::logic_error("the bare loop did not run");
     }
 
+    /// Has the player thread, which is not producing, do `work`; it is given what runs one frame of the bare loop.
+    void runWithBareFrame(std::function<void(std::function<void()> const& bareFrame)> const& work) {
+        BenchmarkScript::withBareFrame = work;
+        fetch(m_nextUncachedFrame++);
+    }
+
     /// Processor seconds that the player thread has used; all its work is done when `settle` has returned.
     [[nodiscard]] double cpuSeconds() const { return secondsOf(m_playerClock); }
 
