@@ -35,7 +35,7 @@ Options of the window ('qrtplay view --help' explains more):
 )";
 
 constexpr char overviewEnd[] = R"(
-Without a display (on a server, say) run the commands under scripts/with-display.sh or xvfb-run.
+Without a display (on a server, say) run the commands under xvfb-run, which starts one.
 Exit status: 0 done, 1 failed, 2 the command line is wrong, 3 an input is missing, 4 a media or timeline was refused,
 5 no OpenGL, 6 some frames failed, 130 ended by Ctrl-C.
 )";
