@@ -1,6 +1,5 @@
 #include "options/qrtOptions.h"
 
-#include "base/qrtPrintable.h"
 #include "base/qrtProgramVersion.h"
 #include "options/qrtCommandLine.h"
 #include "options/qrtPlayOptions.h"
@@ -162,9 +161,7 @@ Outcome parseCommand(QStringList const& arguments, Options& options) {
 
 Outcome parseOptions(QStringList const& arguments, Options& options) {
     options = Options();
-    const Outcome outcome = parseCommand(arguments, options);
-    // The words may hold anything, line ends too, and a failure names one.
-    return outcome.success() ? outcome : Outcome::failure(printable(outcome.message()));
+    return parseCommand(arguments, options);
 }
 
 }  // namespace qrtplay
