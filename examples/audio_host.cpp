@@ -69,7 +69,8 @@ std::vector<Sample> pull(Player& player, uint64 numFrames) {
     return samples;
 }
 
-void writeWave(char const* path, std::vector<Sample> const& samples) {
+/// Whether all of it is in the file.
+bool writeWave(char const* path, std::vector<Sample> const& samples) {
     constexpr std::uint32_t frameSize = numChannels * sizeof(Sample);
     const auto size = static_cast<std::uint32_t>(samples.size() * sizeof(Sample));
     std::ofstream file(path, std::ios::binary);
@@ -90,7 +91,7 @@ void writeWave(char const* path, std::vector<Sample> const& samples) {
     file << "data";
     number(size, 4);
     file.write(reinterpret_cast<char const*>(samples.data()), size);
-    if (!file.flush()) std::cerr << "audio_host: " << path << " cannot be written" << std::endl;
+    return static_cast<bool>(file.flush());
 }
 
 }  // namespace
@@ -115,10 +116,13 @@ int main(int argc, char** argv) {
     std::vector<Sample> samples;
     std::thread soundCard([&] { samples = pull(*player, 2 * sampleRate); });
     soundCard.join();
-    writeWave(argv[1], samples);
-    std::cout << samples.size() / numChannels << " sample frames in " << argv[1] << std::endl;
-
     check(player->stopProducing());
     check(player->uninitialize());
+
+    if (!writeWave(argv[1], samples)) {
+        std::cerr << "audio_host: " << argv[1] << " cannot be written" << std::endl;
+        return EXIT_FAILURE;
+    }
+    std::cout << samples.size() / numChannels << " sample frames in " << argv[1] << std::endl;
     return EXIT_SUCCESS;
 }

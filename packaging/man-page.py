@@ -10,10 +10,15 @@ import sys
 
 ENVIRONMENT = {
     "DISPLAY": "The X server that the window and OpenGL need.",
+    "WAYLAND_DISPLAY": "The Wayland compositor in its place.",
+    "QT_QPA_PLATFORM": "The platform plug-in of Qt where it is not to choose one itself, such as xcb.",
+    "TMPDIR": "Where bundles (.otioz) are unpacked and self-test writes its movie; /tmp without it.",
     "OCIO": "The OpenColorIO configuration where --ocio names none.",
     "QRT_PREF_NAME": "Fixes the preference NAME of the engine for the whole process.",
     "QRT_DEBUG_PLAYER": "When set, the engine tells every step on the log channel QRT_PLAYER.",
     "QT_LOGGING_RULES": "Which log channels are written to standard error, as Qt documents it.",
+    "TOLLAN_DUMP_VERSION_INFO": "When 1, the version of the library is printed when it is loaded.",
+    "ZR_DEBUG_OTIO": "When set, the library tells on standard error what it reads in play parameters.",
 }
 
 

@@ -89,8 +89,16 @@ scratch=$(mktemp -d)
 log=$scratch/log
 trap 'rm -rf "$scratch"' EXIT
 case ${1:-} in
-    "") scripts/setup.sh && make_packages ;;
-    --try) scripts/setup.sh && make_packages && try_packages "$scratch" ;;
+    "")
+        scripts/setup.sh
+        make_packages
+        ;;
+    --try)
+        # One after the other: what stands before "&&" goes on after a failure within it.
+        scripts/setup.sh
+        make_packages
+        try_packages "$scratch"
+        ;;
     -h | --help) usage ;;
     *)
         usage >&2

@@ -28,6 +28,7 @@ fail_usage() {
 }
 
 is_number() { [[ $1 =~ ^[0-9]{1,9}$ ]]; }
+plain_number() { echo $((10#$1)); }  # 08 is 8, not an octal number
 
 minutes=
 seed=$((RANDOM * 32768 + RANDOM))
@@ -41,14 +42,14 @@ while [[ $# -gt 0 ]]; do
             ;;
         --seed | --sequences)
             is_number "${2-}" || fail_usage "$1 needs a number"
-            declare "${1#--}=$2"
+            declare "${1#--}=$(plain_number "$2")"
             shift
             ;;
         -*) fail_usage "unknown option '$1'" ;;
         *)
             if [[ -z $minutes ]]; then
                 is_number "$1" || fail_usage "'$1' is no number of minutes"
-                minutes=$1
+                minutes=$(plain_number "$1")
             elif [[ " ${default_presets[*]} " == *" $1 "* ]]; then
                 presets+=("$1")
             else
@@ -88,7 +89,7 @@ run_test() {
     sed -n "s/^[0-9]*: \(\(stress\|model\): .*\)/$preset: \1/p" "$log"
     if [[ $status -ne 0 ]]; then
         cat "$log" >&2
-        complain "$preset: $test failed; to repeat: scripts/soak.sh $minutes --seed $seed $preset"
+        complain "$preset: $test failed; to repeat: scripts/soak.sh $minutes --seed $seed --sequences $sequences $preset"
     fi
     rm -f "$log"
     return "$status"
@@ -104,7 +105,7 @@ for preset in "${presets[@]}"; do
         continue
     }
     run_test "$preset" qrtStressTest $((minutes * 60 + 900)) || status=1
-    [[ $preset == tsan || $sequences -eq 0 ]] || run_test "$preset" qrtEngineModelTest 7200 || status=1
+    [[ $preset == tsan || $sequences -eq 0 ]] || run_test "$preset" qrtEngineModelTest $((900 + sequences / 10)) || status=1
 done
 if [[ $status -eq 0 ]]; then
     echo "soak.sh: no rule was broken"

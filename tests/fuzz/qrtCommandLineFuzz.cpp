@@ -3,8 +3,6 @@
 #include <QCoreApplication>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -13,18 +11,13 @@
 #include "options/qrtShellWords.h"
 #include "options/qrtViewOptions.h"
 #include "playback/qrtTimecode.h"
+#include "qrtFuzzRequire.h"
 
 namespace {
 
 using namespace qrtplay;
 
 constexpr int64 numFrames = 1000;
-
-void require(bool holds, char const* what) {
-    if (holds) return;
-    std::fprintf(stderr, "broken: %s\n", what);
-    std::abort();
-}
 
 QStringList wordsOf(std::string const& bytes) {
     QStringList words{"qrtplay"};

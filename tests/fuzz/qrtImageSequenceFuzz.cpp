@@ -12,17 +12,12 @@
 #include <sstream>
 #include <string>
 
+#include "qrtFuzzRequire.h"
 #include "timeline/qrtImageSequencePattern.h"
 
 namespace {
 
 using namespace qrtplay;
-
-void require(bool holds, char const* what) {
-    if (holds) return;
-    std::fprintf(stderr, "broken: %s\n", what);
-    std::abort();
-}
 
 /// A folder of empty files; goes with it.
 class Folder final {

@@ -2,21 +2,14 @@
 // line, and a timeline that was read answers only with media and generators that it has.
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 
+#include "qrtFuzzRequire.h"
 #include "timeline/qrtOtioReader.h"
 
 namespace {
 
 using namespace qrtplay;
-
-void require(bool holds, char const* what) {
-    if (holds) return;
-    std::fprintf(stderr, "broken: %s\n", what);
-    std::abort();
-}
 
 void checkPicture(Timeline const& timeline, FrameNode const& picture) {
     if (picture.kind == FrameNode::Kind::media)

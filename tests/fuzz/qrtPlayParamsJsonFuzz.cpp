@@ -2,21 +2,14 @@
 // reader's checks does not allow.
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 
 #include "player/qrtPlayParams.h"
+#include "qrtFuzzRequire.h"
 
 namespace {
 
 using namespace QRT_0_81;
-
-void require(bool holds, char const* what) {
-    if (holds) return;
-    std::fprintf(stderr, "broken: %s\n", what);
-    std::abort();
-}
 
 /// Parameters whose every value depends on `seed`: what two of them have in common after reading was stored by it.
 SharedPtr<PlayParams> makeParams(int seed) {

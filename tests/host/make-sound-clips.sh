@@ -86,5 +86,10 @@ claim() {
 }
 claim channels.wav 22 '\377\377'
 claim rate.wav 24 '\377\377\377\177'
+# One packet, of as many samples as it may have in both channels together and of one more in each.
+for samples in 2097152 2097153; do
+    ff -f lavfi -i anullsrc=r=48000:cl=stereo -af "atrim=end_sample=$samples,asetnsamples=$samples" -c:a pcm_u8 \
+        packet-$samples.mkv
+done
 
 touch "$stamp"

@@ -89,7 +89,7 @@ still -pix_fmt rgb24 -start_number 101 stills/plate.%04d.png
 ff -start_number 101 -i stills/plate.%04d.png -f rawvideo -pix_fmt rgb24 stills/plate.raw
 rm stills/plate.0104.png
 printf 'not a picture' >stills/plate.0105.png
-for suffix in bmp tga jpg webp dpx; do still -frames:v 1 "stills/one.$suffix"; done
+for suffix in bmp tga jpg webp dpx pcx; do still -frames:v 1 "stills/one.$suffix"; done
 still -frames:v 1 -pix_fmt rgb24 stills/one.tif
 still -frames:v 1 -pix_fmt gbrpf32le -format half stills/half.exr
 still -frames:v 1 -pix_fmt gbrpf32le -format float stills/float.exr
@@ -108,6 +108,10 @@ printf 'damage that no decoder can mend, in the middle of the pictures' |
 ff "${sound[@]}" -c:a aac audio.m4a
 ff "${picture[@]}" -frames:v 1 cover.png
 ff -i audio.m4a -i cover.png -map 0 -map 1 -c copy -disposition:v attached_pic cover.m4a
+streams=()
+for ((i = 0; i < 257; ++i)); do streams+=(-map 0); done
+ff -f lavfi -i sine=duration=0.02 "${streams[@]}" -c:a pcm_u8 streams.mkv
+ff -i streams.mkv -map 0 -map -0:256 -c copy most-streams.mkv
 printf 'This is a shopping list: eggs, milk, butter.\n' >text.mp4
 printf 'This is a shopping list: eggs, milk, butter.\n' >text.txt
 : >empty.mp4

@@ -109,8 +109,8 @@ TEST_F(Command, endsWithOneLineThatSaysHowToGetADisplay) {
     environment.remove("DISPLAY");
     environment.remove("WAYLAND_DISPLAY");
     const std::string none = failure({"render", clip("bframes.mp4"), "--output", "##.png"}, 5);
-    EXPECT_THAT(none, HasSubstr("with-display.sh"));
     EXPECT_THAT(none, HasSubstr("xvfb-run"));
+    EXPECT_THAT(none, Not(HasSubstr("scripts/"))) << "they are not installed";
     environment.insert("DISPLAY", ":987654");
     EXPECT_THAT(failure({"render", clip("bframes.mp4"), "--output", "##.png"}, 5), HasSubstr("':987654'"));
     environment.insert("QT_QPA_PLATFORM", "offscreen");

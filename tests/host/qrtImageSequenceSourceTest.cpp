@@ -5,9 +5,11 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
+#include "base/qrtLimits.h"
 #include "host/qrtTestClips.h"
 #include "media/qrtImageFile.h"
 
@@ -249,6 +251,14 @@ TEST(ImageFile, refusesAHeaderThatClaimsMoreThanCanBePlayed) {
         EXPECT_EQ(picture, nullptr);
         std::remove(path.c_str());
     }
+}
+
+TEST(ImageFile, refusesAFileThatIsLargerThanAPictureCanBe) {
+    const std::string path = claimedPicture(16, 16);
+    std::filesystem::resize_file(path, static_cast<uintmax_t>(maxPictureFileBytes));  // a hole: takes no room
+    FramePtr picture;
+    EXPECT_EQ(readImageFile(path, picture).message(), path + ": is larger than a picture can be");
+    std::remove(path.c_str());
 }
 
 TEST(ImageFile, refusesAFileThatIsCutOff) {

@@ -26,6 +26,17 @@ TEST(JsonText, canBeReadBack) {
     EXPECT_EQ(json.text().find('\n'), std::string::npos);
 }
 
+TEST(JsonText, holdsNothingThatControlsATerminal) {
+    JsonText json;
+    const std::string text = "na\x1b]0;title\ame\u009b31m \u00e4";
+    json.beginObject().add("text", text).endObject();
+    for (const char sign : json.text())
+        EXPECT_TRUE(sign >= ' ' && sign < '\x7f') << static_cast<int>(sign);
+    rapidjson::Document read;
+    ASSERT_FALSE(read.Parse(json.text().c_str()).HasParseError());
+    EXPECT_EQ(read["text"].GetString(), text);
+}
+
 TEST(JsonText, staysReadableWhateverItIsGiven) {
     JsonText json;
     json.beginObject().add("path", std::string("a\xff\xfe.png")).add("rate", std::numeric_limits<double>::infinity());

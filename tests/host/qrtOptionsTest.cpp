@@ -202,11 +202,12 @@ TEST_F(CommandLines, explainEveryCommandAndOption) {
     ASSERT_TRUE(parse({"--help"}).success());
     EXPECT_EQ(options.command, Options::Command::print);
     for (const char* const word :
-         {"render",  "contact-sheet", "info",         "self-test",   "--version",     "with-display.sh", "Exit status",
-          "--start", "--play",        "--loop",       "--ping-pong", "--full-screen", "--every-frame",   "--mute",
-          "--fps",   "--allow-path",  "--resolution", "--scaling",   "--ocio",        "--display",       "--view",
+         {"render",  "contact-sheet", "info",         "self-test",   "--version",     "xvfb-run",      "Exit status",
+          "--start", "--play",        "--loop",       "--ping-pong", "--full-screen", "--every-frame", "--mute",
+          "--fps",   "--allow-path",  "--resolution", "--scaling",   "--ocio",        "--display",     "--view",
           "--vram",  "--ram",         "--head",       "--tail",      "--cache",       "--convert"})
         EXPECT_THAT(options.text, HasSubstr(word));
+    EXPECT_EQ(options.text.find("scripts/"), std::string::npos) << "they are not installed";
     ASSERT_TRUE(parse({"view", "--help"}).success());
     for (const char* const word : {"--start", "--full-screen", "Examples", "Exit status"})
         EXPECT_THAT(options.text, HasSubstr(word));

@@ -6,6 +6,8 @@
 #include <filesystem>
 
 #include "host/qrtOtioTools.h"
+#include "timeline/qrtOtioBundle.h"
+#include "timeline/qrtOtioJson.h"
 #include "timeline/qrtOtioReader.h"
 
 namespace qrtplay {
@@ -194,6 +196,35 @@ TEST(HostileBundle, mayNotUnpackToMuchMoreThanItsSize) {
     const std::string zeros((size_t{257} << 20) + (20 << 20), '\0');
     EXPECT_EQ(failureOfBundle(TestFolder(), {{"content.otio", "{}"}, {"media/bomb.mov", zeros}}),
               "entry 'media/bomb.mov' is too large: no bundle unpacks to so much more than its size");
+}
+
+TEST(HostileBundle, mayNotNestFoldersWithoutEnd) {
+    const TestFolder files;
+    std::string deepest;
+    for (int i = 0; i < 63; ++i)
+        deepest += "a/";
+    EXPECT_EQ(failureOfBundle(files, {{"content.otio", "{}"}, {"a/" + deepest + "x", "x"}}),
+              "entry 'a/" + deepest + "x' has a path of more than 64 parts");
+    const std::string bundle = files.writeZip("cut.otioz", {{deepest + "x", "x"}});
+    EXPECT_EQ(failureOfFile(bundle), bundle + "/content.otio: there is no such file") << "this depth is unpacked";
+}
+
+TEST(HostileBundle, mayNotHoldMoreFilesAndFoldersThanTheLimit) {
+    const TestFolder files;
+    const std::string bundle = files.writeZip("cut.otioz", {{"content.otio", "{}"}, {"a/b/x", "x"}, {"a/c/x", "x"}});
+    const auto unpack = [&](size_t mostEntries) {
+        const TestFolder folder;
+        return unpackOtioBundle(bundle, folder.path(), mostEntries).message();
+    };
+    EXPECT_EQ(unpack(6), "") << "three files and three folders";
+    EXPECT_EQ(unpack(5), bundle + ": has more than 5 files and folders");
+    EXPECT_EQ(unpack(2), bundle + ": has more than 2 files and folders");
+}
+
+TEST(HostileText, mayNotHoldMoreValuesThanTheLimit) {
+    rapidjson::Document document;
+    EXPECT_EQ(readOtioJson("[1, [2, {\"a\": 3}]]", document, 6).message(), "");
+    EXPECT_EQ(readOtioJson("[1,\n[2, {\"a\": 3}]]", document, 5).message(), "holds more than 5 values (line 2)");
 }
 
 TEST(HostileBundle, hasToBeAZipArchiveWithATimeline) {

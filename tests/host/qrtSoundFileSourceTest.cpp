@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "base/qrtLimits.h"
 #include "host/qrtSoundClips.h"
 
 namespace qrtplay {
@@ -116,6 +117,17 @@ TEST(SoundFileSource, mapsChannelsAsFFmpegDoes) {
         // The decoder of AC-3 adds noise of its own.
         const double tolerance = name == std::string("surround.ac3") ? 4e-3 : 1e-6;
         EXPECT_LE(differenceOf(readSound(*source, 0, count, 2), expected), tolerance) << name;
+    }
+}
+
+TEST(SoundFileSource, decodesNoPacketLargerThanTheLimit) {
+    std::vector<float> samples(size_t{480} * 2);
+    for (const int64 length : {maxPacketSamples / 2, maxPacketSamples / 2 + 1}) {
+        const std::string name = "packet-" + std::to_string(length) + ".mkv";
+        const auto source = soundOf(name, std::nullopt);
+        ASSERT_TRUE(source);
+        const std::string refused = soundClipPath(name) + ": its sound at 0.000 s cannot be decoded";
+        EXPECT_EQ(source->read(0, 480, samples.data()).message(), length * 2 > maxPacketSamples ? refused : "");
     }
 }
 

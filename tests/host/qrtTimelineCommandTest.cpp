@@ -97,6 +97,31 @@ TEST_F(TimelineCommand, followsNoLinkOutOfAFolderOfImages) {
     EXPECT_THAT(failure(info + QStringList{"--allow-path", plates}, 4), HasSubstr("--allow-path"));
 }
 
+TEST_F(TimelineCommand, letsNoNameControlTheTerminal) {
+    const QString film = "fi\x1b[2J\nlm\u009b.mkv";
+    ASSERT_TRUE(QFile::copy(painted("film.mkv"), folder.filePath(film)));
+    const QString cut =
+        put("cu\nt.otio",
+            otio::timeline({otio::track("Video", {otio::clip(otio::file("gone\\u001b[2J\\n.mov"), {0, 2, 24})})}));
+    const QString text = put("no\x1b[2J media.mov", "nothing");
+    for (QStringList const& words : {QStringList{"info", film},
+                                     {"info", cut},
+                                     {"info", text},
+                                     {"info", "x\x1b.mov"},
+                                     {"render", film, "--frames", "0", "--output", "o\x1b[1m.png"},
+                                     {"render", cut, "--frames", "0", "--output", "##.png"},
+                                     {"render", cut, "--dry-run", "--output", "\x1b[1m##.png"},
+                                     {"contact-sheet", film, "--output", "s\n.png", "--columns", "1", "--rows", "1"}}) {
+        const Result result = run(words);
+        for (const char sign : result.output + result.errors)
+            ASSERT_TRUE(sign == '\n' || (sign >= ' ' && sign < '\x7f')) << result.output << result.errors;
+        EXPECT_NE(result.output + result.errors, "");
+    }
+    EXPECT_EQ(failure({"info", text}, 4),
+              "qrtplay: " + folder.path().toStdString() +
+                  "/no?[2J media.mov: is no media file, or has lost the part that describes it\n");
+}
+
 TEST_F(TimelineCommand, drawsAContactSheetOfATimeline) {
     const QString file =
         put("cut.otio", otio::timeline({otio::track(

@@ -43,6 +43,17 @@ expect_success() {
     fi
 }
 
+# expect_failure PROGRAM [ARGUMENT...]: it ends with 1 and says why on standard error.
+expect_failure() {
+    local status=0 program=$1
+    shift
+    (cd "$build" && clean timeout 60 "./$program" "$@") >/dev/null 2>"$build/$program.complaint" || status=$?
+    if [[ $status -ne 1 ]] || ! grep -q "^$program: $1 " "$build/$program.complaint"; then
+        echo "FAILED: $program $* ends with $status and says: $(<"$build/$program.complaint")" >&2
+        failures=$((failures + 1))
+    fi
+}
+
 # Two seconds of an A, half as loud as can be, in both channels.
 check_tone() {
     python3 - "$build/tone.wav" <<'CHECK'
@@ -64,4 +75,6 @@ expect_success glfw_host 9
 expect_success external_segment_host
 expect_success audio_host tone.wav
 check_tone || failures=$((failures + 1))
+expect_failure audio_host /dev/full
+expect_failure audio_host nowhere/tone.wav
 exit $((failures > 0))

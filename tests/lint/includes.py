@@ -3,8 +3,8 @@
 
   includes.py --build FOLDER SOURCE_FOLDER
 
-A header has "#pragma once", a source includes its own header first, nothing of src/ includes a host, a host includes
-nothing of the private folder of src/player, no file includes another twice, and every public header
+A header has "#pragma once", a source includes its own header first, nothing of src/ includes a host, a host or an
+example includes nothing of the private folder of src/player, no file includes another twice, and every public header
 compiles alone. FOLDER has a compile_commands.json for Clang.
 """
 
@@ -36,7 +36,7 @@ def complaints_about(path, source):
         if name.startswith("src/") and (source / "hosts/qrtplay" / one).exists():
             yield f"{name}: includes {one} of the host"
         is_private = "private/" in one or (source / "src/player/private" / one).exists()
-        if name.startswith("hosts/") and is_private:
+        if name.startswith(("hosts/", "examples/")) and is_private:
             yield f"{name}: includes {one}, which is private to the player"
 
 
@@ -63,8 +63,8 @@ def main():
     parser.add_argument("source", type=pathlib.Path)
     arguments = parser.parse_args()
     source = arguments.source
-    paths = [path for folder in ("src", "hosts", "tests", "benchmarks") for path in sorted((source / folder).rglob("*"))
-             if path.suffix in (".h", ".cpp")]
+    folders = ("src", "hosts", "tests", "benchmarks", "examples")
+    paths = [path for folder in folders for path in sorted((source / folder).rglob("*")) if path.suffix in (".h", ".cpp")]
     findings = [line for path in paths for line in complaints_about(path, source)]
     public = [path for path in sorted((source / "src").rglob("*.h")) if "private" not in path.parts]
     command = flags_for_public_headers(arguments.build)

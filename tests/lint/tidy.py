@@ -3,7 +3,8 @@
 
   tidy.py --build FOLDER --clang-tidy PROGRAM SOURCE_FOLDER
 
-FOLDER has a compile_commands.json for Clang. What is clean leaves a stamp there that lists the files it was made of.
+FOLDER has a compile_commands.json for Clang. What is clean leaves a stamp there that lists the files it was made of,
+and has the time at which they began to be read.
 """
 
 import argparse
@@ -14,6 +15,7 @@ import pathlib
 import shlex
 import subprocess
 import sys
+import time
 from concurrent.futures import ThreadPoolExecutor
 
 
@@ -24,7 +26,7 @@ class Bundle:
         self.folder = entry["directory"]
         self.arguments = arguments
         config = (arguments.source / ".clang-tidy").read_text()
-        key = hashlib.sha256("\n".join([config, self.file, *self.words]).encode()).hexdigest()
+        key = hashlib.sha256("\n".join([arguments.version, config, self.file, *self.words]).encode()).hexdigest()
         self.stamp = arguments.build / "lint" / key
 
     def is_clean(self):
@@ -45,6 +47,7 @@ class Bundle:
         """What clang-tidy has to say; empty when all is well."""
         if self.is_clean():
             return ""
+        began = time.time()
         command = [self.arguments.clang_tidy, "-p", str(self.arguments.build), "--quiet",
                    f"--config-file={self.arguments.source / '.clang-tidy'}", self.file]
         result = subprocess.run(command, capture_output=True, text=True)
@@ -52,6 +55,7 @@ class Bundle:
             return result.stdout or result.stderr
         self.stamp.parent.mkdir(exist_ok=True)
         self.stamp.write_text("\n".join(self.own_files()))
+        os.utime(self.stamp, (began, began))  # what was edited meanwhile is newer, and has yet to be checked
         return ""
 
 
@@ -61,6 +65,8 @@ def main():
     parser.add_argument("--clang-tidy", required=True)
     parser.add_argument("source", type=pathlib.Path)
     arguments = parser.parse_args()
+    arguments.version = subprocess.run([arguments.clang_tidy, "--version"], check=True, capture_output=True,
+                                       text=True).stdout
     entries = json.loads((arguments.build / "compile_commands.json").read_text())
     own = tuple(str(root / folder) for root in (arguments.source, arguments.build) for folder in ("src", "hosts"))
     bundles = [Bundle(entry, arguments) for entry in entries

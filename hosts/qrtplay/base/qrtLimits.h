@@ -20,7 +20,7 @@ constexpr unsigned maxStreams = 256;                         ///< of a media fil
 constexpr int minSampleRate = 1000;          ///< in Hz
 constexpr int maxSampleRate = 1'536'000;     ///< in Hz
 constexpr int maxSoundChannels = 64;         ///< of a media file
-constexpr int64 maxPacketSamples = 1 << 22;  ///< that one packet may decode to, in every channel
+constexpr int64 maxPacketSamples = 1 << 22;  ///< that one packet may decode to, of all channels together
 constexpr int64 maxSoundSeconds = int64{16} * 24 * 3600;
 
 // Timelines
@@ -28,9 +28,9 @@ constexpr size_t maxTimelineBytes = size_t{256} << 20;  ///< of an OTIO file and
 constexpr size_t maxJsonDepth = 1000;
 constexpr size_t maxJsonValues = 32'000'000;
 constexpr size_t maxTimelineItems = 2'000'000;
-constexpr size_t maxTimelineDepth = 64;      ///< objects in each other
-constexpr size_t maxTimelineFilesDepth = 8;  ///< files that refer to each other
-constexpr size_t maxBundleEntries = 100'000;
+constexpr size_t maxTimelineDepth = 64;       ///< objects in each other
+constexpr size_t maxTimelineFilesDepth = 8;   ///< files that refer to each other
+constexpr size_t maxBundleEntries = 100'000;  ///< files, and folders that they need
 /// What a bundle may unpack to: so much, and so many times its own size on top.
 constexpr int64 maxBundleBytes = int64{256} << 20;
 constexpr int64 maxBundleFactor = 20;

@@ -1,18 +1,20 @@
 #pragma once
 
 #include <string>
-#include <utility>
+
+#include "base/qrtPrintable.h"
 
 namespace qrtplay {
 
-/// Success, or one line of text for people that names the thing and says what is wrong with it.
+/// Success, or one line of text for people that names the thing and says what is wrong with it. What it names may come
+/// from anywhere, so that it is made printable.
 class [[nodiscard]] Outcome final {
 public:
     Outcome() = default;
-    [[nodiscard]] static Outcome failure(std::string message) {
+    [[nodiscard]] static Outcome failure(std::string const& message) {
         Outcome outcome;
         outcome.m_failed = true;
-        outcome.m_message = std::move(message);
+        outcome.m_message = printable(message);
         return outcome;
     }
 

@@ -6,7 +6,7 @@ namespace qrtplay {
 
 /// Which frames are going to be rendered next, as far as those that were rendered tell: further ones in the direction
 /// of playing, or against it after a single step back, or those of a loop, once playing has gone round twice. After a
-/// jump forward play has to go on before anything is expected of it: who looks here and there needs no frames between.
+/// jump, forward play has to go on before anything is expected of it: who looks here and there needs no frames between.
 ///
 /// Threading: none of its own.
 class FrameCourse final {

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "base/qrtPrintable.h"
 #include "info/qrtMediaInfo.h"
 #include "timeline/qrtTimeline.h"
 
@@ -17,11 +18,11 @@ namespace qrtplay {
 [[nodiscard]] std::string timelineJson(std::string const& path, Timeline const& timeline,
                                        std::vector<std::string> const& problems);
 
-/// A line of a table: what it is about, and what is said of it.
+/// A line of a table: what it is about, and what is said of it, which may come from anywhere.
 [[nodiscard]] inline std::string infoRow(std::string name, std::string const& value) {
     constexpr size_t column = 14;
     name.resize(column, ' ');
-    return name + value + "\n";
+    return name + printable(value) + "\n";
 }
 
 }  // namespace qrtplay

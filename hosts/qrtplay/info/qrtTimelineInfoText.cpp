@@ -42,12 +42,17 @@ std::string sourceText(TrackItem const& item, Timeline const& timeline) {
     return "";
 }
 
+/// A line below a heading; what it says may come from anywhere.
+std::string indentedLine(std::string const& text) {
+    return "  " + printable(text) + "\n";
+}
+
 std::string itemRow(TrackItem const& item, Timeline const& timeline) {
     const std::string place = clockText(item.start, timeline.rate()) + "  " + clockText(item.duration, timeline.rate());
-    std::string text = "  " + place + "  " + nameOf(item.kind);
+    std::string text = place + "  " + nameOf(item.kind);
     if (!item.name.empty()) text += " " + item.name;
     if (const std::string source = sourceText(item, timeline); !source.empty()) text += "  <- " + source;
-    return text + "\n";
+    return indentedLine(text);
 }
 
 void addItem(JsonText& json, TrackItem const& item, Timeline const& timeline) {
@@ -73,20 +78,20 @@ std::string timelineTable(std::string const& path, Timeline const& timeline, std
     table += infoRow("duration", durationText(timeline.duration().seconds()));
     table += infoRow("timecode", clockText(timeline.clockStart(), timeline.rate()));
     for (TrackView const& track : timeline.tracks()) {
-        table += "\n" + std::string(nameOf(track.kind)) + " track " + track.name + "\n";
+        table += "\n" + std::string(nameOf(track.kind)) + " track " + printable(track.name) + "\n";
         for (TrackItem const& item : track.items)
             table += itemRow(item, timeline);
     }
     if (!timeline.markers().empty()) table += "\nmarkers\n";
     for (Marker const& marker : timeline.markers())
-        table += "  " + clockText(marker.start, timeline.rate()) + "  " + marker.name +
-                 (marker.colour.empty() ? "" : " (" + marker.colour + ")") + "\n";
+        table += indentedLine(clockText(marker.start, timeline.rate()) + "  " + marker.name +
+                              (marker.colour.empty() ? "" : " (" + marker.colour + ")"));
     if (!timeline.media().empty()) table += "\nmedia\n";
     for (size_t i = 0; i < timeline.media().size(); ++i)
-        table += "  " + timeline.media()[i].text() + (problems[i].empty() ? "" : "  PROBLEM: " + problems[i]) + "\n";
+        table += indentedLine(timeline.media()[i].text() + (problems[i].empty() ? "" : "  PROBLEM: " + problems[i]));
     if (!timeline.warnings().empty()) table += "\nwarnings\n";
     for (std::string const& warning : timeline.warnings())
-        table += "  " + warning + "\n";
+        table += indentedLine(warning);
     return table;
 }
 

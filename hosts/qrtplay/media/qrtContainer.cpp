@@ -73,6 +73,10 @@ Outcome openContainer(std::string const& path, AvPtr<AVFormatContext>& container
         return Outcome::failure(path + ": is a list of other files, which are not opened");
     if (opened == AVERROR_INVALIDDATA)
         return Outcome::failure(path + ": is no media file, or has lost the part that describes it");
+    // FFmpeg says the same of a stream too many as of memory that it does not get.
+    if (opened == AVERROR(ENOMEM))
+        return Outcome::failure(path + ": has more than " + std::to_string(maxStreams) +
+                                " streams, or needs more memory than there is");
     if (opened < 0) return Outcome::failure(path + ": cannot be opened: " + avErrorText(opened));
     container.reset(format);
 

@@ -5,7 +5,6 @@
 #include <utility>
 #include <vector>
 
-#include "base/qrtLimits.h"
 #include "media/qrtDemuxer.h"
 
 namespace qrtplay {
@@ -53,7 +52,7 @@ Outcome decodeInOrder(std::string const& path, Next next) {
 
 }  // namespace
 
-Outcome MediaFile::open(std::string const& path, std::shared_ptr<MediaFile const>& file) {
+Outcome MediaFile::open(std::string const& path, std::shared_ptr<MediaFile const>& file, int64 mostPackets) {
     std::unique_ptr<Demuxer> demuxer;
     if (Outcome outcome = Demuxer::open(path, demuxer); outcome.failed()) return outcome;
     AvPtr<AVCodecContext> decoder;  // opened here so that a missing decoder is told of at once
@@ -61,7 +60,7 @@ Outcome MediaFile::open(std::string const& path, std::shared_ptr<MediaFile const
 
     std::shared_ptr<MediaFile> opened(new MediaFile(path));
     opened->readFacts(*demuxer);
-    if (Outcome outcome = opened->readIndex(*demuxer); outcome.failed()) return outcome;
+    if (Outcome outcome = opened->readIndex(*demuxer, mostPackets); outcome.failed()) return outcome;
     opened->m_facts.frameCount = opened->m_index.frameCount();
     if (opened->m_facts.frameCount == 0) return Outcome::failure(path + ": its video holds no frame");
     opened->readStartTime(*demuxer);
@@ -101,10 +100,10 @@ void MediaFile::readStartTime(Demuxer const& demuxer) {
     m_facts.startTime = ExactTime(m_index.packet(packet).pts, 1) * ExactTime(tick.num, tick.den);
 }
 
-Outcome MediaFile::readIndex(Demuxer& demuxer) {
+Outcome MediaFile::readIndex(Demuxer& demuxer, int64 mostPackets) {
     AvPtr<AVPacket> packet(av_packet_alloc());
     while (demuxer.read(*packet) == Demuxer::ReadResult::packet) {
-        if (m_index.packetCount() == maxVideoPackets)
+        if (m_index.packetCount() == mostPackets)
             return Outcome::failure(m_path + ": has more video packets than can be played");
         FrameIndex::Packet entry;
         entry.pts = packet->pts;

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "base/qrtKit.h"
+#include "base/qrtLimits.h"
 #include "base/qrtOutcome.h"
 #include "media/qrtFrameIndex.h"
 #include "media/qrtVideoFacts.h"
@@ -19,8 +20,9 @@ class Demuxer;
 /// Threading: constant after opening; any thread may read it.
 class MediaFile final {
 public:
-    /// Failures name the file.
-    static Outcome open(std::string const& path, std::shared_ptr<MediaFile const>& file);
+    /// `mostPackets`: a file with more of video is refused. Failures name the file.
+    static Outcome open(std::string const& path, std::shared_ptr<MediaFile const>& file,
+                        int64 mostPackets = maxVideoPackets);
 
     [[nodiscard]] std::string const& path() const noexcept { return m_path; }
     [[nodiscard]] VideoFacts const& facts() const noexcept { return m_facts; }
@@ -31,7 +33,7 @@ private:
 
     void readFacts(Demuxer const& demuxer);
     void readStartTime(Demuxer const& demuxer);
-    Outcome readIndex(Demuxer& demuxer);
+    Outcome readIndex(Demuxer& demuxer, int64 mostPackets);
     Outcome orderByDecoding();
     Outcome dropUndecodableBegin();
 

@@ -1,6 +1,5 @@
 #include "options/qrtOptions.h"
 
-#include "base/qrtPrintable.h"
 #include "base/qrtProgramVersion.h"
 #include "options/qrtCommandLine.h"
 #include "options/qrtPlayOptions.h"
@@ -35,7 +34,7 @@ Options of the window ('qrtplay view --help' explains more):
 )";
 
 constexpr char overviewEnd[] = R"(
-Without a display (on a server, say) run the commands under scripts/with-display.sh or xvfb-run.
+Without a display (on a server, say) run the commands under xvfb-run, which starts one.
 Exit status: 0 done, 1 failed, 2 the command line is wrong, 3 an input is missing, 4 a media or timeline was refused,
 5 no OpenGL, 6 some frames failed, 130 ended by Ctrl-C.
 )";
@@ -162,9 +161,7 @@ Outcome parseCommand(QStringList const& arguments, Options& options) {
 
 Outcome parseOptions(QStringList const& arguments, Options& options) {
     options = Options();
-    const Outcome outcome = parseCommand(arguments, options);
-    // The words may hold anything, line ends too, and a failure names one.
-    return outcome.success() ? outcome : Outcome::failure(printable(outcome.message()));
+    return parseCommand(arguments, options);
 }
 
 }  // namespace qrtplay

@@ -51,7 +51,8 @@ Outcome parseOcio(CommandLine const& line, OcioSettings& ocio) {
 
 CommandSyntax::Option allowPathOption() {
     return {"allow-path", "DIR",
-            "What a timeline names is opened in this folder only; can be repeated. Anywhere without it."};
+            "What a timeline names, and where links among images lead, is opened in this folder only; can be repeated. "
+            "Anywhere without it."};
 }
 
 CommandSyntax::Option frameRateOption() {

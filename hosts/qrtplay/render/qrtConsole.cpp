@@ -4,10 +4,16 @@
 
 #include <iostream>
 
+#include "base/qrtPrintable.h"
+
 namespace qrtplay {
 
+std::string consoleLine(std::string const& message) {
+    return "qrtplay: " + printable(message) + "\n";
+}
+
 void printError(std::string const& message) {
-    std::cerr << "qrtplay: " + message + "\n" << std::flush;
+    std::cerr << consoleLine(message) << std::flush;
 }
 
 bool standardErrorIsTerminal() {

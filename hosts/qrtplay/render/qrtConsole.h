@@ -16,7 +16,9 @@ enum ExitStatus : int {
     exit_interrupted = 130,
 };
 
-/// Writes "qrtplay: ..." to standard error.
+/// "qrtplay: ..." with the end of its line; it is one whatever the message names.
+[[nodiscard]] std::string consoleLine(std::string const& message);
+/// Writes that to standard error.
 void printError(std::string const& message);
 [[nodiscard]] bool standardErrorIsTerminal();
 

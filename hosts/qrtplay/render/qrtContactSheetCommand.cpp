@@ -5,6 +5,7 @@
 #include <iostream>
 #include <memory>
 
+#include "base/qrtPrintable.h"
 #include "encode/qrtBlockImage.h"
 #include "encode/qrtOutputFolder.h"
 #include "encode/qrtStillWriter.h"
@@ -92,7 +93,7 @@ int runContactSheet(ContactSheetOptions const& options) {
     const int columns = static_cast<int>(std::min<int64>(options.columns, range.count()));
     const int rows = static_cast<int>((range.count() + columns - 1) / columns);
     ContactSheet sheet(options.width, columns, rows, source->resolution());
-    sheet.drawTitle(QFileInfo(QString::fromStdString(path)).fileName(), details(*source));
+    sheet.drawTitle(QFileInfo(QString::fromStdString(printable(path))).fileName(), details(*source));
 
     if (Outcome outcome = source->start(range); outcome.failed()) return failWith(outcome.message());
     const bool complete = drawFrames(*source, range, sheet);
@@ -105,7 +106,7 @@ int runContactSheet(ContactSheetOptions const& options) {
     }
     Outcome written = writeStill(options.output, blockOf(sheet.finish()), sheetQuality);
     if (written.failed()) return failWith(written.message());
-    std::cout << range.count() << " of " << frameCount << " frames on " << options.output << std::endl;
+    std::cout << range.count() << " of " << frameCount << " frames on " << printable(options.output) << std::endl;
     return complete ? exit_done : exit_frames_failed;
 }
 

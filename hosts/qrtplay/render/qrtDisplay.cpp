@@ -12,8 +12,7 @@ namespace qrtplay {
 
 namespace {
 
-const std::string advice =
-    "; on a machine without one run it under scripts/with-display.sh or xvfb-run, which start a display of their own";
+const std::string advice = "; on a machine without one run it under xvfb-run, which starts a display of its own";
 
 }  // namespace
 

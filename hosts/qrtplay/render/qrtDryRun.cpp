@@ -3,6 +3,7 @@
 #include <iostream>
 #include <optional>
 
+#include "base/qrtPrintable.h"
 #include "playback/qrtTimecode.h"
 #include "render/qrtJsonText.h"
 #include "render/qrtOpenInput.h"
@@ -69,7 +70,7 @@ private:
         std::string const action = isSkipped ? "skip" : replaces ? "replace" : "write";
         if (!m_options.isJson) {
             constexpr size_t column = 9;
-            std::cout << action << std::string(column - action.size(), ' ') << path << '\n';
+            std::cout << action << std::string(column - action.size(), ' ') << printable(path) << '\n';
             return;
         }
         JsonText json;

@@ -10,7 +10,8 @@ namespace qrtplay {
 
 struct JsonText::Writer {
     rapidjson::StringBuffer buffer;
-    rapidjson::Writer<rapidjson::StringBuffer> json{buffer};
+    // In ASCII: beyond it there are control characters that JSON lets pass and terminals obey.
+    rapidjson::Writer<rapidjson::StringBuffer, rapidjson::UTF8<>, rapidjson::ASCII<>> json{buffer};
 };
 
 JsonText::JsonText() : m_writer(std::make_unique<Writer>()) {

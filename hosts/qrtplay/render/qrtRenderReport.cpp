@@ -3,6 +3,7 @@
 #include <QString>
 #include <utility>
 
+#include "base/qrtPrintable.h"
 #include "base/qrtProgramVersion.h"
 #include "options/qrtOptions.h"
 #include "playback/qrtTimecode.h"
@@ -30,7 +31,7 @@ RenderReport::RenderReport(Streams streams, bool isJson)
 
 void RenderReport::print(std::string const& line) {
     if (m_progress) m_progress->clear();
-    m_streams.errors << "qrtplay: " + line + "\n" << std::flush;
+    m_streams.errors << consoleLine(line) << std::flush;
 }
 
 JsonText RenderReport::event(char const* name) const {
@@ -122,7 +123,7 @@ int RenderReport::finish(ExitStatus status, FrameSource::Counts const& counts, L
 void RenderReport::printSummary(FrameSource::Counts const& counts, LoopMemory const& memory, double seconds) {
     const double perSecond = seconds > 0 ? static_cast<double>(counts.delivered) / seconds : 0;
     std::string line = std::to_string(m_written) + " of " + std::to_string(m_facts.frames) + " frames ";
-    line += m_facts.output.empty() ? "played" : "written to " + m_facts.output;
+    line += m_facts.output.empty() ? "played" : "written to " + printable(m_facts.output);
     if (m_skipped > 0) line += " (" + std::to_string(m_skipped) + " more were there)";
     line += ": " + QString::number(perSecond, 'f', 1).toStdString() + " frames/s, " + std::to_string(counts.onDemand) +
             " produced on demand, " + std::to_string(counts.cacheHits) + " cache hits";

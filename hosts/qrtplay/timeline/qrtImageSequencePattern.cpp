@@ -7,8 +7,6 @@
 #include <string_view>
 #include <system_error>
 
-#include "base/qrtPrintable.h"
-
 namespace qrtplay {
 
 namespace {
@@ -82,7 +80,7 @@ bool isImageSequencePattern(std::string const& pattern) {
 Outcome parseImageSequencePattern(std::string const& pattern, ImageSequenceName& images) {
     const std::string name = pattern.substr(nameBegin(pattern));
     const std::optional<Place> place = findPlace(name);
-    const auto fail = [&](char const* why) { return Outcome::failure("images '" + printable(pattern) + "': " + why); };
+    const auto fail = [&](char const* why) { return Outcome::failure("images '" + pattern + "': " + why); };
     if (!place) return fail("has no place for the number, such as #### or %04d");
     const size_t placeEnd = place->begin + place->length;
     if (findPlace(name, placeEnd)) return fail("has more than one place for the number");
@@ -99,7 +97,7 @@ Outcome findNumbers(ImageSequenceName& images) {
     std::error_code error;
     std::filesystem::directory_iterator entries(images.folder, error);
     const auto fail = [&](std::string const& why) {
-        return Outcome::failure("images '" + printable(images.text()) + "': " + why);
+        return Outcome::failure("images '" + images.text() + "': " + why);
     };
     if (error) return fail("cannot read the folder: " + error.message());
     std::optional<std::pair<int64, int64>> range;

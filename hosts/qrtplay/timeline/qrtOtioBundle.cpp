@@ -4,13 +4,14 @@
 #include <archive_entry.h>
 #include <locale.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <system_error>
 #include <vector>
 
-#include "base/qrtLimits.h"
 #include "timeline/qrtOtioObject.h"
 
 namespace qrtplay {
@@ -44,8 +45,12 @@ private:
 
 class Unpacker final {
 public:
-    Unpacker(std::string const& path, std::string const& folder)
-        : m_path(path), m_folder(folder), m_archive(archive_read_new()), m_buffer(size_t{64} * 1024) {}
+    Unpacker(std::string const& path, std::string const& folder, size_t mostEntries)
+        : m_path(path),
+          m_folder(folder),
+          m_mostEntries(mostEntries),
+          m_archive(archive_read_new()),
+          m_buffer(size_t{64} * 1024) {}
 
     Outcome run() {
         std::error_code error;
@@ -56,12 +61,11 @@ public:
         if (archive_read_open_filename(m_archive.get(), m_path.c_str(), m_buffer.size()) != ARCHIVE_OK)
             return archiveFailure();
         archive_entry* entry = nullptr;
-        for (size_t count = 0;; ++count) {
+        for (bool isEmpty = true;; isEmpty = false) {
             const int result = archive_read_next_header(m_archive.get(), &entry);
-            if (result == ARCHIVE_EOF) return count > 0 ? Outcome() : failure("is no zip archive, or an empty one");
+            if (result == ARCHIVE_EOF) return isEmpty ? failure("is no zip archive, or an empty one") : Outcome();
             if (result != ARCHIVE_OK && result != ARCHIVE_WARN) return archiveFailure();
-            if (count == maxBundleEntries)
-                return failure("has more than " + std::to_string(maxBundleEntries) + " entries");
+            if (Outcome outcome = countOne(); outcome.failed()) return outcome;
             if (Outcome outcome = unpack(entry); outcome.failed()) return outcome;
         }
     }
@@ -79,22 +83,44 @@ private:
         if (!name || !*name) return failure("has an entry without a name");
         const std::string about = "entry '" + oneLine(name) + "' ";
         const fs::path path(name);
-        for (fs::path const& part : path) {
-            if (path.is_absolute() || part == "..") return failure(about + "leads out of the bundle");
-        }
-        const fs::path target = fs::path(m_folder) / path;
-        std::error_code error;
+        if (Outcome outcome = checkPath(path, about); outcome.failed()) return outcome;
         const auto type = archive_entry_filetype(entry);
-        if (type == AE_IFDIR) {
-            fs::create_directories(target, error);
-            return error ? failure(about + "cannot be unpacked: " + error.message()) : Outcome();
-        }
+        if (type == AE_IFDIR) return makeFolders(path, about);
         if (type != AE_IFREG) return failure(about + "is neither a file nor a folder");
         if (archive_entry_is_encrypted(entry)) return failure(about + "is encrypted");
+        std::error_code error;
+        const fs::path target = m_folder / path;
         if (fs::exists(target, error)) return failure(about + "is there twice");
-        fs::create_directories(target.parent_path(), error);
-        if (error) return failure(about + "cannot be unpacked: " + error.message());
+        if (Outcome outcome = makeFolders(path.parent_path(), about); outcome.failed()) return outcome;
         return writeData(target.string(), about);
+    }
+
+    Outcome checkPath(fs::path const& path, std::string const& about) const {
+        const bool leadsOut = path.is_absolute() || std::find(path.begin(), path.end(), "..") != path.end();
+        if (leadsOut) return failure(about + "leads out of the bundle");
+        constexpr std::ptrdiff_t mostParts = 64;
+        if (std::distance(path.begin(), path.end()) > mostParts)
+            return failure(about + "has a path of more than " + std::to_string(mostParts) + " parts");
+        return Outcome();
+    }
+
+    // One by one: a path of few bytes makes many folders, and each takes room on the disk.
+    Outcome makeFolders(fs::path const& path, std::string const& about) {
+        fs::path folder = m_folder;
+        for (fs::path const& part : path) {
+            folder /= part;
+            std::error_code error;
+            const bool isNew = fs::create_directory(folder, error);
+            if (error) return failure(about + "cannot be unpacked: " + error.message());
+            if (!isNew) continue;
+            if (Outcome outcome = countOne(); outcome.failed()) return outcome;
+        }
+        return Outcome();
+    }
+
+    Outcome countOne() {
+        if (m_count++ < m_mostEntries) return Outcome();
+        return failure("has more than " + std::to_string(m_mostEntries) + " files and folders");
     }
 
     Outcome writeData(std::string const& path, std::string const& about) {
@@ -114,17 +140,19 @@ private:
     }
 
     std::string const& m_path;
-    std::string const& m_folder;
+    const fs::path m_folder;
+    const size_t m_mostEntries;
     const std::unique_ptr<archive, ArchiveCloser> m_archive;
     std::vector<char> m_buffer;
-    int64 m_room = 0;
+    size_t m_count = 0;  // of entries, and of the folders that were made for them
+    int64 m_room = 0;    // in bytes, for what they hold
 };
 
 }  // namespace
 
-Outcome unpackOtioBundle(std::string const& archive, std::string const& folder) {
+Outcome unpackOtioBundle(std::string const& archive, std::string const& folder, size_t mostEntries) {
     const Utf8Locale locale;
-    return Unpacker(archive, folder).run();
+    return Unpacker(archive, folder, mostEntries).run();
 }
 
 }  // namespace qrtplay

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "base/qrtKit.h"
+#include "base/qrtLimits.h"
 #include "base/qrtOutcome.h"
 
 namespace qrtplay {
@@ -11,7 +11,8 @@ namespace qrtplay {
 ///
 /// Failures name the archive, and the entry where it is one's fault: a path that leads out of the folder, a link, a
 /// path that is there twice. Nothing is unpacked that is larger than 256 MiB and 20 times the archive together (media
-/// do not compress, so that a true bundle is about as large as what is in it), nor more than 100,000 entries.
-Outcome unpackOtioBundle(std::string const& archive, std::string const& folder);
+/// do not compress, so that a true bundle is about as large as what is in it), nor more than `mostEntries` files and
+/// folders, nor a path of more than 64 parts.
+Outcome unpackOtioBundle(std::string const& archive, std::string const& folder, size_t mostEntries = maxBundleEntries);
 
 }  // namespace qrtplay

@@ -7,9 +7,6 @@
 #include <string_view>
 #include <vector>
 
-#include "base/qrtKit.h"
-#include "base/qrtLimits.h"
-
 namespace qrtplay {
 
 namespace {
@@ -19,7 +16,7 @@ using rapidjson::SizeType;
 /// Passes on what the parser finds, without the members named "metadata".
 class Sieve final {
 public:
-    explicit Sieve(rapidjson::Document& document) : m_document(document) {}
+    Sieve(rapidjson::Document& document, size_t mostValues) : m_document(document), m_mostValues(mostValues) {}
 
     [[nodiscard]] std::string const& complaint() const noexcept { return m_complaint; }
 
@@ -108,12 +105,13 @@ private:
     }
 
     bool isRoom() {
-        if (++m_valueCount <= maxJsonValues) return true;
-        m_complaint = "holds more than " + std::to_string(maxJsonValues) + " values";
+        if (++m_valueCount <= m_mostValues) return true;
+        m_complaint = "holds more than " + std::to_string(m_mostValues) + " values";
         return false;
     }
 
     rapidjson::Document& m_document;
+    const size_t m_mostValues;
     std::vector<SizeType> m_memberCounts;  // of every open object or array; those of arrays are not looked at
     size_t m_leftOutDepth = 0;             // of the open object or array that is left out; 0: none
     bool m_leavesOutNext = false;
@@ -123,13 +121,13 @@ private:
 
 }  // namespace
 
-Outcome readOtioJson(std::string const& text, rapidjson::Document& document) {
+Outcome readOtioJson(std::string const& text, rapidjson::Document& document, size_t mostValues) {
     // Parsing without recursion leaves the stack alone, however deep the text is nested.
     constexpr unsigned flags =
         rapidjson::kParseIterativeFlag | rapidjson::kParseNanAndInfFlag | rapidjson::kParseFullPrecisionFlag;
     rapidjson::StringStream stream(text.c_str());
     rapidjson::Reader reader;
-    Sieve sieve(document);
+    Sieve sieve(document, mostValues);
     rapidjson::ParseResult result;
     const auto parse = [&](rapidjson::Document&) {
         result = reader.Parse<flags>(stream, sieve);

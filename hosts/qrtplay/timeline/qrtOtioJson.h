@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "base/qrtLimits.h"
 #include "base/qrtOutcome.h"
 
 namespace qrtplay {
@@ -13,6 +14,6 @@ namespace qrtplay {
 ///
 /// Failures say what is wrong and in which line. The nesting and the number of values are limited, so that no text
 /// overflows the stack or takes memory without bounds.
-Outcome readOtioJson(std::string const& text, rapidjson::Document& document);
+Outcome readOtioJson(std::string const& text, rapidjson::Document& document, size_t mostValues = maxJsonValues);
 
 }  // namespace qrtplay

@@ -4,7 +4,6 @@
 #include <QDir>
 #include <QDockWidget>
 #include <QDragEnterEvent>
-#include <QFileInfo>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
@@ -40,12 +39,6 @@ QStringList namesOf(PlayInput const& input) {
     for (std::string const& file : input.files)
         names << QString::fromStdString(file);
     return names;
-}
-
-QString titleOf(PlayInput const& input) {
-    if (input.files.empty()) return {};
-    const QString first = QFileInfo(QString::fromStdString(input.files.front())).fileName();
-    return input.files.size() == 1 ? first : QString("%1 and %2 more").arg(first).arg(input.files.size() - 1);
 }
 
 }  // namespace

@@ -105,6 +105,8 @@ private:
     void showRange();
     void showTexts();
     void showTitle();
+    /// What people call it: the name of its first file, and how many more there are; empty without one.
+    [[nodiscard]] static QString titleOf(PlayInput const& input);
     void showCaches();
     void showRecentFiles();
 

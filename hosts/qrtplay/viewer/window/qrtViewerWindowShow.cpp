@@ -5,6 +5,7 @@
 #include <QMenu>
 #include <QStatusBar>
 
+#include "base/qrtPrintable.h"
 #include "base/qrtProgramVersion.h"
 #include "playback/qrtTimecode.h"
 #include "viewer/picture/qrtPictureView.h"
@@ -25,6 +26,10 @@ std::vector<FrameSpan> cachedSpans(Player& player, CacheStats::CacheType type) {
     for (CacheStats::FrameRange const& range : stats->getFrameRanges())
         spans.push_back({range.first, range.last});
     return spans;
+}
+
+QString withOthers(QString const& first, size_t others) {
+    return others == 0 ? first : QString("%1 and %2 more").arg(first).arg(others);
 }
 
 }  // namespace
@@ -79,16 +84,17 @@ void ViewerWindow::showTexts() {
     m_timeline->setNumbering(m_settings.numbering, dropFrame);
 }
 
+QString ViewerWindow::titleOf(PlayInput const& input) {
+    if (input.files.empty()) return {};
+    const QString path = QString::fromStdString(printable(input.files.front()));
+    return withOthers(QFileInfo(path).fileName(), input.files.size() - 1);
+}
+
 void ViewerWindow::showTitle() {
     QString title = QString("qrtplay %1 (Qt %2").arg(versionNumber, qVersion());
     const QString openGl = QString::fromStdString(m_openGl).section(' ', 0, 1);
     title += openGl.isEmpty() ? ")" : ", " + openGl + ")";
-    if (!m_input.files.empty()) {
-        QString name = QFileInfo(QString::fromStdString(m_input.files.front())).fileName();
-        if (m_input.files.size() > 1) name += QString(" and %1 more").arg(m_input.files.size() - 1);
-        title = name + " - " + title;
-    }
-    setWindowTitle(title);
+    setWindowTitle(m_input.files.empty() ? title : titleOf(m_input) + " - " + title);
     if (!m_player) return;
     const VideoBufferResolution format = m_player->player().getVideoResolution();
     statusBar()->showMessage(QString("%1 x %2, %3 frames/s, %4 frames%5")
@@ -110,8 +116,7 @@ void ViewerWindow::showRecentFiles() {
     m_recentFiles->setEnabled(!m_settings.recentFiles.isEmpty());
     for (QString const& entry : m_settings.recentFiles) {
         const QStringList files = entry.split('\n');
-        QString text = files.first();
-        if (files.size() > 1) text += QString(" and %1 more").arg(files.size() - 1);
+        QString text = withOthers(files.first(), static_cast<size_t>(files.size() - 1));
         m_recentFiles->addAction(text.replace('&', "&&"), this, [this, files] {
             PlayInput input;
             for (QString const& file : files)
