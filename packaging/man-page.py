@@ -12,6 +12,7 @@ ENVIRONMENT = {
     "DISPLAY": "The X server that the window and OpenGL need.",
     "OCIO": "The OpenColorIO configuration where --ocio names none.",
     "QRT_PREF_NAME": "Fixes the preference NAME of the engine for the whole process.",
+    "QRT_TRACE_PLAYER": "A file for what the engine does, and when, as with --trace.",
     "QRT_DEBUG_PLAYER": "When set, the engine tells every step on the log channel QRT_PLAYER.",
     "QT_LOGGING_RULES": "Which log channels are written to standard error, as Qt documents it.",
 }
