@@ -35,8 +35,7 @@ unsigned int ExternalSegmentWrapper::getOwnTexture(unsigned int rectangle) {
 
 Status ExternalSegmentWrapper::renderToTexture(unsigned int texture, unsigned int rectangle,
                                                VideoBufferResolution const& resolution, Time const& time) {
-    TraceSpan span("external segment", 0);
-    span.note("frame", time.getNbTicks());
+    TraceSpan span("external segment", 0, "frame", time.getNbTicks());
     if (!isCaching()) return m_segment->renderToTexture(texture, rectangle, resolution, time);
     const int64 frame = time.getNbTicks();
     if (m_cacheManager.getTextureFrame(getId(), frame, resolution, rectangle, texture).success()) {
@@ -62,8 +61,7 @@ Status ExternalSegmentWrapper::renderToTexture(unsigned int texture, unsigned in
 
 Status ExternalSegmentWrapper::renderToRam(void* buffer, unsigned int size, VideoBufferResolution const& resolution,
                                            Time const& time) {
-    TraceSpan span("external segment", 0);
-    span.note("frame", time.getNbTicks());
+    TraceSpan span("external segment", 0, "frame", time.getNbTicks());
     if (!isCaching()) return m_segment->renderToRam(buffer, size, resolution, time);
     const int64 frame = time.getNbTicks();
     if (m_cacheManager.getRamFrame(getId(), frame, resolution, buffer, size).success()) {

@@ -264,8 +264,7 @@ Status PlayerImpl::_executeThrough(void (CommandQueue::*post)(std::unique_ptr<Cm
     Status status = Status::not_initialized;  // what stays when the thread ends before the command's turn
     CmdCompletion completion;
     auto command = std::make_unique<Command>(&status, &completion, std::forward<Arguments>(arguments)...);
-    TraceSpan span("wait", m_number);
-    span.note("command", nameOf(command->type()));
+    TraceSpan span("wait", m_number, "command", nameOf(command->type()));
     (m_commandQueue.*post)(std::move(command));
     completion.wait();
     span.note("status", status.get());

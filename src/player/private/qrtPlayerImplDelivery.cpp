@@ -33,8 +33,7 @@ bool PlayerImpl::isVideoBufferReady(int64 frameNumber) {
 }
 
 Status PlayerImpl::getVideoBuffer(int64 frameNumber, SharedPtr<VideoBuffer>& videoBuffer) {
-    TraceSpan span("getVideoBuffer", m_number);
-    span.note("frame", frameNumber);
+    TraceSpan span("getVideoBuffer", m_number, "frame", frameNumber);
     videoBuffer.reset();
     if (!m_initialized) return Status::not_initialized;
     SharedPtr<Composition> composition;
@@ -82,8 +81,7 @@ Status PlayerImpl::_cmdProduceVideoBuffer(int64 frameNumber, SharedPtr<VideoBuff
 }
 
 Status PlayerImpl::fillAudioBuffer(char* buffer, size_t size, size_t position) {
-    TraceSpan span("fillAudioBuffer", m_number);
-    span.note("bytes", static_cast<int64>(size));
+    const TraceSpan span("fillAudioBuffer", m_number, "bytes", static_cast<int64>(size));
     const auto graphEngine = _graphEngine();
     return graphEngine ? graphEngine->fillAudio(getAudioFormat(), buffer, size, position) : Status::general_failure;
 }

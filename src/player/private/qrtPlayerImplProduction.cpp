@@ -54,8 +54,7 @@ Status PlayerImpl::_produceNextVideoBuffer() {
 }
 
 Status PlayerImpl::_updateCurrentFrameNumber(int64 frameNumber) {
-    TraceSpan span("follow the host", m_number);
-    span.note("frame", frameNumber);
+    const TraceSpan span("follow the host", m_number, "frame", frameNumber);
     if (!m_producing || frameNumber < m_playParams->getStartFrame() || frameNumber > m_playParams->getEndFrame()) {
         return Status();
     }
@@ -73,8 +72,7 @@ Status PlayerImpl::_updateCurrentFrameNumber(int64 frameNumber) {
 
 Status PlayerImpl::_produceVideoBuffer(int64 frameNumber, bool onDemand, SharedPtr<VideoBuffer>& videoBuffer) {
     if (const Status cached = _cacheGet(frameNumber, videoBuffer, 0); cached.success()) return cached;
-    TraceSpan span("produce", m_number);
-    span.note("frame", frameNumber);
+    TraceSpan span("produce", m_number, "frame", frameNumber);
     span.note("on demand", onDemand);
     const Status status = _produceMissing(frameNumber, onDemand, videoBuffer);
     span.note("status", status.get());
@@ -117,8 +115,7 @@ Status PlayerImpl::_lendBuffer(SharedPtr<Pool> const& pool, bool onDemand, Share
 }
 
 Status PlayerImpl::_render(QOpenGLFramebufferObject& framebuffer, int64 frameNumber) {
-    TraceSpan span("render", m_number);
-    span.note("frame", frameNumber);
+    const TraceSpan span("render", m_number, "frame", frameNumber);
     if (const Status status = _makeContextCurrent(); status.failure()) return status;
     framebuffer.bind();
     // What a graph engine may have left behind, and what would hold the clear back.
@@ -137,8 +134,7 @@ Status PlayerImpl::_render(QOpenGLFramebufferObject& framebuffer, int64 frameNum
 }
 
 Status PlayerImpl::_askForFrame(int64 frameNumber, unsigned int texture) {
-    TraceSpan span("renderFrame", m_number);
-    span.note("frame", frameNumber);
+    const TraceSpan span("renderFrame", m_number, "frame", frameNumber);
     return _graphEngine()->renderFrame(m_videoResolution, frameNumber, texture);
 }
 

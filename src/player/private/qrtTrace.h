@@ -58,6 +58,13 @@ public:
     TraceSpan(char const* name, int64 player) noexcept {
         if (Trace::isOn()) begin(name, player);
     }
+    /// The same with its first note.
+    template <class Value>
+    TraceSpan(char const* name, int64 player, char const* key, Value value) noexcept {
+        if (!Trace::isOn()) return;
+        begin(name, player);
+        add(TraceArgument(key, value));
+    }
     ~TraceSpan() {
         if (m_work) end();
     }
