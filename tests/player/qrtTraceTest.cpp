@@ -181,7 +181,7 @@ TEST_F(Traces, needNoMemory) {
 
 TEST_F(Traces, holdWhatAllThreadsDo) {
     constexpr int numThreads = 8;
-    constexpr int numRounds = 500;
+    constexpr int numRounds = 200;
     start();
     std::latch together(numThreads);
     std::vector<std::thread> threads;
