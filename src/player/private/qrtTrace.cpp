@@ -21,6 +21,7 @@ constexpr char traceVariable[] = "QRT_TRACE_PLAYER";
 constinit TraceFile traceFile;
 constinit std::atomic<int64> numTracedPlayers{0};
 constinit std::atomic<int64> numTraces{0};  // in this process; threads name themselves in each
+constinit std::atomic<int64> processId{0};  // the system is not asked for every event
 
 thread_local int64 namedInTrace = 0;
 
@@ -67,7 +68,8 @@ void Trace::startIfWanted() noexcept {
 
 bool Trace::start(char const* path) noexcept {
     stop();
-    TraceEvent process('M', {"process_name"}, getpid(), threadId());
+    processId = getpid();
+    TraceEvent process('M', {"process_name"}, processId, threadId());
     process.add("name", TraceName{processName()});
     if (const int error = traceFile.open(path, process.text()); error != 0) {
         DebugLine::post(traceSource, __LINE__, "%s: the trace '%s' cannot be written: %s", traceVariable, path,
@@ -94,7 +96,7 @@ void Trace::nameThread(TraceName const& name) noexcept {
 }
 
 void Trace::count(char const* name, int64 player, std::initializer_list<TraceArgument> values) noexcept {
-    TraceEvent event('C', {name, player}, getpid(), threadId());
+    TraceEvent event('C', {name, player}, processId, threadId());
     const int64 time = now();
     event.setTime(time);
     for (TraceArgument const& value : values)
@@ -121,7 +123,7 @@ void Trace::nameThreadOnce() noexcept {
 }
 
 void Trace::tellThreadName(TraceName const& name) noexcept {
-    TraceEvent event('M', {"thread_name"}, getpid(), threadId());
+    TraceEvent event('M', {"thread_name"}, processId, threadId());
     event.add("name", name);
     write(event, now());
 }
@@ -145,7 +147,7 @@ void TraceSpan::add(TraceArgument const& argument) noexcept {
 void TraceSpan::end() noexcept {
     const int64 time = Trace::now();
     Trace::nameThreadOnce();
-    TraceEvent event('X', {m_work->name}, getpid(), threadId());
+    TraceEvent event('X', {m_work->name}, processId, threadId());
     event.setTime(m_work->beginning);
     event.setDuration(time - m_work->beginning);
     if (m_work->player != 0) event.add({"player", m_work->player});
