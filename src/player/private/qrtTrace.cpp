@@ -20,8 +20,8 @@ constexpr char traceVariable[] = "QRT_TRACE_PLAYER";
 
 constinit TraceFile traceFile;
 constinit std::atomic<int64> numTracedPlayers{0};
-constinit std::atomic<int64> numTraces{0};  // in this process; threads name themselves in each
-constinit std::atomic<int64> processId{0};  // the system is not asked for every event
+constinit std::atomic<int64> numTraces{0};      // in this process; threads name themselves in each
+constinit std::atomic<int64> tracedProcess{0};  // the system is not asked for every event
 
 thread_local int64 namedInTrace = 0;
 
@@ -68,8 +68,8 @@ void Trace::startIfWanted() noexcept {
 
 bool Trace::start(char const* path) noexcept {
     stop();
-    processId = getpid();
-    TraceEvent process('M', {"process_name"}, processId, threadId());
+    tracedProcess = getpid();
+    TraceEvent process('M', {"process_name"}, tracedProcess, threadId());
     process.add("name", TraceName{processName()});
     if (const int error = traceFile.open(path, process.text()); error != 0) {
         DebugLine::post(traceSource, __LINE__, "%s: the trace '%s' cannot be written: %s", traceVariable, path,
@@ -96,7 +96,7 @@ void Trace::nameThread(TraceName const& name) noexcept {
 }
 
 void Trace::count(char const* name, int64 player, std::initializer_list<TraceArgument> values) noexcept {
-    TraceEvent event('C', {name, player}, processId, threadId());
+    TraceEvent event('C', {name, player}, tracedProcess, threadId());
     const int64 time = now();
     event.setTime(time);
     for (TraceArgument const& value : values)
@@ -123,7 +123,7 @@ void Trace::nameThreadOnce() noexcept {
 }
 
 void Trace::tellThreadName(TraceName const& name) noexcept {
-    TraceEvent event('M', {"thread_name"}, processId, threadId());
+    TraceEvent event('M', {"thread_name"}, tracedProcess, threadId());
     event.add("name", name);
     write(event, now());
 }
@@ -147,7 +147,7 @@ void TraceSpan::add(TraceArgument const& argument) noexcept {
 void TraceSpan::end() noexcept {
     const int64 time = Trace::now();
     Trace::nameThreadOnce();
-    TraceEvent event('X', {m_work->name}, processId, threadId());
+    TraceEvent event('X', {m_work->name}, tracedProcess, threadId());
     event.setTime(m_work->beginning);
     event.setDuration(time - m_work->beginning);
     if (m_work->player != 0) event.add({"player", m_work->player});

@@ -30,7 +30,7 @@ public:
     int close() noexcept;
 
 private:
-    static constexpr size_t bufferSize = 64 * 1024;
+    static constexpr size_t bufferSize = size_t{64} * 1024;
     static constexpr int64 longestWait = 250'000'000;  // nanoseconds
 
     // All need the lock.
