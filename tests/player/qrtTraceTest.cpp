@@ -206,22 +206,30 @@ TEST_F(Traces, holdWhatAllThreadsDo) {
 }
 
 TEST_F(Traces, beginAndEndWhileThreadsAreAtWork) {
+    constexpr int numSpansOfRound = 400;
+    std::atomic<int> numSpansToDo{0};
     std::atomic<bool> isDone{false};
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&] {
             while (!isDone) {
-                std::this_thread::yield();
+                if (numSpansToDo <= 0 || numSpansToDo.fetch_sub(1) <= 0) {
+                    std::this_thread::yield();
+                    continue;
+                }
                 const TraceSpan span("work", 0);
                 Trace::count("work of player", 1, {{"rounds", int64{1}}});
             }
         });
     }
-    for (int round = 0; round < 5; ++round) {
+    for (int round = 0; round < 20; ++round) {
         start();
-        while (TraceDocument::textOf(path).find("work of player") == std::string::npos)
-            Trace::flush();
-        (void)stopAndRead();
+        numSpansToDo = numSpansOfRound;
+        while (numSpansToDo > numSpansOfRound / 2)
+            std::this_thread::yield();
+        const TraceDocument trace = stopAndRead();
+        EXPECT_FALSE(trace.counts("work of player 1").empty());
+        EXPECT_LE(trace.spans("work").size(), size_t{numSpansOfRound});
     }
     isDone = true;
     for (std::thread& thread : threads)
