@@ -15,6 +15,7 @@ ENVIRONMENT = {
     "TMPDIR": "Where bundles (.otioz) are unpacked and self-test writes its movie; /tmp without it.",
     "OCIO": "The OpenColorIO configuration where --ocio names none.",
     "QRT_PREF_NAME": "Fixes the preference NAME of the engine for the whole process.",
+    "QRT_TRACE_PLAYER": "A file for what the engine does, and when, as with --trace.",
     "QRT_DEBUG_PLAYER": "When set, the engine tells every step on the log channel QRT_PLAYER.",
     "QT_LOGGING_RULES": "Which log channels are written to standard error, as Qt documents it.",
     "TOLLAN_DUMP_VERSION_INFO": "When 1, the version of the library is printed when it is loaded.",

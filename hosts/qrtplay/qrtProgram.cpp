@@ -15,6 +15,7 @@
 #include "render/qrtDryRun.h"
 #include "render/qrtRenderCommand.h"
 #include "render/qrtSelfTestCommand.h"
+#include "render/qrtTraceRequest.h"
 #include "viewer/qrtViewerApplication.h"
 #include "viewer/qrtViewerProgram.h"
 
@@ -86,6 +87,10 @@ int runProgram(int argc, char** argv) {
     if (options.command == Options::Command::print) {
         std::cout << options.text << std::flush;
         return exit_done;
+    }
+    if (Outcome outcome = requestTrace(options.trace); outcome.failed()) {
+        printError(outcome.message());
+        return exit_usage;
     }
     silenceLibraries();
     const bool isDryRun = options.command == Options::Command::render && options.render.isDryRun;

@@ -116,6 +116,20 @@ TEST_F(CommandLines, readEverythingOfContactSheet) {
     EXPECT_EQ(options.contactSheet.width, 2400);
 }
 
+TEST_F(CommandLines, nameAFileForTheTraceOfAllThatPlays) {
+    for (QStringList const& words : {QStringList{"a.mp4"}, QStringList{"render", "a.mp4", "--output", "x.#.png"},
+                                     QStringList{"contact-sheet", "a.mp4", "--output", "x.png"}}) {
+        ASSERT_TRUE(parse(words).success());
+        EXPECT_EQ(options.trace, "");
+        ASSERT_TRUE(parse(words + QStringList{"--trace", "out.JSON"}).success());
+        EXPECT_EQ(options.trace, "out.JSON");
+        EXPECT_THAT(failure(words + QStringList{"--trace", "out.otio"}), HasSubstr("--trace 'out.otio'"));
+    }
+    EXPECT_THAT(failure({"render", "a.mp4", "--output", "x.#.png", "--dry-run", "--trace", "x.json"}),
+                HasSubstr("--trace and --dry-run"));
+    EXPECT_THAT(failure({"info", "a.mp4", "--trace", "x.json"}), HasSubstr("trace"));
+}
+
 TEST_F(CommandLines, openTheWindowForFilesWithoutACommand) {
     ASSERT_TRUE(parse({"a.mp4", "b.mp4", "--start", "7", "--play", "--ping-pong", "--full-screen", "--every-frame",
                        "--mute", "--fps", "25", "--allow-path", "/a"})
@@ -205,7 +219,7 @@ TEST_F(CommandLines, explainEveryCommandAndOption) {
          {"render",  "contact-sheet", "info",         "self-test",   "--version",     "xvfb-run",      "Exit status",
           "--start", "--play",        "--loop",       "--ping-pong", "--full-screen", "--every-frame", "--mute",
           "--fps",   "--allow-path",  "--resolution", "--scaling",   "--ocio",        "--display",     "--view",
-          "--vram",  "--ram",         "--head",       "--tail",      "--cache",       "--convert"})
+          "--vram",  "--ram",         "--head",       "--tail",      "--cache",       "--convert",     "--trace"})
         EXPECT_THAT(options.text, HasSubstr(word));
     EXPECT_EQ(options.text.find("scripts/"), std::string::npos) << "they are not installed";
     ASSERT_TRUE(parse({"view", "--help"}).success());
@@ -217,10 +231,10 @@ TEST_F(CommandLines, explainEveryCommandAndOption) {
          {"--frames",  "--output", "--vram",     "--ram",           "--resolution", "--head",      "--tail",
           "10-90x5",   "Examples", "--fps",      "--loop",          "--allow-path", "--no-output", "--depth",
           "--quality", "--codec",  "--no-sound", "--skip-existing", "--dry-run",    "--scaling",   "--ocio",
-          "--display", "--view",   "--cache",    "--convert",       "--json",       "Exit status"})
+          "--display", "--view",   "--cache",    "--convert",       "--json",       "--trace",     "Exit status"})
         EXPECT_THAT(options.text, HasSubstr(word));
     ASSERT_TRUE(parse({"contact-sheet", "--help"}).success());
-    for (const char* const word : {"--output", "--columns", "--rows", "--width", "--convert", "Examples"})
+    for (const char* const word : {"--output", "--columns", "--rows", "--width", "--convert", "--trace", "Examples"})
         EXPECT_THAT(options.text, HasSubstr(word));
 }
 

@@ -75,7 +75,8 @@ Outcome parseContactSheet(QStringList const& arguments, Options& options) {
                          {"rows", "N", "Frames below each other (4)."},
                          {"width", "W", "Width of the sheet in pixels (1600)."},
                          conversionOption(),
-                         allowPathOption()}}},
+                         allowPathOption(),
+                         traceOption()}}},
                       contactSheetExamples});
     if (Outcome outcome = line.parse(arguments); outcome.failed()) return outcome;
     if (line.isHelp()) {
@@ -96,6 +97,7 @@ Outcome parseContactSheet(QStringList const& arguments, Options& options) {
     constexpr int leastWidth = 320;
     constexpr int mostWidth = 16384;
     Outcome outcome = parseConversionOption(line, sheet.play);
+    if (outcome.success()) outcome = parseTraceOption(line, options.trace);
     if (outcome.success()) outcome = line.number("columns", 1, mostTiles, sheet.columns);
     if (outcome.success()) outcome = line.number("rows", 1, mostTiles, sheet.rows);
     if (outcome.success()) outcome = line.number("width", leastWidth, mostWidth, sheet.width);

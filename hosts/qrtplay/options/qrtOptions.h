@@ -76,7 +76,8 @@ struct Options {
     InfoOptions info;
     SelfTestOptions selfTest;
     ViewOptions view;
-    std::string text;  ///< for `print`: help or version
+    std::string trace;  ///< a file for what the engine does; empty: none
+    std::string text;   ///< for `print`: help or version
 };
 
 /// Reads a command line, the program's name being its first word. Failures are one line that names the word.

@@ -1,6 +1,7 @@
 #include "options/qrtPlayOptions.h"
 
 #include <QRegularExpression>
+#include <QString>
 
 #include "media/qrtVideoFacts.h"
 #include "playback/qrtTimecode.h"
@@ -78,6 +79,20 @@ CommandSyntax::Group playerOptions() {
              {"tail", "N", "How many frames are kept rendered behind."},
              {"cache", "MIB", "Memory for decoded pictures, in MiB; 512 without it."},
              conversionOption()}};
+}
+
+CommandSyntax::Option traceOption() {
+    return {"trace", "JSON",
+            "Writes what the engine does, and when, into this file, which Perfetto and chrome://tracing open."};
+}
+
+Outcome parseTraceOption(CommandLine const& line, std::string& file) {
+    if (!line.has("trace")) return Outcome();
+    // Any other file is more likely to be one that is to be kept.
+    if (!QString::fromStdString(line.value("trace")).endsWith(".json", Qt::CaseInsensitive))
+        return Outcome::failure("--trace '" + line.value("trace") + "': has to end with .json");
+    file = line.value("trace");
+    return Outcome();
 }
 
 CommandSyntax::Option conversionOption() {

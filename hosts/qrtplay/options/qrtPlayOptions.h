@@ -15,6 +15,11 @@ namespace qrtplay {
 /// How the engine is used.
 [[nodiscard]] CommandSyntax::Group playerOptions();
 
+/// "--trace", of every command that has a player.
+[[nodiscard]] CommandSyntax::Option traceOption();
+/// Reads it into `file`, which stays as it is without it.
+Outcome parseTraceOption(CommandLine const& line, std::string& file);
+
 /// "--convert", which is one of the player's.
 [[nodiscard]] CommandSyntax::Option conversionOption();
 

@@ -66,7 +66,8 @@ CommandSyntax renderSyntax() {
             pictureOptions(),
             playerOptions(),
             {"Report",
-             {{"json", "", "One JSON object a line on standard output for everything that happens, a summary last."}}},
+             {{"json", "", "One JSON object a line on standard output for everything that happens, a summary last."},
+              traceOption()}},
         },
         renderExamples};
 }
@@ -112,6 +113,7 @@ Outcome parseOutput(CommandLine const& line, RenderOptions& render) {
         return Outcome::failure("output '" + render.output.text() + "': a movie has no place for a frame number");
     render.skipExisting = line.has("skip-existing");
     render.isDryRun = line.has("dry-run");
+    if (render.isDryRun && line.has("trace")) return Outcome::failure("--trace and --dry-run exclude each other");
     return Outcome();
 }
 
@@ -132,6 +134,7 @@ Outcome parseRender(QStringList const& arguments, Options& options) {
         render.words.push_back(word.toStdString());
     if (Outcome outcome = parseOutput(line, render); outcome.failed()) return outcome;
     if (Outcome outcome = parsePlayOptions(line, render.play); outcome.failed()) return outcome;
+    if (Outcome outcome = parseTraceOption(line, options.trace); outcome.failed()) return outcome;
     render.play.depth = render.format.depth;
     // The files of an image sequence do not tell their rate; the output's is the best guess.
     if (render.play.outputRate) render.input.imageRate = *render.play.outputRate;

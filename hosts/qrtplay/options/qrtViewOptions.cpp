@@ -40,7 +40,8 @@ CommandSyntax viewSyntax() {
               {"mute", "", "Without sound."},
               {"screenshot", "PNG", "Writes a picture of the window (after two seconds with --play) and ends."},
               frameRateOption(),
-              allowPathOption()}},
+              allowPathOption(),
+              traceOption()}},
             pictureOptions(),
             playerOptions(),
         },
@@ -89,6 +90,7 @@ Outcome parseView(QStringList const& arguments, Options& options) {
     if (line.has("ping-pong")) view.mode = PlayParams::ping_pong;
     constexpr int mostFrames = 1 << 30;
     if (Outcome outcome = line.number("start", 0, mostFrames, view.start); outcome.failed()) return outcome;
+    if (Outcome outcome = parseTraceOption(line, options.trace); outcome.failed()) return outcome;
     view.words = words;
     PlaySettings play;
     if (Outcome outcome = parsePlayOptions(line, play); outcome.failed()) return outcome;

@@ -4,6 +4,27 @@
 
 namespace QRT_0_81 {
 
+char const* nameOf(CmdType type) noexcept {
+    switch (type) {
+        case CmdType::start_producing: return "CmdStartProducing";
+        case CmdType::stop_producing: return "CmdStopProducing";
+        case CmdType::set_composition: return "CmdSetComposition";
+        case CmdType::update_composition: return "CmdUpdateComposition";
+        case CmdType::set_video_resolution: return "CmdSetVideoResolution";
+        case CmdType::set_video_frame_rate: return "CmdSetVideoFrameRate";
+        case CmdType::set_audio_format: return "CmdSetAudioFormat";
+        case CmdType::set_ram_outputs: return "CmdSetRamOutputs";
+        case CmdType::set_pref: return "CmdSetPref";
+        case CmdType::get_pref: return "CmdGetPref";
+        case CmdType::start_producing_audio: return "CmdStartProducingAudio";
+        case CmdType::produce_video_buffer: return "CmdProduceVideoBuffer";
+        case CmdType::produce_next_video_buffer: return "CmdProduceNextVideoBuffer";
+        case CmdType::update_current_frame_number: return "CmdUpdateCurrentFrameNumber";
+        case CmdType::terminate: return "CmdTerminate";
+    }
+    return "Cmd";
+}
+
 void CmdCompletion::signal() {
     // Notified under the lock: once the waiter has the lock again it destroys this object.
     const std::lock_guard lock(m_mutex);

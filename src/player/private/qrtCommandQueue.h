@@ -34,6 +34,9 @@ enum class CmdType : int32 {
     terminate = 17
 };
 
+/// The command as a trace shows it.
+[[nodiscard]] char const* nameOf(CmdType type) noexcept;
+
 /// One piece of work for the player thread. Made on any thread; executed and destroyed on the player thread.
 class Cmd {
 public:

@@ -4,6 +4,7 @@
 #include "foundation/core/qrtSubject.h"
 #include "qrtDebugLine.h"
 #include "qrtGuarded.h"
+#include "qrtTrace.h"
 
 namespace QRT_0_81 {
 
@@ -35,9 +36,11 @@ unsigned int ExternalSegmentWrapper::getOwnTexture(unsigned int rectangle) {
 
 Status ExternalSegmentWrapper::renderToTexture(unsigned int texture, unsigned int rectangle,
                                                VideoBufferResolution const& resolution, Time const& time) {
+    TraceSpan span("external segment", 0, "frame", time.getNbTicks());
     if (!isCaching()) return m_segment->renderToTexture(texture, rectangle, resolution, time);
     const int64 frame = time.getNbTicks();
     if (m_cacheManager.getTextureFrame(getId(), frame, resolution, rectangle, texture).success()) {
+        span.note("cached", true);
         QRT_DEBUG_LINE(wrapperSource, "ExternalSegment VRAM: Returned from cache frameNumber = %lld",
                        static_cast<long long>(frame));
         return Status();
@@ -59,9 +62,11 @@ Status ExternalSegmentWrapper::renderToTexture(unsigned int texture, unsigned in
 
 Status ExternalSegmentWrapper::renderToRam(void* buffer, unsigned int size, VideoBufferResolution const& resolution,
                                            Time const& time) {
+    TraceSpan span("external segment", 0, "frame", time.getNbTicks());
     if (!isCaching()) return m_segment->renderToRam(buffer, size, resolution, time);
     const int64 frame = time.getNbTicks();
     if (m_cacheManager.getRamFrame(getId(), frame, resolution, buffer, size).success()) {
+        span.note("cached", true);
         QRT_DEBUG_LINE(wrapperSource, "ExternalSegment RAM: Returned from cache frameNumber = %lld",
                        static_cast<long long>(frame));
         return Status();

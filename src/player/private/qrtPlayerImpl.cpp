@@ -49,6 +49,7 @@ PlayerImpl::PlayerImpl(VideoBufferResolution const& resolution, GraphEngineFacto
       m_videoFrameRate(defaultFrameRate),
       m_defaultSourceVideoFrameRate(defaultFrameRate),
       m_graphEngine(factory ? factory() : nullptr),
+      m_number(Trace::newPlayer()),
       m_graphEngineFactory(factory),
       m_framebufferReaper(FramebufferReaper::create()),
       m_fboPool(ResourcePoolFBO::create(m_framebufferReaper)),
@@ -69,6 +70,7 @@ PlayerImpl::~PlayerImpl() {
 }
 
 Status PlayerImpl::initialize(void* nativeContext, void* nativeWindow) {
+    const TraceSpan span("initialize", m_number);
     QRT_ENGINE_DEBUG("initialize() - beginning");
     if (m_initialized) return Status::already_initialized;
     if (_isPlayerThread("initialize()")) return Status::general_failure;
@@ -105,6 +107,7 @@ Status PlayerImpl::initialize(void* nativeContext, void* nativeWindow) {
 }
 
 Status PlayerImpl::uninitialize() {
+    const TraceSpan span("uninitialize", m_number);
     QRT_ENGINE_DEBUG("uninitialize() - beginning");
     if (!m_initialized) return Status::not_initialized;
     if (_isPlayerThread("uninitialize()")) return Status::general_failure;
@@ -146,11 +149,14 @@ void PlayerImpl::run() {
     _setUp();
     _executeCommands();
     _tearDown();
+    if (Trace::isOn()) Trace::flush();
     m_isThreadDone = true;
 }
 
 void PlayerImpl::_setUp() {
     (void)Platform::setThreadName("QRT-PLAYER");
+    if (Trace::isOn()) Trace::nameThread({"QRT-PLAYER", m_number});
+    const TraceSpan span("set up", m_number);
     m_poolInitStatus = guarded("initialize()", [this] { return _createContexts(); });
     m_isContextUsable = m_poolInitStatus.success();
     if (m_isContextUsable) m_poolInitStatus = guarded("initialize()", [this] { return _resizePools(); });
@@ -191,17 +197,26 @@ Status PlayerImpl::_createContexts() {
 
 void PlayerImpl::_executeCommands() {
     for (;;) {
-        const std::unique_ptr<Cmd> command = m_commandQueue.take();
+        const std::unique_ptr<Cmd> command = _takeCommand();
         if (!command || command->type() == CmdType::terminate) break;
         (void)guarded("a step of the player thread", [&] {
+            const TraceSpan span(nameOf(command->type()), m_number);
             (void)_makeContextCurrent();
             command->execute(*this);
             m_framebufferReaper->reap();
+            if (Trace::isOn()) _countFrames();
         });
     }
     (void)_makeContextCurrent();
     m_framebufferReaper->reap();
     _deletePixelBuffer();
+}
+
+std::unique_ptr<Cmd> PlayerImpl::_takeCommand() {
+    if (!Trace::isOn() || m_commandQueue.size() != 0) return m_commandQueue.take();
+    Trace::flush();  // there is time now, and a host that crashes leaves what has happened
+    const TraceSpan span("idle", m_number);
+    return m_commandQueue.take();
 }
 
 Status PlayerImpl::_makeContextCurrent() {
@@ -219,6 +234,7 @@ bool PlayerImpl::_isPlayerThread(char const* operation) const {
 }
 
 void PlayerImpl::_tearDown() {
+    const TraceSpan span("tear down", m_number);
     (void)_stopProducing();  // the run ends with its thread
     // Framebuffers and their textures can be deleted only while their context is current, and that is now. Pools are
     // emptied after the caches, whose frames return to them.
@@ -250,9 +266,10 @@ void PlayerImpl::_tearDown() {
 }
 
 void PlayerImpl::update(Subject* subject, NotificationHint const& hint) {
-    const bool isPool =
-        subject == static_cast<Subject*>(m_ramPool.get()) || subject == static_cast<Subject*>(m_fboPool.get());
-    if (isPool) {
+    const bool isRamPool = subject == static_cast<Subject*>(m_ramPool.get());
+    const bool isFboPool = subject == static_cast<Subject*>(m_fboPool.get());
+    if (isRamPool || isFboPool) {
+        if (Trace::isOn()) isFboPool ? _countFramebuffers() : _countBlocks();
         // What a step of the loop itself gives back must not restart the loop: a step that fails would be tried for
         // ever.
         const bool isOwnStep = QThread::currentThread() == this && m_isLookingAhead;
@@ -264,10 +281,34 @@ void PlayerImpl::update(Subject* subject, NotificationHint const& hint) {
         return;
     }
     if (dynamic_cast<InvalidationHint const*>(&hint) && !m_producerCache->empty()) {
+        const TraceSpan span("flush cache", m_number);
         (void)m_producerCache->clear();
         QRT_ENGINE_DEBUG("Flushed player cache");
     }
     _notify(hint);
+}
+
+void PlayerImpl::_countFrames() const {
+    Trace::count("waiting commands of player", m_number, {{"commands", static_cast<int64>(m_commandQueue.size())}});
+    Trace::count("cached frames of player", m_number, {{"frames", static_cast<int64>(m_producerCache->size())}});
+}
+
+void PlayerImpl::_countPools() const {
+    _countFramebuffers();
+    _countBlocks();
+}
+
+void PlayerImpl::_countFramebuffers() const {
+    _countResources("framebuffers of player", m_fboPool->getLevels());
+}
+
+void PlayerImpl::_countBlocks() const {
+    _countResources("memory blocks of player", m_ramPool->getLevels());
+}
+
+void PlayerImpl::_countResources(char const* name, ResourcePool::Levels const& levels) const {
+    Trace::count(name, m_number,
+                 {{"free", static_cast<int64>(levels.free)}, {"lent", static_cast<int64>(levels.lent)}});
 }
 
 void PlayerImpl::_notify(NotificationHint const& hint) {

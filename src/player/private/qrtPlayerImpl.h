@@ -20,6 +20,7 @@
 #include "qrtExternalSegmentWrappers.h"
 #include "qrtNativeContext.h"
 #include "qrtNextFrameSearch.h"
+#include "qrtTrace.h"
 #include "qrtVideoBufferPrivate.h"
 
 class QOffscreenSurface;
@@ -35,7 +36,7 @@ namespace QRT_0_81 {
 /// underscore run on the player thread or, while no player thread exists, on the host's, unless they say otherwise.
 ///
 /// Fields are grouped by what guards them. No two locks are held at once, but that a pool's notification, which runs
-/// under the pool's lock, posts a command; the locks of the log and of the framebuffer reaper are leaves.
+/// under the pool's lock, posts a command; the locks of the log, of the trace and of the framebuffer reaper are leaves.
 class PlayerImpl final : public QThread, public Subject, public Observer, public Prefs {
 public:
     using GraphEngineFactory = SharedPtr<GraphEngineInterface> (*)();
@@ -130,6 +131,7 @@ private:
     void _setUp();
     [[nodiscard]] Status _createContexts();
     void _executeCommands();
+    [[nodiscard]] std::unique_ptr<Cmd> _takeCommand();
     void _tearDown();
     /// `Status::graphics_failure`, with a message, when it is another one's and cannot be had back.
     Status _makeContextCurrent();
@@ -170,9 +172,11 @@ private:
 
     // One frame
     Status _produceVideoBuffer(int64 frameNumber, bool onDemand, SharedPtr<VideoBuffer>& videoBuffer);
+    Status _produceMissing(int64 frameNumber, bool onDemand, SharedPtr<VideoBuffer>& videoBuffer);
     template <class Pool>
     Status _lendBuffer(SharedPtr<Pool> const& pool, bool onDemand, SharedPtr<VideoBufferPrivate>& buffer);
     Status _render(QOpenGLFramebufferObject& framebuffer, int64 frameNumber);
+    Status _askForFrame(int64 frameNumber, unsigned int texture);
     Status _readBack(SharedPtr<VideoBufferPrivate> const& source, bool onDemand,
                      SharedPtr<VideoBufferPrivate>& destination);
     Status _copyVideoBuffer(SharedPtr<VideoBuffer> const& source, SharedPtr<VideoBuffer> const& destination);
@@ -193,6 +197,13 @@ private:
     size_t _cacheEvictOne();
     size_t _cacheEvictUnwanted();
     size_t _cacheTryEvictOne();
+
+    // For the trace, while one is on; any thread.
+    void _countFrames() const;
+    void _countPools() const;
+    void _countFramebuffers() const;
+    void _countBlocks() const;
+    void _countResources(char const* name, ResourcePool::Levels const& levels) const;
 
     /// Any thread: notifies the host's observers; what they throw ends here.
     void _notify(NotificationHint const& hint);
@@ -238,6 +249,7 @@ private:
     List<SharedPtr<ExternalSegment>> m_retiredSegments;  // of earlier compositions, still registered
 
     // Fixed after construction; each object takes care of its own threads.
+    const int64 m_number;  // by which a trace tells engines apart
     const GraphEngineFactory m_graphEngineFactory;
     const SharedPtr<FramebufferReaper> m_framebufferReaper;
     const SharedPtr<ResourcePoolFBO> m_fboPool;
@@ -252,8 +264,11 @@ Status PlayerImpl::_executeThrough(void (CommandQueue::*post)(std::unique_ptr<Cm
     if (QThread::currentThread() == this) return Status::general_failure;  // it would wait for itself
     Status status = Status::not_initialized;  // what stays when the thread ends before the command's turn
     CmdCompletion completion;
-    (m_commandQueue.*post)(std::make_unique<Command>(&status, &completion, std::forward<Arguments>(arguments)...));
+    auto command = std::make_unique<Command>(&status, &completion, std::forward<Arguments>(arguments)...);
+    TraceSpan span("wait", m_number, "command", nameOf(command->type()));
+    (m_commandQueue.*post)(std::move(command));
     completion.wait();
+    span.note("status", status.get());
     return status;
 }
 

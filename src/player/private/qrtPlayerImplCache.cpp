@@ -106,8 +106,10 @@ bool PlayerImpl::_cacheContains(int64 frameNumber) const {
 size_t PlayerImpl::_cacheEvictOne() {
     if (m_producerCache->empty()) return 0;
     size_t numEvicted = 0;
+    TraceSpan span("evict", m_number);
     if (m_producing) numEvicted = _cacheEvictUnwanted();
     if (numEvicted == 0) (void)m_producerCache->evict(evict_one, evict_least_recently_used, numEvicted);
+    span.note("evicted", static_cast<int64>(numEvicted));
     QRT_ENGINE_DEBUG("%s %zd", "_cacheEvictOne() - after - numEvicted =", numEvicted);
     return numEvicted;
 }
@@ -123,8 +125,10 @@ size_t PlayerImpl::_cacheEvictUnwanted() {
 size_t PlayerImpl::_cacheTryEvictOne() {
     if (m_producerCache->empty()) return 0;
     size_t numEvicted = 0;
+    TraceSpan span("evict", m_number);
     // No fallback: looking ahead never costs a frame that playback still needs.
     if (m_producing) numEvicted = _cacheEvictUnwanted();
+    span.note("evicted", static_cast<int64>(numEvicted));
     QRT_ENGINE_DEBUG("%s %zd", "_cacheTryEvictOne() - after - numEvicted =", numEvicted);
     return numEvicted;
 }

@@ -277,6 +277,7 @@ Status PlayerImpl::_setVideoResolution(VideoBufferResolution const& resolution) 
         if (const Status status = pool->setResolution(resolution); status.failure()) return status;
     }
     if (m_pixelBuffer && resolution.getBufferSize() > current.getBufferSize()) _deletePixelBuffer();
+    if (Trace::isOn()) _countPools();
 
     const std::lock_guard lock(m_engineMutex);
     m_videoResolution = resolution;
@@ -354,7 +355,9 @@ Status PlayerImpl::_resizePools() {
         const Status status = m_fboPool->setup(size, ResourcePool::SizeUnit::buffers, resolution);
         if (status.failure()) return status;
     }
-    return m_ramPool->setup(m_ramOutputs ? size : 0, ResourcePool::SizeUnit::buffers, resolution);
+    const Status status = m_ramPool->setup(m_ramOutputs ? size : 0, ResourcePool::SizeUnit::buffers, resolution);
+    if (Trace::isOn()) _countPools();
+    return status;
 }
 
 uint64 PlayerImpl::_poolSize() const {

@@ -33,6 +33,7 @@ bool PlayerImpl::isVideoBufferReady(int64 frameNumber) {
 }
 
 Status PlayerImpl::getVideoBuffer(int64 frameNumber, SharedPtr<VideoBuffer>& videoBuffer) {
+    TraceSpan span("getVideoBuffer", m_number, "frame", frameNumber);
     videoBuffer.reset();
     if (!m_initialized) return Status::not_initialized;
     SharedPtr<Composition> composition;
@@ -52,7 +53,9 @@ Status PlayerImpl::getVideoBuffer(int64 frameNumber, SharedPtr<VideoBuffer>& vid
     }
 
     QRT_ENGINE_DEBUG("%s %lld", "getVideoBuffer()-before frameNumber =", static_cast<long long>(frameNumber));
-    if (_cacheGet(frameNumber, videoBuffer, 0).failure()) {
+    const bool isCached = _cacheGet(frameNumber, videoBuffer, 0).success();
+    span.note("cached", isCached);
+    if (!isCached) {
         const Status status = _cmdProduceVideoBuffer(frameNumber, videoBuffer, true);
         if (status.failure()) {
             QRT_ENGINE_MESSAGE("getVideoBuffer() failed = %d", static_cast<int>(status.get()));
@@ -78,6 +81,7 @@ Status PlayerImpl::_cmdProduceVideoBuffer(int64 frameNumber, SharedPtr<VideoBuff
 }
 
 Status PlayerImpl::fillAudioBuffer(char* buffer, size_t size, size_t position) {
+    const TraceSpan span("fillAudioBuffer", m_number, "bytes", static_cast<int64>(size));
     const auto graphEngine = _graphEngine();
     return graphEngine ? graphEngine->fillAudio(getAudioFormat(), buffer, size, position) : Status::general_failure;
 }

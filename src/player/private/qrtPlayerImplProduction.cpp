@@ -54,6 +54,7 @@ Status PlayerImpl::_produceNextVideoBuffer() {
 }
 
 Status PlayerImpl::_updateCurrentFrameNumber(int64 frameNumber) {
+    const TraceSpan span("follow the host", m_number, "frame", frameNumber);
     if (!m_producing || frameNumber < m_playParams->getStartFrame() || frameNumber > m_playParams->getEndFrame()) {
         return Status();
     }
@@ -71,7 +72,14 @@ Status PlayerImpl::_updateCurrentFrameNumber(int64 frameNumber) {
 
 Status PlayerImpl::_produceVideoBuffer(int64 frameNumber, bool onDemand, SharedPtr<VideoBuffer>& videoBuffer) {
     if (const Status cached = _cacheGet(frameNumber, videoBuffer, 0); cached.success()) return cached;
+    TraceSpan span("produce", m_number, "frame", frameNumber);
+    span.note("on demand", onDemand);
+    const Status status = _produceMissing(frameNumber, onDemand, videoBuffer);
+    span.note("status", status.get());
+    return status;
+}
 
+Status PlayerImpl::_produceMissing(int64 frameNumber, bool onDemand, SharedPtr<VideoBuffer>& videoBuffer) {
     SharedPtr<VideoBufferPrivate> rendered;
     if (const Status status = _lendBuffer(m_fboPool, onDemand, rendered); status.failure()) return status;
     QOpenGLFramebufferObject* framebuffer = nullptr;
@@ -107,6 +115,7 @@ Status PlayerImpl::_lendBuffer(SharedPtr<Pool> const& pool, bool onDemand, Share
 }
 
 Status PlayerImpl::_render(QOpenGLFramebufferObject& framebuffer, int64 frameNumber) {
+    const TraceSpan span("render", m_number, "frame", frameNumber);
     if (const Status status = _makeContextCurrent(); status.failure()) return status;
     framebuffer.bind();
     // What a graph engine may have left behind, and what would hold the clear back.
@@ -116,17 +125,24 @@ Status PlayerImpl::_render(QOpenGLFramebufferObject& framebuffer, int64 frameNum
     glClearColor(0.0f, 1.0f, 0.0f, 1.0f);  // a frame that is left undrawn shows as solid green
     glClear(GL_COLOR_BUFFER_BIT);
     glFinish();
-    const Status status = _graphEngine()->renderFrame(m_videoResolution, frameNumber, framebuffer.texture());
+    const Status status = _askForFrame(frameNumber, framebuffer.texture());
     if (status.failure()) return status;
     if (const Status current = _makeContextCurrent(); current.failure()) return current;
+    const TraceSpan finishing("glFinish", m_number);
     glFinish();  // other contexts sample the texture without waiting for this one
     return status;
+}
+
+Status PlayerImpl::_askForFrame(int64 frameNumber, unsigned int texture) {
+    const TraceSpan span("renderFrame", m_number, "frame", frameNumber);
+    return _graphEngine()->renderFrame(m_videoResolution, frameNumber, texture);
 }
 
 // ---- Read-back
 
 Status PlayerImpl::_readBack(SharedPtr<VideoBufferPrivate> const& source, bool onDemand,
                              SharedPtr<VideoBufferPrivate>& destination) {
+    const TraceSpan span("read back", m_number);
     if (const Status status = _lendBuffer(m_ramPool, onDemand, destination); status.failure()) return status;
     return _copyVideoBuffer(source, destination);
 }

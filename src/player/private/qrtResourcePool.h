@@ -23,6 +23,12 @@ public:
         megabytes = 1  ///< a budget in mebibytes
     };
 
+    /// How many resources a pool could lend at one moment, and how many it had lent.
+    struct Levels {
+        size_t free;
+        size_t lent;
+    };
+
     /// Creates the resources. Success when they are there already.
     virtual Status initialize() = 0;
     /// Destroys the free resources and forgets the lent ones, which are destroyed when they come back.

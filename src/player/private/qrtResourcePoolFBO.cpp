@@ -92,6 +92,11 @@ bool ResourcePoolFBO::isSameResolution(VideoBufferResolution const& a, VideoBuff
     return !a.isValid() || a == b;
 }
 
+ResourcePool::Levels ResourcePoolFBO::getLevels() const {
+    const std::lock_guard lock(m_mutex);
+    return {m_freeFbos.size(), m_lockedFbos.size()};
+}
+
 QOpenGLFramebufferObject* ResourcePoolFBO::lock(bool allowLast) {
     const std::lock_guard lock(m_mutex);
     QOpenGLFramebufferObject* const fbo = lendLast(m_freeFbos, m_lockedFbos, allowLast);

@@ -29,6 +29,7 @@ public:
     Status initialize() override;
     Status uninitialize() override;
     [[nodiscard]] bool isSameResolution(VideoBufferResolution const& a, VideoBufferResolution const& b) const override;
+    [[nodiscard]] Levels getLevels() const;
 
     /// Lends the framebuffer that came back last, or null when none can be lent; never waits, never grows.
     /// `allowLast`: whether the last free one may go too; it is kept for callers that a host is waiting for.

@@ -61,6 +61,11 @@ bool ResourcePoolRAM::isSameResolution(VideoBufferResolution const& a, VideoBuff
            a.getBitsPerChannel() == b.getBitsPerChannel();
 }
 
+ResourcePool::Levels ResourcePoolRAM::getLevels() const {
+    const std::lock_guard lock(m_mutex);
+    return {m_freeBuffers.size(), m_lockedBuffers.size()};
+}
+
 void* ResourcePoolRAM::lock(bool allowLast) {
     const std::lock_guard lock(m_mutex);
     void* const buffer = lendLast(m_freeBuffers, m_lockedBuffers, allowLast);

@@ -23,6 +23,7 @@ public:
     Status uninitialize() override;
     /// A block serves every format of its width, height, channels and bits, floating-point or not.
     [[nodiscard]] bool isSameResolution(VideoBufferResolution const& a, VideoBufferResolution const& b) const override;
+    [[nodiscard]] Levels getLevels() const;
 
     /// Lends the block that came back last, or null when none can be lent; never waits, never grows.
     /// `allowLast`: whether the last free block may go too; it is kept for callers that a host is waiting for.
