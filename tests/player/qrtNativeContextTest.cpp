@@ -6,10 +6,9 @@
 #include <EGL/egl.h>
 #include <GL/glx.h>
 
-#include <QtPlatformHeaders/QEGLNativeContext>
-#include <QtPlatformHeaders/QGLXNativeContext>
 #include <thread>
 
+#include "common/native_context.h"
 #include "harness/qrtHostContext.h"
 #include "harness/qrtOtherContext.h"
 
@@ -95,23 +94,18 @@ TEST_F(NativeContextTest, isOnlyLetGoOfOnTheThreadThatHasItCurrent) {
     EXPECT_EQ(Current(), before);
 }
 
-TEST_F(NativeContextTest, theHandleIsInTheFormOfTheInterfaceThatQtWorksThrough) {
+TEST_F(NativeContextTest, theAdoptedContextIsTheHostsThroughTheInterfaceThatQtWorksThrough) {
     QOffscreenSurface surface;
     surface.create();
     host.doneCurrent();
-    const QVariant handle = toQtNativeHandle(native(), &surface);
-    ASSERT_TRUE(handle.isValid());
-    if (host.context().nativeHandle().canConvert<QGLXNativeContext>()) {
-        ASSERT_TRUE(handle.canConvert<QGLXNativeContext>());
-        EXPECT_EQ(handle.value<QGLXNativeContext>().context(), host.nativeContext());
-    } else {
-        ASSERT_TRUE(handle.canConvert<QEGLNativeContext>());
-        EXPECT_EQ(handle.value<QEGLNativeContext>().context(), host.nativeContext());
-        EXPECT_EQ(handle.value<QEGLNativeContext>().display(), host.nativeWindow());
-    }
+    const auto adopted = adoptContext(native(), &surface);
+    ASSERT_TRUE(adopted);
+    const examples::NativeContext itsOwn = examples::nativeContextOf(*adopted);
+    EXPECT_EQ(itsOwn.context, host.nativeContext());
+    EXPECT_EQ(itsOwn.window, host.nativeWindow());
 }
 
-TEST_F(NativeContextTest, aContextMadeFromTheHandleSharesTheHostsTextures) {
+TEST_F(NativeContextTest, aContextThatSharesWithTheAdoptedOneHasTheHostsTextures) {
     GLuint texture = 0;
     host.gl().glGenTextures(1, &texture);
     host.gl().glBindTexture(GL_TEXTURE_2D, texture);
@@ -125,7 +119,7 @@ TEST_F(NativeContextTest, aContextMadeFromTheHandleSharesTheHostsTextures) {
     host.gl().glDeleteTextures(1, &texture);
 }
 
-TEST_F(NativeContextTest, theHostsContextOutlivesThoseMadeFromItsHandle) {
+TEST_F(NativeContextTest, theHostsContextOutlivesThoseThatHaveAdoptedIt) {
     GLuint texture = 0;
     host.gl().glGenTextures(1, &texture);
     host.gl().glBindTexture(GL_TEXTURE_2D, texture);

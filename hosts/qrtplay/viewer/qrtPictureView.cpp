@@ -10,6 +10,7 @@
 
 #include "playback/qrtFrameReader.h"
 #include "viewer/qrtEightBitImage.h"
+#include "viewer/qrtMousePosition.h"
 #include "viewer/qrtOverlayImage.h"
 #include "viewer/qrtPictureRenderer.h"
 #include "viewer/qrtRectangleTexture.h"
@@ -300,13 +301,13 @@ void PictureView::wheelEvent(QWheelEvent* event) {
 }
 
 void PictureView::mousePressEvent(QMouseEvent* event) {
-    m_dragPosition = event->localPos() * devicePixelRatioF();
+    m_dragPosition = mousePosition(*event) * devicePixelRatioF();
     if (isPanButton(event->buttons()) && !m_zoom.isFit()) setCursor(Qt::ClosedHandCursor);
 }
 
 void PictureView::mouseMoveEvent(QMouseEvent* event) {
     if (!isPanButton(event->buttons())) return;
-    const QPointF position = event->localPos() * devicePixelRatioF();
+    const QPointF position = mousePosition(*event) * devicePixelRatioF();
     m_zoom.pan(position - m_dragPosition);
     m_dragPosition = position;
     update();
