@@ -1,4 +1,5 @@
-# The Debian packages that `cpack` makes of the components of QrtInstall.cmake. scripts/package.sh makes and tries them.
+# The Debian packages that `cpack` makes of the components of QrtInstall.cmake, with Qt 5. scripts/package.sh makes and
+# tries them.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME qrt)
 set(QRT_PACKAGE_CONTACT "The qrt authors <qrt@localhost>" CACHE STRING "Who answers for the packages")
@@ -56,7 +57,7 @@ qrt_describe_package(tools qrtplay video
     "Shows them frame by frame in a window, writes frames into image files and\nmovies, makes contact sheets and tells what a file holds.")
 set(CPACK_COMPONENT_DEV_DEPENDS runtime)
 set(CPACK_COMPONENT_TOOLS_DEPENDS runtime)
-set(CPACK_DEBIAN_DEV_PACKAGE_RECOMMENDS qtbase5-dev)
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS qtbase5-dev)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS libqt5multimedia5-plugins)
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libqrt-dev COMPONENT dev)
 install(FILES docs/embedding.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libqrt-dev COMPONENT dev)
