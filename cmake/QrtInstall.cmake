@@ -14,23 +14,24 @@ set(QRT_INSTALL_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/qrt)
 
 # ---- The libraries
 
-# qrt_install_library(<Module> <description> [<required module>...])
+# qrt_install_library(<Module> <description> REQUIRES <module of pkg-config>...)
 function(qrt_install_library module QRT_PC_DESCRIPTION)
+    cmake_parse_arguments(LIBRARY "" "" "REQUIRES" ${ARGN})
     set_target_properties(qrt${module} PROPERTIES EXPORT_NAME ${module} INSTALL_RPATH $ORIGIN)
     install(TARGETS qrt${module} EXPORT qrt
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev
         INCLUDES DESTINATION ${QRT_INSTALL_INCLUDEDIR})
-    list(TRANSFORM ARGN PREPEND qrt OUTPUT_VARIABLE requires)
-    list(JOIN requires " " QRT_PC_REQUIRES)
+    list(JOIN LIBRARY_REQUIRES ", " QRT_PC_REQUIRES)
     set(pkgconfig ${CMAKE_CURRENT_BINARY_DIR}/packaging/qrt${module}.pc)
     configure_file(${PROJECT_SOURCE_DIR}/packaging/library.pc.in ${pkgconfig} @ONLY)
     install(FILES ${pkgconfig} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)
 endfunction()
 qrt_install_library(Core "results, numbers, times, containers, reference counting, observers, preferences, formats")
-qrt_install_library(Cache "a keyed cache with pluggable eviction" Core)
-qrt_install_library(Composition "the interfaces of timelines and graph engines" Core)
-qrt_install_library(Logger "messages, channels, sinks" Core)
-qrt_install_library(Player "the playback engine" Composition Core)
+qrt_install_library(Cache "a keyed cache with pluggable eviction" REQUIRES qrtCore)
+qrt_install_library(Composition "the interfaces of timelines and graph engines" REQUIRES qrtCore)
+qrt_install_library(Logger "messages, channels, sinks" REQUIRES qrtCore)
+qrt_install_library(Player "the playback engine"
+    REQUIRES qrtComposition qrtCore "Qt${QRT_QT_MAJOR}Gui >= ${QRT_QT_OLDEST}")
 
 install(DIRECTORY src/foundation DESTINATION ${QRT_INSTALL_INCLUDEDIR} COMPONENT dev
     FILES_MATCHING PATTERN *.h PATTERN qrtRegistration.h EXCLUDE)

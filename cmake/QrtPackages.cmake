@@ -1,4 +1,5 @@
-# The Debian packages that `cpack` makes of the components of QrtInstall.cmake. scripts/package.sh makes and tries them.
+# The Debian packages that `cpack` makes of the components of QrtInstall.cmake, with Qt 5. scripts/package.sh makes and
+# tries them.
 find_program(QRT_GZIP gzip)
 if(NOT QRT_GZIP)
     message(STATUS "Packages cannot be made: gzip is not installed")
@@ -62,7 +63,7 @@ qrt_describe_package(tools qrtplay video
     "Shows them frame by frame in a window, writes frames into image files and\nmovies, makes contact sheets and tells what a file holds.")
 set(CPACK_COMPONENT_DEV_DEPENDS runtime)
 set(CPACK_COMPONENT_TOOLS_DEPENDS runtime)
-set(CPACK_DEBIAN_DEV_PACKAGE_RECOMMENDS qtbase5-dev)
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS qtbase5-dev)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS libqt5multimedia5-plugins)
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libqrt-dev COMPONENT dev)
 # Beside the examples as in the sources, so that its links lead there.

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what the build, the tests and the reference host need from Debian's packages.
 # Quick when everything is there. Works as root or with sudo.
+#   scripts/setup.sh [PRESET...]    for presets that need more than the others, that too
 set -euo pipefail
 
 packages=(
@@ -16,6 +17,11 @@ packages=(
     # OpenGL without a display
     xvfb xauth libgl1-mesa-dri libegl-mesa0 libglx-mesa0
 )
+
+# What a preset needs beyond that.
+for preset in "$@"; do
+    [[ $preset != qt6 ]] || packages+=(qt6-base-dev libqt6opengl6-dev qt6-multimedia-dev pulseaudio)
+done
 
 missing=()
 for package in "${packages[@]}"; do

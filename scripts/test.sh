@@ -12,10 +12,11 @@ Sets up, builds and runs every test.
 PRESET is one of the test presets of CMakePresets.json; each has its build in build/PRESET:
   lint    static checks: clang-tidy, cppcheck, clang-format, includes; the quickest to fail
   dev     assertions on: the quick local loop
+  qt6     the same with Qt 6, whose packages are installed for it; only when it is named
   asan    AddressSanitizer with LeakSanitizer, and UndefinedBehaviorSanitizer
   tsan    ThreadSanitizer
   fuzz    the fuzz targets, each for 45 seconds, with Clang
-Without one, all five are run. Exit status 0 only when all of them passed; one that fails does not stop the others.
+Without one, all but qt6 are run. Exit status 0 only when all of them passed; one that fails does not stop the others.
 USAGE
 }
 
@@ -103,7 +104,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
 trap 'exit 130' INT
 trap 'exit 143' TERM
 
-scripts/setup.sh || exit 1
+scripts/setup.sh "$@" || exit 1
 
 presets=("$@")
 [[ $# -eq 0 ]] && presets=("${default_presets[@]}")

@@ -1,6 +1,9 @@
 #include "common/native_context.h"
 
 #include <QOpenGLContext>
+
+#if QT_VERSION_MAJOR == 5
+
 #include <QVariant>
 
 // After Qt's own headers, which do not survive X11's.
@@ -19,3 +22,19 @@ NativeContext nativeContextOf(QOpenGLContext const& context) {
 }
 
 }  // namespace examples
+
+#else
+
+namespace examples {
+
+NativeContext nativeContextOf(QOpenGLContext const& context) {
+    if (auto const* const glx = context.nativeInterface<QNativeInterface::QGLXContext>()) {
+        return {glx->nativeContext(), nullptr};
+    }
+    auto const* const egl = context.nativeInterface<QNativeInterface::QEGLContext>();
+    return egl ? NativeContext{egl->nativeContext(), egl->display()} : NativeContext{};
+}
+
+}  // namespace examples
+
+#endif

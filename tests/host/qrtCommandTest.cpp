@@ -1,6 +1,8 @@
 // The program itself, run as a user runs it.
 #include "host/qrtCommandFixture.h"
 
+#include <QRegularExpression>
+
 namespace qrtplay {
 namespace {
 
@@ -140,7 +142,7 @@ TEST_F(Command, leavesNoPartialFileWhenItIsInterrupted) {
     process.start(QRT_PLAY_PROGRAM,
                   {"render", clip("bframes.mp4"), "--frames", "0-47,0-47,0-47,0-47,0-47,0-47,0-47,0-47", "--resolution",
                    "1280x720", "--output", "##.png"});
-    while (files().filter(QRegExp("^[0-9]+\\.png$")).isEmpty() && process.state() != QProcess::NotRunning)
+    while (files().filter(QRegularExpression("^[0-9]+\\.png$")).isEmpty() && process.state() != QProcess::NotRunning)
         process.waitForReadyRead(10);
     process.terminate();
     ASSERT_TRUE(process.waitForFinished(60000));

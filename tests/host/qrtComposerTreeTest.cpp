@@ -2,6 +2,7 @@
 
 #include <QOpenGLFunctions_3_2_Core>
 
+#include "graph/qrtCoreFunctions.h"
 #include "graph/qrtGlState.h"
 #include "host/qrtComposerFixture.h"
 
@@ -226,8 +227,7 @@ void disorder(QOpenGLExtraFunctions& gl) {
     gl.glPixelStorei(GL_PACK_ROW_LENGTH, 17);
     gl.glClearColor(1, 0.5, 0.25, 0.125);
     gl.glViewport(1, 2, 3, 4);
-    auto* const core = QOpenGLContext::currentContext()->versionFunctions<QOpenGLFunctions_3_2_Core>();
-    core->initializeOpenGLFunctions();
+    auto* const core = currentCoreFunctions();
     core->glPolygonMode(GL_FRONT_AND_BACK, GL_LINE);
     core->glLogicOp(GL_INVERT);
     gl.glUseProgram(4711);  // leaves an error

@@ -4,8 +4,9 @@
   includes.py --build FOLDER SOURCE_FOLDER
 
 A header has "#pragma once", a source includes its own header first, nothing of src/ includes a host, a host or an
-example includes nothing of the private folder of src/player, no file includes another twice, and every public header
-compiles alone. FOLDER has a compile_commands.json for Clang.
+example includes nothing of the private folder of src/player, no file includes another twice, what Qt 6 has no longer is
+named only where a choice between the versions is made, and every public header compiles alone. FOLDER has a
+compile_commands.json for Clang.
 """
 
 import argparse
@@ -19,6 +20,7 @@ import sys
 from concurrent.futures import ThreadPoolExecutor
 
 INCLUDE = re.compile(r'^#include ([<"][^>"]+[>"])', re.M)
+ONLY_QT_5 = re.compile(r"\b(QtPlatformHeaders|Q(AudioDeviceInfo|DesktopWidget|GLWidget|LinkedList|RegExp|StringRef|TextCodec))\b")
 
 
 def complaints_about(path, source):
@@ -29,6 +31,9 @@ def complaints_about(path, source):
         yield f"{name}: has no #pragma once"
     for twice in sorted({one for one in included if included.count(one) > 1}):
         yield f"{name}: includes {twice} twice"
+    if "QT_VERSION_MAJOR" not in text and not path.stem.endswith("Qt5"):
+        for one in sorted({match[0] for match in ONLY_QT_5.finditer(text)}):
+            yield f"{name}: names {one}, which Qt 6 does not have"
     own = path.with_suffix(".h")
     if path.suffix == ".cpp" and own.exists() and not (included and included[0].strip('<">').endswith(own.name)):
         yield f"{name}: does not include its own header first"

@@ -12,11 +12,10 @@
 #include <EGL/egl.h>
 #include <GL/glx.h>
 
-#include <QtPlatformHeaders/QEGLNativeContext>
-#include <QtPlatformHeaders/QGLXNativeContext>
 #include <memory>
 #include <thread>
 
+#include "common/native_context.h"
 #include "harness/qrtHostContext.h"
 #include "harness/qrtOtherContext.h"
 
@@ -105,23 +104,18 @@ TEST_F(NativeContextTest, isOnlyLetGoOfOnTheThreadThatHasItCurrent) {
     EXPECT_EQ(Current(), before);
 }
 
-TEST_F(NativeContextTest, theHandleIsInTheFormOfTheInterfaceThatQtWorksThrough) {
+TEST_F(NativeContextTest, theAdoptedContextIsTheHostsThroughTheInterfaceThatQtWorksThrough) {
     QOffscreenSurface surface;
     surface.create();
     host.doneCurrent();
-    const QVariant handle = toQtNativeHandle(native(), &surface);
-    ASSERT_TRUE(handle.isValid());
-    if (host.context().nativeHandle().canConvert<QGLXNativeContext>()) {
-        ASSERT_TRUE(handle.canConvert<QGLXNativeContext>());
-        EXPECT_EQ(handle.value<QGLXNativeContext>().context(), host.nativeContext());
-    } else {
-        ASSERT_TRUE(handle.canConvert<QEGLNativeContext>());
-        EXPECT_EQ(handle.value<QEGLNativeContext>().context(), host.nativeContext());
-        EXPECT_EQ(handle.value<QEGLNativeContext>().display(), host.nativeWindow());
-    }
+    const auto adopted = adoptContext(native(), &surface);
+    ASSERT_TRUE(adopted);
+    const examples::NativeContext itsOwn = examples::nativeContextOf(*adopted);
+    EXPECT_EQ(itsOwn.context, host.nativeContext());
+    EXPECT_EQ(itsOwn.window, host.nativeWindow());
 }
 
-TEST_F(NativeContextTest, aContextMadeFromTheHandleSharesTheHostsTextures) {
+TEST_F(NativeContextTest, aContextThatSharesWithTheAdoptedOneHasTheHostsTextures) {
     GLuint texture = 0;
     host.gl().glGenTextures(1, &texture);
     host.gl().glBindTexture(GL_TEXTURE_2D, texture);
@@ -135,7 +129,7 @@ TEST_F(NativeContextTest, aContextMadeFromTheHandleSharesTheHostsTextures) {
     host.gl().glDeleteTextures(1, &texture);
 }
 
-TEST_F(NativeContextTest, theHostsContextOutlivesThoseMadeFromItsHandle) {
+TEST_F(NativeContextTest, theHostsContextOutlivesThoseThatHaveAdoptedIt) {
     GLuint texture = 0;
     host.gl().glGenTextures(1, &texture);
     host.gl().glBindTexture(GL_TEXTURE_2D, texture);
@@ -150,7 +144,7 @@ TEST_F(NativeContextTest, theHostsContextOutlivesThoseMadeFromItsHandle) {
 
 /// Through GLX a handle is the address of memory of the client's; nobody can tell that it has been given back.
 TEST_F(NativeContextTest, aContextOfEglThatIsDeadIsAFailureWithAMessageAndTheNextOneWorks) {
-    if (!host.context().nativeHandle().canConvert<QEGLNativeContext>()) GTEST_SKIP() << "this is GLX";
+    if (!Current().eglContext) GTEST_SKIP() << "this is GLX";
     const auto dead = std::make_unique<HostContext>()->nativeContext();  // gone at the end of this line
     host.makeCurrent();
     LogCapture log;

@@ -24,7 +24,8 @@ protected:
     }
     void drag(Qt::MouseButton button, QPoint const& from, QPoint const& to) {
         QTest::mousePress(view.get(), button, Qt::NoModifier, logical(from));
-        QMouseEvent move(QEvent::MouseMove, logical(to), Qt::NoButton, button, Qt::NoModifier);
+        QMouseEvent move(QEvent::MouseMove, logical(to), view->mapToGlobal(logical(to)), Qt::NoButton, button,
+                         Qt::NoModifier);
         QApplication::sendEvent(view.get(), &move);
         QTest::mouseRelease(view.get(), button, Qt::NoModifier, logical(to));
     }

@@ -2,31 +2,23 @@
 
 #include <gtest/gtest.h>
 
-#include <QAudioDeviceInfo>
-#include <QFile>
-#include <QTemporaryDir>
 #include <QTest>
-#include <algorithm>
 
 #include "host/qrtTestClips.h"
 #include "playback/qrtPreparedInput.h"
 #include "playback/qrtSoundFeed.h"
 #include "playback/qrtTimelinePlayer.h"
+#include "viewer/qrtMadeDevice.h"
 #include "viewer/qrtViewerApplication.h"
 
 namespace qrtplay {
 namespace {
 
 constexpr int deviceWaitMs = 60'000;
-constexpr char const* silence = "type null";  // takes all that it is given, as fast as it gets it
-constexpr char const* noAlsa = "Qt Multimedia has no plugin for ALSA here";
 
-/// Neither a sound server nor a card: what there is to hear with is what this test says.
 class QtSoundOutputTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        qputenv("PULSE_SERVER", "unix:/nonexistent");
-        haveDevices({});
         PlayInput input;
         input.files = {clipPath("bframes.mp4")};
         PlaySettings settings;
@@ -41,27 +33,12 @@ protected:
         m_feed = std::make_unique<SoundFeed>(*m_player, *m_player->parameters(0, 47, 0, 1, PlayParams::loop),
                                              Rational(24, 1));
     }
-    void TearDown() override { qunsetenv("ALSA_CONFIG_PATH"); }
-
-    /// By a configuration of ALSA. False when Qt knows nothing of ALSA here.
-    bool haveDevice(char const* kind) {
-        haveDevices("pcm.!default { " + QByteArray(kind) + " hint { show on description \"Made up\" } }");
-        const auto devices = QAudioDeviceInfo::availableDevices(QAudio::AudioOutput);
-        return std::any_of(devices.begin(), devices.end(),
-                           [](QAudioDeviceInfo const& info) { return info.deviceName() == "default"; });
-    }
-    void haveDevices(QByteArray const& configuration) {
-        QFile file(m_folder.filePath("asound.conf"));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(configuration);
-        file.close();
-        qputenv("ALSA_CONFIG_PATH", file.fileName().toUtf8());
-    }
     void endFeed() { m_feed.reset(); }
     [[nodiscard]] SoundFeed& feed() { return *m_feed; }
 
+    MadeDevice m_device;  // what there is to hear with
+
 private:
-    QTemporaryDir m_folder;
     std::unique_ptr<TimelinePlayer> m_player;
     std::unique_ptr<SoundFeed> m_feed;
 };
@@ -84,14 +61,14 @@ TEST_F(QtSoundOutputTest, stopsHarmlesslyWhereNothingPlays) {
 }
 
 TEST_F(QtSoundOutputTest, saysWhichDeviceCannotBeOpened) {
-    if (!haveDevice("type hw card 99")) GTEST_SKIP() << noAlsa;
+    if (!m_device.make(MadeDevice::Kind::closed)) GTEST_SKIP() << m_device.whyNot();
     QtSoundOutput output;
     EXPECT_EQ(output.start(feed()).message(), "The sound device \"default\" cannot be opened for stereo at 48000 Hz.");
     EXPECT_EQ(output.heard(), std::nullopt);
 }
 
 TEST_F(QtSoundOutputTest, playsTheFeedUntilItIsStopped) {
-    if (!haveDevice(silence)) GTEST_SKIP() << noAlsa;
+    if (!m_device.make(MadeDevice::Kind::silent)) GTEST_SKIP() << m_device.whyNot();
     QtSoundOutput output;
     output.setVolume(0.25);
     const Outcome started = output.start(feed());
@@ -108,7 +85,7 @@ TEST_F(QtSoundOutputTest, playsTheFeedUntilItIsStopped) {
 }
 
 TEST_F(QtSoundOutputTest, goesOnWhereTheFeedHasBeenStopped) {
-    if (!haveDevice(silence)) GTEST_SKIP() << noAlsa;
+    if (!m_device.make(MadeDevice::Kind::silent)) GTEST_SKIP() << m_device.whyNot();
     QtSoundOutput output;
     ASSERT_TRUE(output.start(feed()).success());
     ASSERT_TRUE(QTest::qWaitFor([&] { return output.heard().value_or(0) > 0; }, deviceWaitMs));

@@ -16,7 +16,7 @@ using ::testing::ElementsAreArray;
 constexpr double letterWidth = 7;
 
 double widthOf(QString const& text) {
-    return letterWidth * text.size();
+    return letterWidth * static_cast<double>(text.size());
 }
 
 TimelineScale scaleFitting(int64 frameCount, double width) {

@@ -79,8 +79,8 @@ TEST_F(ViewerView, theKeyboardPageListsEveryKey) {
 TEST_F(ViewerView, titleAndAboutBoxTellVersionQtAndOpenGl) {
     showFilm();
     const std::string title = window().windowTitle().toStdString();
-    EXPECT_THAT(title, ::testing::MatchesRegex("film.mkv - qrtplay " + std::string(versionNumber) +
-                                               " \\(Qt 5\\..*, OpenGL [0-9.]+\\)"));
+    EXPECT_THAT(title, ::testing::MatchesRegex("film.mkv - qrtplay " + std::string(versionNumber) + " \\(Qt " +
+                                               std::to_string(QT_VERSION_MAJOR) + "\\..*, OpenGL [0-9.]+\\)"));
     action(ViewerCommand::about).trigger();
     auto* const box = window().findChild<QMessageBox*>("aboutBox");
     ASSERT_NE(box, nullptr);

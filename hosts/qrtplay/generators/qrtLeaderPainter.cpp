@@ -84,7 +84,7 @@ GLuint uploadNumber(QOpenGLExtraFunctions& gl, QImage const& picture) {
     gl.glBindTexture(GL_TEXTURE_RECTANGLE, texture);
     gl.glTexParameteri(GL_TEXTURE_RECTANGLE, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
     gl.glTexParameteri(GL_TEXTURE_RECTANGLE, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
-    gl.glPixelStorei(GL_UNPACK_ROW_LENGTH, picture.bytesPerLine());
+    gl.glPixelStorei(GL_UNPACK_ROW_LENGTH, static_cast<GLint>(picture.bytesPerLine()));
     gl.glTexImage2D(GL_TEXTURE_RECTANGLE, 0, GL_R8, picture.width(), picture.height(), 0, GL_RED, GL_UNSIGNED_BYTE,
                     picture.constBits());
     return texture;

@@ -7,6 +7,7 @@
 #include <QTextLayout>
 #include <algorithm>
 
+#include "base/qrtColourValue.h"
 #include "generators/qrtGeneratorFont.h"
 
 namespace qrtplay {
@@ -99,7 +100,7 @@ int largestSize(int smallest, int largest, Suits const& suits) {
 /// The largest size at which the text fits `box`, or the smallest allowed.
 int sizeOfLetters(QString const& text, QRectF const& box, QRectF const& picture) {
     const int breaking = pixelsOf(breakingLetters, picture);
-    const int ownLines = text.count(QChar::LineSeparator) + 1;
+    const auto ownLines = text.count(QChar::LineSeparator) + 1;
     const auto fits = [&](int size) { return Lines(text, size, box.width()).height() <= box.height(); };
     const auto fitsUnbroken = [&](int size) {
         const Lines lines(text, size, box.width());
@@ -130,7 +131,7 @@ void drawThick(QPainter& painter, QPainterPath const& shape, double outline) {
 }
 
 /// What has been drawn so far.
-void makeTransparent(QPainter& painter, QRectF const& picture, double alpha) {
+void makeTransparent(QPainter& painter, QRectF const& picture, ColourValue alpha) {
     painter.setCompositionMode(QPainter::CompositionMode_DestinationIn);
     painter.fillRect(picture, QColor::fromRgbF(0, 0, 0, alpha));
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);

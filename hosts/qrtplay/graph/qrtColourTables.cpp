@@ -1,9 +1,9 @@
 #include "graph/qrtColourTables.h"
 
-#include <QOpenGLContext>
 #include <QOpenGLFunctions_3_2_Core>
 #include <algorithm>
 
+#include "graph/qrtCoreFunctions.h"
 #include "graph/qrtGlState.h"
 
 namespace qrtplay {
@@ -40,9 +40,8 @@ void fill(QOpenGLFunctions_3_2_Core& gl, ColourShader::Table const& table) {
 }  // namespace
 
 Outcome ColourTables::upload(QOpenGLExtraFunctions& gl, Uploaded& uploaded) {
-    QOpenGLContext* const context = QOpenGLContext::currentContext();
-    auto* const core = context ? context->versionFunctions<QOpenGLFunctions_3_2_Core>() : nullptr;
-    if (!core || !core->initializeOpenGLFunctions()) return Outcome::failure("colour management needs OpenGL 3.2");
+    auto* const core = currentCoreFunctions();
+    if (!core) return Outcome::failure("colour management needs OpenGL 3.2");
     gl.glActiveTexture(GL_TEXTURE0);
     gl.glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
     gl.glPixelStorei(GL_UNPACK_SWAP_BYTES, GL_FALSE);

@@ -3,15 +3,11 @@
 #include <QOpenGLContext>
 #include <QOpenGLFunctions_3_2_Core>
 
+#include "graph/qrtCoreFunctions.h"
+
 namespace qrtplay {
 
 namespace {
-
-QOpenGLFunctions_3_2_Core* coreFunctions() {
-    QOpenGLContext* const context = QOpenGLContext::currentContext();
-    auto* const core = context ? context->versionFunctions<QOpenGLFunctions_3_2_Core>() : nullptr;
-    return core && core->initializeOpenGLFunctions() ? core : nullptr;
-}
 
 /// Sampler objects are younger than OpenGL 3.2.
 bool hasSamplers() {
@@ -34,7 +30,7 @@ bool isAlignment(GLenum store) {
 }  // namespace
 
 GlState::GlState(QOpenGLExtraFunctions& gl, Extent extent)
-    : m_gl(gl), m_core(coreFunctions()), m_hasSamplers(hasSamplers()) {
+    : m_gl(gl), m_core(currentCoreFunctions()), m_hasSamplers(hasSamplers()) {
     m_drawFramebuffer = integer(GL_DRAW_FRAMEBUFFER_BINDING);
     m_readFramebuffer = integer(GL_READ_FRAMEBUFFER_BINDING);
     m_renderbuffer = integer(GL_RENDERBUFFER_BINDING);

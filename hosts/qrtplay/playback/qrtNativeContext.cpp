@@ -1,13 +1,13 @@
 #include "playback/qrtNativeContext.h"
 
 #include <QOpenGLFunctions>
-#include <QVariant>
 #include <algorithm>
 
-#if defined(Q_OS_LINUX)
+#if defined(Q_OS_LINUX) && QT_VERSION_MAJOR == 5
 #include <EGL/egl.h>
 #include <GL/glx.h>
 
+#include <QVariant>
 #include <QtPlatformHeaders/QEGLNativeContext>
 #include <QtPlatformHeaders/QGLXNativeContext>
 #endif
@@ -24,12 +24,13 @@ int largestFrameSide(QOpenGLFunctions& gl) {
     return std::min({rectangle, viewport[0], viewport[1]});
 }
 
-}  // namespace
+#if !defined(Q_OS_LINUX)
 
-NativeContext nativeContextOf(QOpenGLContext& context) {
-    NativeContext native;
-    native.largestFrameSide = largestFrameSide(*context.functions());
-#if defined(Q_OS_LINUX)
+void setHandles(NativeContext& /*native*/, QOpenGLContext const& /*context*/) {}
+
+#elif QT_VERSION_MAJOR == 5
+
+void setHandles(NativeContext& native, QOpenGLContext const& context) {
     const QVariant handle = context.nativeHandle();
     if (handle.canConvert<QGLXNativeContext>()) {
         native.context = handle.value<QGLXNativeContext>().context();
@@ -38,7 +39,27 @@ NativeContext nativeContextOf(QOpenGLContext& context) {
         native.context = egl.context();
         native.window = egl.display();
     }
+}
+
+#else
+
+void setHandles(NativeContext& native, QOpenGLContext const& context) {
+    if (auto const* const glx = context.nativeInterface<QNativeInterface::QGLXContext>()) {
+        native.context = glx->nativeContext();
+    } else if (auto const* const egl = context.nativeInterface<QNativeInterface::QEGLContext>()) {
+        native.context = egl->nativeContext();
+        native.window = egl->display();
+    }
+}
+
 #endif
+
+}  // namespace
+
+NativeContext nativeContextOf(QOpenGLContext& context) {
+    NativeContext native;
+    native.largestFrameSide = largestFrameSide(*context.functions());
+    setHandles(native, context);
     return native;
 }
 

@@ -49,8 +49,10 @@ std::string textOf(GLubyte const* text) {
 
 std::unique_ptr<QApplication> makeViewerApplication(int& argc, char** argv) {
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+#if QT_VERSION_MAJOR == 5  // Qt 6 does so anyway
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+#endif
     QSurfaceFormat::setDefaultFormat(playerSurfaceFormat());
     return std::make_unique<QApplication>(argc, argv);
 }

@@ -1,30 +1,17 @@
 #include "qrtNativeContext.h"
 
+#include "qrtContextAdoption.h"
+
+#if defined(_WIN32) || defined(__APPLE__)
+
+namespace QRT_0_81 {
+
+std::unique_ptr<QOpenGLContext> adoptContext(NativeContext const& native, QSurface*) {
 #if defined(_WIN32)
-
-#include <QtPlatformHeaders/QWGLNativeContext>
-
-namespace QRT_0_81 {
-
-QVariant toQtNativeHandle(NativeContext const& native, QSurface*) {
-    return QVariant::fromValue(QWGLNativeContext(static_cast<HGLRC>(native.context), static_cast<HWND>(native.window)));
-}
-
-// These systems adopt a context without making it current.
-struct HostContextRelease::Current {};
-HostContextRelease::HostContextRelease(NativeContext const&) {}
-HostContextRelease::~HostContextRelease() = default;
-
-}  // namespace QRT_0_81
-
-#elif defined(__APPLE__)
-
-#include <QtPlatformHeaders/QCocoaNativeContext>
-
-namespace QRT_0_81 {
-
-QVariant toQtNativeHandle(NativeContext const& native, QSurface*) {
-    return QVariant::fromValue(QCocoaNativeContext(reinterpret_cast<NSOpenGLContext*>(native.context)));
+    return adoptWgl(static_cast<HGLRC>(native.context), static_cast<HWND>(native.window));
+#else
+    return adoptCocoa(reinterpret_cast<NSOpenGLContext*>(native.context));
+#endif
 }
 
 // These systems adopt a context without making it current.
@@ -36,54 +23,61 @@ HostContextRelease::~HostContextRelease() = default;
 
 #else
 
-#include <EGL/egl.h>
-#include <GL/glx.h>
-#include <QOpenGLContext>
 #include <QSurface>
-#include <QtPlatformHeaders/QEGLNativeContext>
-#include <QtPlatformHeaders/QGLXNativeContext>
+#include <utility>
 
 namespace QRT_0_81 {
 
 namespace {
 
-/// The visual of a context that was made from a framebuffer configuration; 0 when that has none or is unknown.
-///
-/// Qt can find the configuration by itself but loses the list that it gets from the server, a few kilobytes with every
-/// context that it adopts; with the visual given it does not look.
-VisualID visualOf(GLXContext context, Display* display) {
+/// The visual of a context that was made from a framebuffer configuration; null when that has none or is unknown.
+XPtr<XVisualInfo> visualOfConfiguration(GLXContext context, Display* display) {
     int configId = 0;
     int screen = 0;
-    if (glXQueryContext(display, context, GLX_FBCONFIG_ID, &configId) != Success) return 0;
-    if (glXQueryContext(display, context, GLX_SCREEN, &screen) != Success) return 0;
+    if (glXQueryContext(display, context, GLX_FBCONFIG_ID, &configId) != Success) return nullptr;
+    if (glXQueryContext(display, context, GLX_SCREEN, &screen) != Success) return nullptr;
     int const attributes[] = {GLX_FBCONFIG_ID, configId, None};
     int count = 0;
-    GLXFBConfig* const configs = glXChooseFBConfig(display, screen, attributes, &count);
-    XVisualInfo* const info = configs && count > 0 ? glXGetVisualFromFBConfig(display, configs[0]) : nullptr;
-    const VisualID visual = info ? info->visualid : 0;
-    if (info) XFree(info);
-    if (configs) XFree(configs);
-    return visual;
+    const XPtr<GLXFBConfig> configs(glXChooseFBConfig(display, screen, attributes, &count));
+    if (!configs || count == 0) return nullptr;
+    return XPtr<XVisualInfo>(glXGetVisualFromFBConfig(display, *configs));
+}
+
+/// The visual of a window, and so of a context that was made for it before there were configurations.
+XPtr<XVisualInfo> visualOfWindow(Window window, Display* display) {
+    XWindowAttributes attributes{};
+    if (window == None || !XGetWindowAttributes(display, window, &attributes)) return nullptr;
+    XVisualInfo wanted{};
+    wanted.visualid = XVisualIDFromVisual(attributes.visual);
+    int count = 0;
+    return XPtr<XVisualInfo>(XGetVisualInfo(display, VisualIDMask, &wanted, &count));
+}
+
+/// Qt can find the configuration by itself but loses the list that it gets from the server, a few kilobytes with every
+/// context that it adopts, and looks for that of the first such context ever after; with the visual given it does not
+/// look.
+XPtr<XVisualInfo> visualOf(NativeContext const& native, Display* display) {
+    XPtr<XVisualInfo> visual = visualOfConfiguration(static_cast<GLXContext>(native.context), display);
+    return visual ? std::move(visual) : visualOfWindow(reinterpret_cast<Window>(native.window), display);
 }
 
 }  // namespace
 
-QVariant toQtNativeHandle(NativeContext const& native, QSurface* surface) {
-    // Whether the platform plugin works through GLX or EGL shows in the native handle of any context that it makes.
-    QOpenGLContext probe;
-    probe.setFormat(surface->format());
-    if (!probe.create() || !probe.makeCurrent(surface)) return {};
-    const QVariant handle = probe.nativeHandle();
-    if (handle.canConvert<QGLXNativeContext>()) {
-        const auto context = static_cast<GLXContext>(native.context);
-        const auto window = static_cast<Window>(reinterpret_cast<quintptr>(native.window));
-        const VisualID visual = visualOf(context, glXGetCurrentDisplay());
-        return QVariant::fromValue(QGLXNativeContext(context, nullptr, window, visual));
+std::unique_ptr<QOpenGLContext> adoptContext(NativeContext const& native, QSurface* surface) {
+    // Whether the platform plugin works through GLX or EGL shows in any context that it makes.
+    auto probe = std::make_unique<QOpenGLContext>();
+    probe->setFormat(surface->format());
+    if (!probe->create() || !probe->makeCurrent(surface)) return nullptr;
+    if (isOfGlx(*probe)) {
+        XPtr<XVisualInfo> visual = visualOf(native, glXGetCurrentDisplay());
+        probe.reset();
+        return adoptGlx(static_cast<GLXContext>(native.context), std::move(visual));
     }
-    if (handle.canConvert<QEGLNativeContext>()) {
-        return QVariant::fromValue(QEGLNativeContext(native.context, native.window));
+    if (isOfEgl(*probe)) {
+        probe.reset();
+        return adoptEgl(native.context, native.window);
     }
-    return {};
+    return nullptr;
 }
 
 /// What was current, through either interface; never both.

@@ -1,9 +1,7 @@
 #pragma once
 
-#include <QVariant>
+#include <QOpenGLContext>
 #include <memory>
-
-class QSurface;
 
 namespace QRT_0_81 {
 
@@ -16,9 +14,9 @@ struct NativeContext {
     void* window = nullptr;
 };
 
-/// The record that lets a `QOpenGLContext` adopt the host's context, in the form that Qt's platform plugin understands;
-/// an invalid variant when this platform's plugin has none. `surface` is one that this thread may make current.
-[[nodiscard]] QVariant toQtNativeHandle(NativeContext const& native, QSurface* surface);
+/// A context that stands for the host's among Qt's own, to share objects with; the host's stays the host's. Null when
+/// Qt cannot adopt it on this platform. `surface` is one that this thread may make current.
+[[nodiscard]] std::unique_ptr<QOpenGLContext> adoptContext(NativeContext const& native, QSurface* surface);
 
 /// Lets go of the host's context for one scope, if it is current on the calling thread, and makes it current again.
 ///

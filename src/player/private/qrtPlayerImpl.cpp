@@ -172,9 +172,8 @@ Status PlayerImpl::_createContexts() {
     if (const auto graphEngine = _graphEngine()) (void)graphEngine->setGLContext(m_playerContext.get());
 
     if (m_nativeContext.context) {
-        m_hostContext = std::make_unique<QOpenGLContext>();
-        m_hostContext->setNativeHandle(toQtNativeHandle(m_nativeContext, m_surface.get()));
-        if (!m_hostContext->nativeHandle().isValid() || !m_hostContext->create()) {
+        m_hostContext = adoptContext(m_nativeContext, m_surface.get());
+        if (!m_hostContext) {
             QRT_ENGINE_MESSAGE("initialize() failed: the host's OpenGL context cannot be adopted");
             return Status::general_failure;
         }

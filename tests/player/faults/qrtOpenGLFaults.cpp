@@ -71,6 +71,14 @@ bool QOpenGLContext::create() {
     return !isFailing(Operation::createContext) && real(this);
 }
 
+#if QT_VERSION_MAJOR > 5  // creates those that it adopts by itself
+QOpenGLContext* QNativeInterface::QGLXContext::fromNative(GLXContext context, void* visual, QOpenGLContext* shared) {
+    static auto* const real = QRT_0_81::next<QOpenGLContext*(GLXContext, void*, QOpenGLContext*)>(
+        "_ZN16QNativeInterface11QGLXContext10fromNativeEP15__GLXcontextRecPvP14QOpenGLContext");
+    return isFailing(Operation::createContext) ? nullptr : real(context, visual, shared);
+}
+#endif
+
 bool QOpenGLContext::makeCurrent(QSurface* surface) {
     static auto* const real =
         QRT_0_81::next<bool(QOpenGLContext*, QSurface*)>("_ZN14QOpenGLContext11makeCurrentEP8QSurface");

@@ -1,15 +1,11 @@
 #include "harness/qrtHostContext.h"
 
-#include <EGL/egl.h>
-
 #include <QOpenGLFramebufferObject>
 #include <QOpenGLShaderProgram>
 #include <QOpenGLVertexArrayObject>
-#include <QtPlatformHeaders/QEGLNativeContext>
-#include <QtPlatformHeaders/QGLXNativeContext>
 #include <stdexcept>
 
-#undef Status  // X11's
+#include "common/native_context.h"
 
 #ifndef GL_TEXTURE_RECTANGLE
 #define GL_TEXTURE_RECTANGLE 0x84F5
@@ -26,14 +22,9 @@ HostContext::HostContext() {
     m_context.setFormat(format);
     if (!m_context.create() || !m_context.makeCurrent(&m_surface)) throw std::runtime_error("no OpenGL for the tests");
 
-    const QVariant handle = m_context.nativeHandle();
-    if (handle.canConvert<QGLXNativeContext>()) {
-        m_nativeContext = handle.value<QGLXNativeContext>().context();
-    } else {
-        const auto egl = handle.value<QEGLNativeContext>();
-        m_nativeContext = egl.context();
-        m_nativeWindow = egl.display();
-    }
+    const examples::NativeContext native = examples::nativeContextOf(m_context);
+    m_nativeContext = native.context;
+    m_nativeWindow = native.window;
 }
 
 HostContext::~HostContext() {

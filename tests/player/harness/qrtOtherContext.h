@@ -23,9 +23,8 @@ public:
     /// host's context must not be current.
     explicit OtherContext(NativeContext const& host) {
         createSurface();
-        m_adopted = std::make_unique<QOpenGLContext>();
-        m_adopted->setNativeHandle(toQtNativeHandle(host, &m_surface));
-        if (!m_adopted->create()) throw std::runtime_error("the host's context cannot be adopted");
+        m_adopted = adoptContext(host, &m_surface);
+        if (!m_adopted) throw std::runtime_error("the host's context cannot be adopted");
         create(m_adopted.get());
     }
     ~OtherContext() { m_context.doneCurrent(); }

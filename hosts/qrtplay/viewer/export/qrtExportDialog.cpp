@@ -323,7 +323,7 @@ void ExportDialog::showProgress() {
     if (failures.size() == m_shownFailures) return;
     m_failures->appendPlainText(failures.mid(m_shownFailures).join('\n'));
     m_failures->show();
-    m_shownFailures = failures.size();
+    m_shownFailures = static_cast<int>(failures.size());
 }
 
 void ExportDialog::noteEnd() {

@@ -153,7 +153,7 @@ QString withEnding(QString const& output, QString const& ending, int64 frameCoun
     QString name = withoutEnding(output);
     const std::optional<FileKind> kind = fileKindOf((name + ending).toStdString());
     if (!kind) return name + ending;
-    const int begin = name.lastIndexOf('/') + 1;
+    const auto begin = name.lastIndexOf('/') + 1;
     if (isMovie(*kind)) {
         const QString bare = name.mid(begin).remove(numberPlace());
         name = name.left(begin) + (bare.isEmpty() ? "movie" : bare);

@@ -38,7 +38,8 @@ QImage overlayImage(QStringList const& lines, TextCanvas const& canvas) {
         shown << metrics.elidedText(line, Qt::ElideRight, widest);
         width = std::max(width, metrics.horizontalAdvance(shown.back()));
     }
-    const QSize size(width + 2 * overlayPadding, metrics.lineSpacing() * shown.size() + 2 * overlayPadding);
+    const int height = metrics.lineSpacing() * static_cast<int>(shown.size());
+    const QSize size(width + 2 * overlayPadding, height + 2 * overlayPadding);
     QImage image = transparentImage(size, canvas.pixelRatio);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);

@@ -13,6 +13,7 @@
 #include "viewer/picture/qrtOverlayImage.h"
 #include "viewer/picture/qrtPictureRenderer.h"
 #include "viewer/picture/qrtRectangleTexture.h"
+#include "viewer/qrtMousePosition.h"
 
 namespace qrtplay {
 
@@ -300,13 +301,13 @@ void PictureView::wheelEvent(QWheelEvent* event) {
 }
 
 void PictureView::mousePressEvent(QMouseEvent* event) {
-    m_dragPosition = event->localPos() * devicePixelRatioF();
+    m_dragPosition = mousePosition(*event) * devicePixelRatioF();
     if (isPanButton(event->buttons()) && !m_zoom.isFit()) setCursor(Qt::ClosedHandCursor);
 }
 
 void PictureView::mouseMoveEvent(QMouseEvent* event) {
     if (!isPanButton(event->buttons())) return;
-    const QPointF position = event->localPos() * devicePixelRatioF();
+    const QPointF position = mousePosition(*event) * devicePixelRatioF();
     m_zoom.pan(position - m_dragPosition);
     m_dragPosition = position;
     update();

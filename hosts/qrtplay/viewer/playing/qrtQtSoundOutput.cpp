@@ -1,7 +1,5 @@
 #include "viewer/playing/qrtQtSoundOutput.h"
 
-#include <QAudioDeviceInfo>
-#include <QAudioOutput>
 #include <QIODevice>
 #include <QThread>
 #include <QTimer>
@@ -14,8 +12,8 @@
 #include "playback/qrtMediaClock.h"
 #include "playback/qrtSoundFeed.h"
 #include "playback/qrtTimelinePlayer.h"
-#include "sound/qrtHostAudioFormat.h"
 #include "viewer/playing/qrtDeviceClock.h"
+#include "viewer/playing/qrtSoundDevice.h"
 
 namespace qrtplay {
 
@@ -34,6 +32,8 @@ public:
     }
 
     [[nodiscard]] bool isSequential() const override { return true; }
+    /// How much of the feed the device has taken. Any thread.
+    [[nodiscard]] int64 takenMicroseconds() const { return m_taken * 1'000'000 / TimelinePlayer::soundRate; }
 
 protected:
     qint64 readData(char* bytes, qint64 most) override {
@@ -44,6 +44,7 @@ protected:
             m_feed.read(m_samples.data(), portion);
             convertSamples(m_samples.data(), static_cast<size_t>(portion), m_format, bytes + done * sampleSize);
             done += portion;
+            m_taken += portion;
         }
         return count * sampleSize;
     }
@@ -54,48 +55,32 @@ private:
 
     SoundFeed& m_feed;
     const HostAudioFormat m_format;
+    std::atomic<int64> m_taken = 0;  // samples of each channel
     std::vector<float> m_samples = std::vector<float>(portionLength * SoundFeed::channels);
 };
 
 QAudioFormat deviceFormat(SampleKind kind) {
-    const bool isFloat = kind == SampleKind::float32;
-    QAudioFormat format;
-    format.setCodec("audio/pcm");
-    format.setSampleRate(TimelinePlayer::soundRate);
-    format.setChannelCount(SoundFeed::channels);
-    format.setByteOrder(static_cast<QAudioFormat::Endian>(QSysInfo::ByteOrder));
-    format.setSampleType(isFloat ? QAudioFormat::Float : QAudioFormat::SignedInt);
-    format.setSampleSize(isFloat ? 32 : 16);
-    return format;
+    return soundFormat(TimelinePlayer::soundRate, SoundFeed::channels, kind);
 }
 
 /// A device and what it pulls from, which has to last longer.
 struct PlayingDevice {
-    PlayingDevice(QAudioDeviceInfo const& info, SoundFeed& feed, SampleKind kind)
+    PlayingDevice(SoundDevice const& info, SoundFeed& feed, SampleKind kind)
         : reader(feed, kind), output(info, deviceFormat(kind)) {
         output.setBufferSize(output.format().bytesForDuration(bufferInMicroseconds));
     }
 
     FeedReader reader;
-    QAudioOutput output;
+    SoundSink output;
 };
 
-/// Nanoseconds of the feed that the device has let out since it was started.
-int64 playedBy(QAudioOutput const& output) {
-    const int waiting = std::max(0, output.bufferSize() - output.bytesFree());
-    const qint64 microseconds = output.processedUSecs() - output.format().durationForBytes(waiting);
+/// Nanoseconds of the feed that the device has let out since it was started. What Qt itself calls processed has left
+/// the device with some systems, and only been taken by it with others.
+int64 playedBy(PlayingDevice const& device) {
+    SoundSink const& output = device.output;
+    const auto waiting = static_cast<int>(std::max<qint64>(0, output.bufferSize() - output.bytesFree()));
+    const qint64 microseconds = device.reader.takenMicroseconds() - output.format().durationForBytes(waiting);
     return std::max<int64>(0, microseconds) * nanosecondsPerMicrosecond;
-}
-
-/// Null when there is none.
-QAudioDeviceInfo usualDevice() {
-    const QAudioDeviceInfo info = QAudioDeviceInfo::defaultOutputDevice();
-    if (!info.isNull()) return info;
-    // Without a sound server Qt knows of no default, though the machine may well have a device.
-    for (QAudioDeviceInfo const& other : QAudioDeviceInfo::availableDevices(QAudio::AudioOutput)) {
-        if (!other.isNull() && !other.deviceName().isEmpty()) return other;
-    }
-    return info;
 }
 
 }  // namespace
@@ -104,7 +89,7 @@ QAudioDeviceInfo usualDevice() {
 /// next report.
 class QtSoundOutput::DeviceThread final : public QThread {
 public:
-    DeviceThread(QAudioDeviceInfo const& info, SoundFeed& feed, double volume)
+    DeviceThread(SoundDevice const& info, SoundFeed& feed, double volume)
         : m_info(info), m_feed(feed), m_volume(volume) {}
     ~DeviceThread() override {
         if (!m_hasBegun) return;
@@ -135,9 +120,9 @@ protected:
 private:
     void serve();
     std::unique_ptr<PlayingDevice> startDevice();
-    void report(QAudioOutput& output);
+    void report(PlayingDevice& device);
 
-    const QAudioDeviceInfo m_info;
+    const SoundDevice m_info;
     SoundFeed& m_feed;
     std::atomic<double> m_volume;
     bool m_hasBegun = false;  // the owner's thread only
@@ -157,7 +142,7 @@ void QtSoundOutput::DeviceThread::serve() {
     if (!device) return;
     QTimer reports;
     reports.setTimerType(Qt::PreciseTimer);
-    connect(&reports, &QTimer::timeout, &device->output, [this, &device] { report(device->output); });
+    connect(&reports, &QTimer::timeout, &device->output, [this, &device] { report(*device); });
     reports.start(reportMs);
     exec();
 }
@@ -167,12 +152,12 @@ std::unique_ptr<PlayingDevice> QtSoundOutput::DeviceThread::startDevice() {
     for (const SampleKind kind : {SampleKind::float32, SampleKind::int16}) {
         if (!m_info.isFormatSupported(deviceFormat(kind))) continue;
         auto device = std::make_unique<PlayingDevice>(m_info, m_feed, kind);
-        QAudioOutput& output = device->output;
+        SoundSink& output = device->output;
         const int64 startedAt = m_feed.position() * nanosecondsPerSecond / TimelinePlayer::soundRate;
         output.setVolume(m_volume);
         output.start(&device->reader);
         if (output.state() == QAudio::StoppedState || output.error() == QAudio::OpenError) continue;
-        const int64 period = output.format().durationForBytes(output.periodSize()) * nanosecondsPerMicrosecond;
+        const int64 period = periodOf(output) * nanosecondsPerMicrosecond;
         constexpr int64 noticedAfter = int64{reportMs} * 1'000'000;
         const std::lock_guard lock(m_mutex);
         m_startedAt = startedAt;
@@ -182,11 +167,12 @@ std::unique_ptr<PlayingDevice> QtSoundOutput::DeviceThread::startDevice() {
     return nullptr;
 }
 
-void QtSoundOutput::DeviceThread::report(QAudioOutput& output) {
+void QtSoundOutput::DeviceThread::report(PlayingDevice& device) {
+    SoundSink& output = device.output;
     if (output.volume() != m_volume) output.setVolume(m_volume);
     // Idle it waits for samples, which is no loss; nobody here has stopped it.
     const bool isLost = output.state() == QAudio::StoppedState || output.error() == QAudio::FatalError;
-    const int64 played = playedBy(output);
+    const int64 played = playedBy(device);
     const std::lock_guard lock(m_mutex);
     if (!m_clock) return;
     m_clock->report(played, m_wallClock.nanoseconds());
@@ -200,12 +186,11 @@ QtSoundOutput::~QtSoundOutput() = default;
 Outcome QtSoundOutput::start(SoundFeed& feed) {
     stop();
     // Asked here and not on the device's thread: what Qt keeps of the machine's sound system outlives that.
-    const QAudioDeviceInfo info = usualDevice();
+    const SoundDevice info = usualSoundDevice();
     if (info.isNull()) return Outcome::failure("There is no sound device on this machine.");
     auto device = std::make_unique<DeviceThread>(info, feed, m_volume);
     if (!device->begin())
-        return Outcome::failure("The sound device \"" + info.deviceName().toStdString() +
-                                "\" cannot be opened for stereo at 48000 Hz.");
+        return Outcome::failure("The sound device \"" + nameOf(info) + "\" cannot be opened for stereo at 48000 Hz.");
     m_device = std::move(device);
     return Outcome();
 }

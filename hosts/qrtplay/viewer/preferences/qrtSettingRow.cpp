@@ -5,6 +5,8 @@
 #include <QLabel>
 #include <QVBoxLayout>
 
+#include "base/qrtColourValue.h"
+
 namespace qrtplay {
 
 namespace {
@@ -22,7 +24,9 @@ QLabel* makeNote(QWidget* parent) {
 }
 
 QColor faded(QColor const& one, QColor const& other, double share) {
-    const auto mix = [&](double left, double right) { return left * share + right * (1 - share); };
+    const auto mix = [&](double left, double right) {
+        return static_cast<ColourValue>(left * share + right * (1 - share));
+    };
     return QColor::fromRgbF(mix(one.redF(), other.redF()), mix(one.greenF(), other.greenF()),
                             mix(one.blueF(), other.blueF()));
 }

@@ -4,6 +4,8 @@
 #include <array>
 #include <cmath>
 
+#include "base/qrtColourValue.h"
+
 namespace qrtplay {
 
 namespace {
@@ -72,9 +74,13 @@ ClipLook TimelineColours::mediaLook(std::string const& media) const {
 
 ClipLook TimelineColours::look(double hue, double saturation, double lighter) const {
     constexpr double fullCircle = 360;
+    const auto colour = [&](double lightness) {
+        return QColor::fromHslF(static_cast<ColourValue>(hue / fullCircle), static_cast<ColourValue>(saturation),
+                                static_cast<ColourValue>(lightness));
+    };
     ClipLook look;
-    look.fill = QColor::fromHslF(hue / fullCircle, saturation, (m_isDark ? 0.33 : 0.74) + lighter).rgb();
-    look.edge = QColor::fromHslF(hue / fullCircle, saturation, 0.5).rgb();
+    look.fill = colour((m_isDark ? 0.33 : 0.74) + lighter).rgb();
+    look.edge = colour(0.5).rgb();
     look.text = m_isDark ? QColor(240, 240, 240) : QColor(24, 24, 24);
     return look;
 }

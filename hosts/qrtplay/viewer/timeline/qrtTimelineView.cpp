@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "viewer/qrtMousePosition.h"
 #include "viewer/timeline/qrtTimelinePainter.h"
 
 namespace qrtplay {
@@ -258,12 +259,12 @@ void TimelineView::paintEvent(QPaintEvent*) {
 void TimelineView::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton || m_scene->scale.frameCount() < 1) return QWidget::mousePressEvent(event);
     QToolTip::hideText();
-    scrubTo(event->localPos().x());
+    scrubTo(mousePosition(*event).x());
 }
 
 void TimelineView::mouseMoveEvent(QMouseEvent* event) {
     if (!m_scrubFrame) return QWidget::mouseMoveEvent(event);
-    scrubTo(event->localPos().x());
+    scrubTo(mousePosition(*event).x());
 }
 
 void TimelineView::mouseReleaseEvent(QMouseEvent* event) {

@@ -170,12 +170,12 @@ void LogPanel::take() {
 void LogPanel::append(QStringList const& lines) {
     const auto counts = [this](QString const& line) { return passes(line); };
     m_lines << lines;
-    const int surplus = std::max(0, m_lines.size() - mostLines);
+    const int surplus = std::max(0, static_cast<int>(m_lines.size()) - mostLines);
     m_shown += static_cast<int>(std::count_if(lines.begin(), lines.end(), counts) -
                                 std::count_if(m_lines.begin(), m_lines.begin() + surplus, counts));
     m_lines.erase(m_lines.begin(), m_lines.begin() + surplus);
     if (m_isPaused) {
-        m_heldBack = std::min(m_heldBack + lines.size(), m_lines.size());
+        m_heldBack = static_cast<int>(std::min(m_heldBack + lines.size(), m_lines.size()));
         tell();
         return;
     }

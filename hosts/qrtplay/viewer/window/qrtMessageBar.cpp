@@ -168,7 +168,7 @@ void MessageBar::refreshIcon() {
 QString MessageBar::toolTipText() const {
     if (m_latest.isEmpty()) return {};
     QStringList lines = m_latest;
-    if (const int earlier = m_count - m_latest.size(); earlier > 0)
+    if (const auto earlier = m_count - m_latest.size(); earlier > 0)
         lines.prepend(QString("… and %1 before these").arg(earlier));
     // As rich text it is wrapped; what is in the messages is no markup.
     return "<p style=\"white-space:pre-wrap\">" + lines.join('\n').toHtmlEscaped() + "</p>";

@@ -125,7 +125,8 @@ ViewerActions::ViewerActions(QWidget* window) : QObject(window), m_actions(entri
         auto* const action = new QAction(entry.text, this);
         action->setObjectName(entry.name);
         action->setCheckable(entry.isCheckable);
-        action->setShortcuts(QKeySequence::listFromString(QString(entry.keys).replace(", ", "; ")));
+        // Qt 6 makes an empty sequence of no keys.
+        if (*entry.keys) action->setShortcuts(QKeySequence::listFromString(QString(entry.keys).replace(", ", "; ")));
         action->setToolTip(withKeys(entry.toolTip, *action));
         action->setStatusTip(entry.toolTip);
         // Full screen hides the menus; what is not in the window itself loses its keys then.
