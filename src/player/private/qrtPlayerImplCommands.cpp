@@ -211,8 +211,7 @@ void PlayerImpl::_observeSegments(List<SharedPtr<ExternalSegment>> const& segmen
     {
         List<SharedPtr<ExternalSegment>> replacement = segments;
         const std::lock_guard lock(m_engineMutex);
-        m_retiredSegments.append(std::move(m_observedSegments));
-        std::swap(m_observedSegments, replacement);
+        m_retiredSegments.append(std::exchange(m_observedSegments, std::move(replacement)));
     }
     for (auto const& segment : segments) {
         if (Subject* const subject = segment ? segment->getSubject() : nullptr) subject->addObserver(this);
