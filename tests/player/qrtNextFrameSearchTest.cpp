@@ -54,7 +54,7 @@ public:
         for (const int64 frame : m_cached) {
             if (isWanted(frame)) continue;
             remove(frame);
-            m_search.noteUnwantedRemoved(1);
+            m_search.noteUnwantedRemoved(m_params, 1);
             return;
         }
     }
@@ -108,11 +108,11 @@ TEST_P(NextFrameSearchInMode, findsWhatAFreshSearchFindsWhateverHappensBetweenTw
         cache.params().endFrame = upTo(24);
         cache.params().currentFrame = upTo(static_cast<int>(cache.params().endFrame));
         for (int event = 0; event < 250; ++event) {
-            const int64 frame = cache.found();
-            ASSERT_EQ(frame, cache.foundLiterally())
-                << "round " << round << ", event " << event << ", at " << cache.params().currentFrame;
             const int what = upTo(99);
             if (what < 50) {
+                const int64 frame = cache.found();
+                ASSERT_EQ(frame, cache.foundLiterally())
+                    << "round " << round << ", event " << event << ", at " << cache.params().currentFrame;
                 if (frame != NextFrameSearch::noFrame) cache.put(frame);
             } else if (what < 75) {
                 cache.params().next();
@@ -168,6 +168,16 @@ TEST(NextFrameSearch, findsAFrameThatHasLeftTheCacheUnseen) {
     cache.produceAll();
     cache.remove(60);
     EXPECT_EQ(cache.found(), 60);
+}
+
+TEST(NextFrameSearch, findsAFrameThatNobodyWantedWhilePlaybackWasElsewhere) {
+    SearchedCache cache(PlayParams::single, 2, 0);
+    cache.params().endFrame = 1000;
+    cache.produceAll();
+    (void)cache.params().seek(500);
+    cache.evictUnwanted();
+    (void)cache.params().seek(0);
+    EXPECT_EQ(cache.found(), 0);
 }
 
 }  // namespace QRT_0_81

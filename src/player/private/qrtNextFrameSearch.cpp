@@ -5,6 +5,13 @@
 
 namespace QRT_0_81 {
 
+void NextFrameSearch::noteUnwantedRemoved(PlayParamsPrivate const& params, uint64 count) {
+    // What nobody wants here may be a frame that the last search walked over: playback may have moved since, and
+    // be back there at the next one.
+    follow(params, m_numRemoved);
+    m_numRemoved += count;
+}
+
 void NextFrameSearch::follow(PlayParamsPrivate const& params, uint64 numRemoved) {
     if (numRemoved == m_numRemoved && params == m_params) return;
 

@@ -22,8 +22,8 @@ public:
     [[nodiscard]] int64 find(PlayParamsPrivate const& params, int32 numHead, int32 numTail, uint64 numRemoved,
                              IsCached const& isCached);
 
-    /// Records have left the cache that are none of the frames searched for.
-    void noteUnwantedRemoved(uint64 count) noexcept { m_numRemoved += count; }
+    /// Records have left the cache that are none of the frames wanted at `params`, where playback is now.
+    void noteUnwantedRemoved(PlayParamsPrivate const& params, uint64 count);
     /// To be called when more or fewer frames are wanted than before.
     void forget();
 

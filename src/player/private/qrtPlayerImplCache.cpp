@@ -118,7 +118,7 @@ size_t PlayerImpl::_cacheEvictUnwanted() {
     size_t numEvicted = 0;
     (void)m_producerCache->evict(evict_one, evict_advised, numEvicted);
     // The advisor keeps what the search looks for: the counts of frames do not change during a run.
-    m_nextFrameSearch.noteUnwantedRemoved(numEvicted);
+    m_nextFrameSearch.noteUnwantedRemoved(*m_playParams->m_private, numEvicted);
     return numEvicted;
 }
 

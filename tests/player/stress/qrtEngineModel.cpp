@@ -106,7 +106,7 @@ void EngineModel::resizePools(ModelLog& log) {
 
 std::optional<int> EngineModel::lend(ModelLog& log, ModelPool& pool, bool onDemand) {
     while (pool.numFree == 0 || (pool.numFree == 1 && !onDemand))
-        if (evict(log, onDemand) == 0) return std::nullopt;
+        if (evict(log, onDemand) == 0 || log.isLost()) return std::nullopt;
     --pool.numFree;
     log.expect("Locking " + pool.one + " remaining " + std::to_string(pool.numFree));
     pool.lent.insert(m_nextBuffer);

@@ -103,8 +103,14 @@ public:
     struct Run {
         unsigned seed;
         unsigned numSequences;
+        unsigned numPlayed = 0;
         unsigned long numSteps = 0;
         std::string fault{};
+
+        [[nodiscard]] std::string progress() const {
+            return "model: seed " + std::to_string(seed) + ": " + std::to_string(numPlayed) + " sequences, " +
+                   std::to_string(numSteps) + " steps";
+        }
     };
 
     PlaySequences(Status* status, CmdCompletion* completion, Run& run)
@@ -116,6 +122,8 @@ private:
             Sequence sequence(engine, m_run.seed + i);
             m_run.fault = sequence.play();
             m_run.numSteps += static_cast<unsigned long>(sequence.numSteps);
+            constexpr unsigned report = 10'000;  // a long run says how far it has come
+            if (++m_run.numPlayed % report == 0) std::cout << m_run.progress() << std::endl;
             if (m_run.fault.empty()) continue;
             m_run.fault = "sequence with seed " + std::to_string(m_run.seed + i) + ", step " +
                           std::to_string(sequence.numSteps) + ": " + m_run.fault;
@@ -139,8 +147,7 @@ TEST(EngineModel, isWhatTheEngineDoesInEverySequence) {
     EXPECT_EQ(engine.uninitialize().get(), Status::ok);
     LogMsg::setSink({});
     EXPECT_EQ(run.fault, "");
-    std::cout << "model: seed " << run.seed << ": " << run.numSequences << " sequences, " << run.numSteps << " steps"
-              << std::endl;
+    std::cout << run.progress() << std::endl;
 }
 
 }  // namespace QRT_0_81
