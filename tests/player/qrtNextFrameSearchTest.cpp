@@ -66,6 +66,10 @@ public:
         m_cached.clear();
     }
 
+    bool isInside(int64 frame) const { return frame >= m_params.startFrame && frame <= m_params.endFrame; }
+
+    void beginRun() { m_search.forget(); }
+
     void setCounts(int32 numHead, int32 numTail) {
         m_numHead = numHead;
         m_numTail = numTail;
@@ -103,6 +107,10 @@ class NextFrameSearchInMode : public ::testing::TestWithParam<PlayParams::PlayMo
 TEST_P(NextFrameSearchInMode, findsWhatAFreshSearchFindsWhateverHappensBetweenTwo) {
     std::mt19937 random(7u + static_cast<unsigned>(GetParam()));
     const auto upTo = [&random](int most) { return std::uniform_int_distribution<int>(0, most)(random); };
+    const auto frameInside = [&upTo](SearchedCache& cache) {
+        PlayParamsPrivate const& params = cache.params();
+        return params.startFrame + upTo(static_cast<int>(params.endFrame - params.startFrame));
+    };
     for (int round = 0; round < 400; ++round) {
         SearchedCache cache(GetParam(), upTo(8), upTo(5));
         cache.params().endFrame = upTo(24);
@@ -116,20 +124,24 @@ TEST_P(NextFrameSearchInMode, findsWhatAFreshSearchFindsWhateverHappensBetweenTw
                 if (frame != NextFrameSearch::noFrame) cache.put(frame);
             } else if (what < 75) {
                 cache.params().next();
-                if (cache.params().currentFrame > cache.params().endFrame || cache.params().currentFrame < 0)
-                    cache.params().currentFrame = upTo(static_cast<int>(cache.params().endFrame));
+                if (!cache.isInside(cache.params().currentFrame)) cache.params().currentFrame = frameInside(cache);
             } else if (what < 87) {
                 cache.evictUnwanted();
             } else if (what < 92) {
-                (void)cache.params().seek(upTo(static_cast<int>(cache.params().endFrame)));
+                (void)cache.params().seek(frameInside(cache));
             } else if (what < 95) {
                 cache.remove(upTo(24));
             } else if (what < 97) {
                 cache.clear();
             } else if (what < 98) {
                 cache.setCounts(upTo(8), upTo(5));
-            } else {
+            } else if (what < 99) {
                 cache.params().step = upTo(6) - 3;
+            } else {
+                cache.params().startFrame = upTo(5);
+                cache.params().endFrame = cache.params().startFrame + upTo(20);
+                cache.params().currentFrame = upTo(24);  // wherever it is
+                cache.beginRun();
             }
         }
     }

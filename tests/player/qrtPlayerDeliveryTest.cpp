@@ -261,4 +261,20 @@ TEST_F(PlayerDelivery, fromAnUpdateOnThePlayerThreadAFetchIsRefusedInsteadOfWait
     EXPECT_EQ(inner, Status::general_failure);
 }
 
+TEST_F(PlayerDelivery, whatIsRefusedOnThePlayerThreadLeavesTheCachedFramesAlone) {
+    start();
+    ASSERT_EQ(fetch(1), Status::ok);
+    std::vector<int> answers;
+    FakeGraphEngine::callBeforeRender([&](int64 frame) {
+        if (frame != 2) return;
+        const auto composition = FakeComposition::create(0, 10);
+        answers.push_back(player->setComposition(composition, {}).get());
+        answers.push_back(player->updateComposition(composition, "").get());
+        answers.push_back(player->setAudioFormat(nullptr).get());
+    });
+    ASSERT_EQ(fetch(2), Status::ok);
+    EXPECT_EQ(answers, std::vector<int>(3, Status::general_failure));
+    EXPECT_TRUE(player->isVideoBufferReady(1));
+}
+
 }  // namespace QRT_0_81

@@ -63,6 +63,26 @@ protected:
     }
 };
 
+TEST_F(PlayerThreads, twoHostsMayPrepareOnePlayerAtOnce) {
+    std::latch together(2);
+    const auto prepare = [&] {
+        together.arrive_and_wait();
+        for (int i = 0; i < 100; ++i) {
+            EXPECT_EQ(player->setPref(Prefs::PRODUCER_CACHE_NB_HEAD_FRAMES, i % 4).get(), Status::ok);
+            EXPECT_EQ(player->setPref(Prefs::PRODUCER_CACHE_NB_TAIL_FRAMES, i % 3).get(), Status::ok);
+            EXPECT_EQ(player->setRamOutputs(i % 2 == 0).get(), Status::ok);
+            EXPECT_EQ(player->setVideoResolution(VideoBufferResolution(16 + i % 3, 8, 4, 8, false)).get(), Status::ok);
+        }
+    };
+    std::thread first(prepare);
+    std::thread second(prepare);
+    first.join();
+    second.join();
+    start();
+    SharedPtr<VideoBuffer> buffer;
+    EXPECT_EQ(player->getVideoBuffer(1, buffer).get(), Status::ok);
+}
+
 TEST_F(PlayerThreads, twoCallersOfSynchronousCommandsEachGetTheirOwnResult) {
     start();
     std::latch together(2);

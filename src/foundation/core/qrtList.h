@@ -20,7 +20,7 @@ public:
     /// Adds an item at the end.
     void append(T value) { m_items.push_back(std::move(value)); }
     /// Takes the items of `others`, which is empty afterwards. Needs no memory.
-    void append(List&& others) noexcept { m_items.splice(m_items.end(), others.m_items); }
+    void splice(List&& others) noexcept { m_items.splice(m_items.end(), others.m_items); }
     /// Drops all items.
     void clear() noexcept { m_items.clear(); }
 

@@ -31,6 +31,9 @@ int32 NextFrameSearch::stepsAheadTo(PlayParamsPrivate const& params) const {
     PlayParamsPrivate moved = m_params;
     moved.currentFrame = params.currentFrame;
     if (!m_isCurrentCached || !(moved == params) || params.step == 0) return 0;
+    // A run may begin outside of its range; the ways ahead and back are then not the same frames.
+    const auto isInside = [&params](int64 frame) { return frame >= params.startFrame && frame <= params.endFrame; };
+    if (!isInside(m_params.currentFrame) || !isInside(params.currentFrame)) return 0;
 
     // Unsigned, so that a distance the other way is too far to count.
     const auto from = static_cast<uint64>(m_params.currentFrame);

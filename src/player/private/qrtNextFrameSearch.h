@@ -24,7 +24,7 @@ public:
 
     /// Records have left the cache that are none of the frames wanted at `params`, where playback is now.
     void noteUnwantedRemoved(PlayParamsPrivate const& params, uint64 count);
-    /// To be called when more or fewer frames are wanted than before.
+    /// To be called at the beginning of a run, and when more or fewer frames are wanted than before.
     void forget();
 
 private:

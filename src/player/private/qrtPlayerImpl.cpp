@@ -227,7 +227,7 @@ Status PlayerImpl::_makeContextCurrent() {
 }
 
 bool PlayerImpl::_isPlayerThread(char const* operation) const {
-    if (QThread::currentThread() != this) return false;
+    if (!_isPlayerThread()) return false;
     QRT_ENGINE_MESSAGE("%s failed: it was called on the player thread, for which it would wait", operation);
     return true;
 }
@@ -271,7 +271,7 @@ void PlayerImpl::update(Subject* subject, NotificationHint const& hint) {
         if (Trace::isOn()) isFboPool ? _countFramebuffers() : _countBlocks();
         // What a step of the loop itself gives back must not restart the loop: a step that fails would be tried for
         // ever.
-        const bool isOwnStep = QThread::currentThread() == this && m_isLookingAhead;
+        const bool isOwnStep = _isPlayerThread() && m_isLookingAhead;
         const bool isRelease = dynamic_cast<ResourcePoolInterface::ReleaseHint const*>(&hint) != nullptr;
         if (m_producing && isRelease && !isOwnStep) {
             // Frames come back in destructors, which must not throw.

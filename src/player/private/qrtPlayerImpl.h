@@ -135,7 +135,9 @@ private:
     void _tearDown();
     /// `Status::graphics_failure`, with a message, when it is another one's and cannot be had back.
     Status _makeContextCurrent();
-    /// Any thread: whether it is the player thread, with a message that the operation is refused there.
+    /// Any thread: whether it is the player thread, on which whatever waits for that thread is refused.
+    [[nodiscard]] bool _isPlayerThread() const { return QThread::currentThread() == this; }
+    /// The same, with a message that the operation is refused.
     [[nodiscard]] bool _isPlayerThread(char const* operation) const;
 
     // The work of commands
@@ -261,7 +263,7 @@ private:
 
 template <class Command, class... Arguments>
 Status PlayerImpl::_executeThrough(void (CommandQueue::*post)(std::unique_ptr<Cmd>), Arguments&&... arguments) const {
-    if (QThread::currentThread() == this) return Status::general_failure;  // it would wait for itself
+    if (_isPlayerThread()) return Status::general_failure;
     Status status = Status::not_initialized;  // what stays when the thread ends before the command's turn
     CmdCompletion completion;
     auto command = std::make_unique<Command>(&status, &completion, std::forward<Arguments>(arguments)...);

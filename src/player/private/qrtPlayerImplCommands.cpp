@@ -54,6 +54,7 @@ Status PlayerImpl::getPrefs(Vector<String>& names) const {
 Status PlayerImpl::setComposition(SharedPtr<Composition> const& composition,
                                   List<SharedPtr<ExternalSegment>> const& externalSegments) {
     if (!m_initialized) return Status::not_initialized;
+    if (_isPlayerThread()) return Status::general_failure;
     const Status status = _execute<CmdSetComposition>(composition, externalSegments);
     _leaveRetiredSegments();
     (void)m_producerCache->clear();
@@ -64,6 +65,7 @@ Status PlayerImpl::setComposition(SharedPtr<Composition> const& composition,
 Status PlayerImpl::updateComposition(SharedPtr<Composition> const& composition, String const& description) {
     if (!m_initialized) return Status::not_initialized;
     if (!_composition()) return Status::no_composition_to_update;
+    if (_isPlayerThread()) return Status::general_failure;
     const Status status = _execute<CmdUpdateComposition>(composition, description);
     (void)m_producerCache->clear();
     _notify(NotificationHint());
@@ -96,6 +98,7 @@ Status PlayerImpl::setVideoFrameRate(Rational const& rate) {
 
 Status PlayerImpl::setAudioFormat(ConstSharedPtr<AudioFormatInterface> const& format) {
     if (!m_initialized) return _setAudioFormat(format);
+    if (_isPlayerThread()) return Status::general_failure;
     const Status status = _execute<CmdSetAudioFormat>(format);
     (void)m_producerCache->clear();
     _notify(NotificationHint());
@@ -117,6 +120,7 @@ Status PlayerImpl::_startProducing(SharedPtr<PlayParams> const& params) {
     SharedPtr<PlayParams> copy = params->clone();  // the host may go on changing its own
     if (!copy) return Status::general_failure;
     m_playParams.swap(copy);
+    m_nextFrameSearch.forget();  // another run, and perhaps other counts of frames
     if (const Status status = _graphEngine()->setStep(m_playParams->getStep()); status.failure()) return status;
 
     const SharedPtr<EvictionAdvisorInterfaceBase<SharedPtr<CacheData>>> advisor(
@@ -211,7 +215,7 @@ void PlayerImpl::_observeSegments(List<SharedPtr<ExternalSegment>> const& segmen
     {
         List<SharedPtr<ExternalSegment>> replacement = segments;
         const std::lock_guard lock(m_engineMutex);
-        m_retiredSegments.append(std::exchange(m_observedSegments, std::move(replacement)));
+        m_retiredSegments.splice(std::exchange(m_observedSegments, std::move(replacement)));
     }
     for (auto const& segment : segments) {
         if (Subject* const subject = segment ? segment->getSubject() : nullptr) subject->addObserver(this);
@@ -220,7 +224,7 @@ void PlayerImpl::_observeSegments(List<SharedPtr<ExternalSegment>> const& segmen
 
 void PlayerImpl::_retireSegments() {
     const std::lock_guard lock(m_engineMutex);
-    m_retiredSegments.append(std::move(m_observedSegments));
+    m_retiredSegments.splice(std::move(m_observedSegments));
 }
 
 void PlayerImpl::_leaveRetiredSegments() {
@@ -326,9 +330,7 @@ Status PlayerImpl::_setPref(String const& name, int value) {
 
 Status PlayerImpl::_setFrameCountPref(std::atomic<int32>& count, int value) {
     if (value < 0) return Status::invalid_argument;
-    if (count.exchange(value) == value) return Status();
-    m_nextFrameSearch.forget();
-    return _resizePools();
+    return count.exchange(value) == value ? Status() : _resizePools();
 }
 
 Status PlayerImpl::_getPref(String const& name, int& value) const {

@@ -210,7 +210,7 @@ Status PlayerImpl::_bindPixelBuffer(uint64 size) {
 }
 
 void PlayerImpl::_deletePixelBuffer() {
-    m_pixelBuffer.reset();
+    if (m_pixelBuffer) m_pixelBuffer.reset();  // without one several hosts may come here at once
 }
 
 }  // namespace QRT_0_81

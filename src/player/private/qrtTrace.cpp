@@ -67,10 +67,13 @@ void Trace::startIfWanted() noexcept {
 }
 
 bool Trace::start(char const* path) noexcept {
+    static const bool isForkAwaited = (awaitForks(), true);
+    (void)isForkAwaited;
     stop();
     tracedProcess = getpid();
     TraceEvent process('M', {"process_name"}, tracedProcess, threadId());
-    process.add("name", TraceName{processName()});
+    constexpr size_t longestName = 64;  // a host may call itself anything
+    process.add("name", TraceName{std::string_view(processName()).substr(0, longestName)});
     if (const int error = traceFile.open(path, process.text()); error != 0) {
         DebugLine::post(traceSource, __LINE__, "%s: the trace '%s' cannot be written: %s", traceVariable, path,
                         error == EBUSY ? "another process is writing to it" : std::strerror(error));
@@ -79,6 +82,15 @@ bool Trace::start(char const* path) noexcept {
     ++numTraces;
     s_isOn = true;
     return true;
+}
+
+void Trace::awaitForks() noexcept {
+    // A child has its parent's descriptor and what is not written yet, and would write that once more when it exits.
+    (void)pthread_atfork([] { traceFile.beforeFork(); }, [] { traceFile.afterForkInParent(); },
+                         [] {
+                             s_isOn = false;
+                             traceFile.afterForkInChild();
+                         });
 }
 
 void Trace::stop() noexcept {

@@ -42,6 +42,7 @@ public:
 private:
     friend class TraceSpan;
 
+    static void awaitForks() noexcept;
     [[nodiscard]] static int64 now() noexcept;
     static void write(TraceEvent& event, int64 time) noexcept;
     static void nameThreadOnce() noexcept;

@@ -51,7 +51,7 @@ int TraceFile::open(char const* path, std::string_view firstValue) noexcept {
 int TraceFile::append(std::string_view value, int64 now) noexcept {
     const std::lock_guard lock(m_mutex);
     const size_t needed = separator.size() + value.size();
-    if (m_descriptor < 0 || needed > bufferSize) return 0;
+    if (m_descriptor < 0 || value.empty() || needed > bufferSize) return 0;
     if (m_size + needed > bufferSize) {
         if (const int error = writeOut(); error != 0) return error;
     }
@@ -75,6 +75,12 @@ int TraceFile::close() noexcept {
     keep(arrayEnd);
     if (const int error = writeOut(); error != 0) return error;
     return ::close(std::exchange(m_descriptor, -1)) == 0 ? 0 : errno;
+}
+
+void TraceFile::afterForkInChild() noexcept {
+    if (m_descriptor >= 0) (void)::close(std::exchange(m_descriptor, -1));
+    m_size = 0;
+    m_mutex.unlock();
 }
 
 void TraceFile::keep(std::string_view text) noexcept {

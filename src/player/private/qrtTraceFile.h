@@ -23,11 +23,19 @@ public:
     /// Empties the file, or makes it, and writes the array's begin and its first value. Fails for what is no regular
     /// file (EINVAL) and for one that another process has open as its trace (EBUSY).
     [[nodiscard]] int open(char const* path, std::string_view firstValue) noexcept;
-    /// Appends a value. Without an open file it is dropped, which is no error. `now`: nanoseconds of a steady clock.
+    /// Appends a value; nothing for an empty one. Without an open file it is dropped, which is no error. `now`:
+    /// nanoseconds of a steady clock.
     [[nodiscard]] int append(std::string_view value, int64 now) noexcept;
     [[nodiscard]] int flush() noexcept;
     /// Writes what is left and the array's end.
     int close() noexcept;
+
+    /// To be called around a `fork`: no thread is in here meanwhile, and the child leaves the file to its parent.
+    /// @{
+    void beforeFork() noexcept { m_mutex.lock(); }
+    void afterForkInParent() noexcept { m_mutex.unlock(); }
+    void afterForkInChild() noexcept;
+    /// @}
 
 private:
     static constexpr size_t bufferSize = size_t{64} * 1024;
