@@ -54,8 +54,8 @@ public:
 
     /// Asks for an output frame rate; `getVideoFrameRate` reports what it became.
     virtual Status setVideoFrameRate(Rational const& rate) = 0;
-    /// The output frame rate, which frame numbers count in. The player asks after every `setComposition` and
-    /// `setVideoFrameRate`.
+    /// The output frame rate, which frame numbers count in. The player asks after every `setComposition`, and
+    /// after each `setVideoFrameRate` that succeeds.
     [[nodiscard]] virtual Rational getVideoFrameRate() const = 0;
 
     /// What the host resolves tokens with, or an empty pointer.

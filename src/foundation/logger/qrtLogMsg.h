@@ -28,8 +28,9 @@ public:
     /// Replaces where messages go, for the whole process; an empty function restores the default, Qt's message logger
     /// under the category of the channel, so that `QT_LOGGING_RULES` and `qInstallMessageHandler` work as usual.
     ///
-    /// The sink is called on every posting thread, possibly at once, and with locks of the poster held: it must not
-    /// call back into the player. A call that began before `setSink` may still end in the previous sink.
+    /// The sink is called on every posting thread, possibly at once, and with locks of the poster held, those of the
+    /// pools among them: it must not call back into the player, drop frames, or wait for a thread that does. A call
+    /// that began before `setSink` may still end in the previous sink.
     static void setSink(std::function<void(LogMsg const&)> sink);
 
 private:
