@@ -17,7 +17,16 @@ CacheBase<Data>::~CacheBase() {
 }
 
 template <class Data>
-Data const* CacheBase<Data>::lookUp(std::string_view key, Entries& expired) {
+CacheBase<Data>::Dropped::~Dropped() {
+    if (m_entries.empty()) return;
+    for (Entry& entry : m_entries)
+        Data().swap(entry.data);
+    const std::lock_guard lock(m_cache.m_mutex);
+    m_entries.clear();
+}
+
+template <class Data>
+Data const* CacheBase<Data>::lookUp(std::string_view key, Dropped& expired) {
     const auto found = m_index.find(key);
     if (found == m_index.end()) return nullptr;
     if (found->second->data->expire(CacheData::Reason::lookup)) {
@@ -30,11 +39,11 @@ Data const* CacheBase<Data>::lookUp(std::string_view key, Entries& expired) {
 }
 
 template <class Data>
-typename CacheBase<Data>::Position CacheBase<Data>::moveOut(Position position, Entries& dropped) {
+typename CacheBase<Data>::Position CacheBase<Data>::moveOut(Position position, Dropped& dropped) {
     const Position next = std::next(position);
     letGoOf(position);
     m_index.erase(position->key);
-    dropped.splice(dropped.end(), m_entries, position);
+    dropped.entries().splice(dropped.entries().end(), m_entries, position);
     ++m_numRemoved;
     return next;
 }
@@ -51,7 +60,7 @@ void CacheBase<Data>::letGoOf(Position position) {
 
 template <class Data>
 Status CacheBase<Data>::visit(std::string_view key, ForEachFunctorInterface<Data>& visitor) {
-    Entries dropped;
+    Dropped dropped(*this);
     const std::lock_guard lock(m_mutex);
     Data const* const data = lookUp(key, dropped);
     if (!data) return Status::not_in_cache;
@@ -66,7 +75,7 @@ Status CacheBase<Data>::get(String const& key, Data& data) {
 
 template <class Data>
 Status CacheBase<Data>::get(String const& key, int32 timeoutMs, Data& data) {
-    Entries dropped;
+    Dropped dropped(*this);
     Data found;  // so that what `data` held before is dropped without the lock
     {
         std::unique_lock lock(m_mutex);
@@ -85,11 +94,11 @@ Status CacheBase<Data>::get(String const& key, int32 timeoutMs, Data& data) {
 template <class Data>
 Status CacheBase<Data>::put(String const& key, Data const& data) {
     if (!data) return Status::invalid_argument;
-    Entries added;
-    added.push_back({key, data});
-    Entries dropped;
+    Dropped dropped(*this);
     {
         const std::lock_guard lock(m_mutex);
+        Entries added(&m_room);
+        added.push_back({key, data});
         const auto known = m_index.find(key);
         if (known != m_index.end()) moveOut(known->second, dropped);
         m_index.emplace(key, added.begin());
@@ -101,7 +110,7 @@ Status CacheBase<Data>::put(String const& key, Data const& data) {
 
 template <class Data>
 Status CacheBase<Data>::erase(String const& key) {
-    Entries dropped;
+    Dropped dropped(*this);
     const std::lock_guard lock(m_mutex);
     const auto found = m_index.find(key);
     if (found != m_index.end()) moveOut(found->second, dropped);
@@ -110,7 +119,7 @@ Status CacheBase<Data>::erase(String const& key) {
 
 template <class Data>
 Status CacheBase<Data>::eraseIf(std::function<bool(String const& key)> const& isMatch) {
-    Entries dropped;
+    Dropped dropped(*this);
     const std::lock_guard lock(m_mutex);
     for (Position position = m_entries.begin(); position != m_entries.end();) {
         position = isMatch(position->key) ? moveOut(position, dropped) : std::next(position);
@@ -120,11 +129,11 @@ Status CacheBase<Data>::eraseIf(std::function<bool(String const& key)> const& is
 
 template <class Data>
 Status CacheBase<Data>::clear() {
-    Entries dropped;
+    Dropped dropped(*this);
     const std::lock_guard lock(m_mutex);
     m_numRemoved += m_entries.size();
     m_index.clear();
-    dropped.swap(m_entries);
+    dropped.entries().swap(m_entries);
     m_hand = m_entries.end();
     return Status();
 }
@@ -170,7 +179,7 @@ Status CacheBase<Data>::evict(cache_eviction_mode_t mode, cache_eviction_strateg
     if (mode != evict_one && mode != evict_all) return Status::invalid_argument;
     if (strategy != evict_least_recently_used && strategy != evict_advised) return Status::invalid_argument;
 
-    Entries dropped;
+    Dropped dropped(*this);
     const std::lock_guard lock(m_mutex);
     if (strategy == evict_advised) {
         numEvicted = m_advisor ? evictAdvised(mode, dropped) : 0;
@@ -185,7 +194,7 @@ Status CacheBase<Data>::evict(cache_eviction_mode_t mode, cache_eviction_strateg
 }
 
 template <class Data>
-size_t CacheBase<Data>::evictAdvised(cache_eviction_mode_t mode, Entries& dropped) {
+size_t CacheBase<Data>::evictAdvised(cache_eviction_mode_t mode, Dropped& dropped) {
     size_t numEvicted = 0;
     Position candidate = m_hand == m_entries.end() && !m_entries.empty() ? std::prev(m_entries.end()) : m_hand;
     for (size_t left = m_entries.size(); left > 0; --left) {

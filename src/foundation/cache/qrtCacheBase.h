@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <functional>
 #include <list>
+#include <memory_resource>
 #include <mutex>
 #include <unordered_map>
 
@@ -30,8 +31,8 @@ enum cache_eviction_strategy_t : int {
 /// A keyed cache without a limit of its own: whoever fills it evicts when room is needed.
 ///
 /// Threading: every method may be called from any thread. The lock is never held while a record is destroyed, so a
-/// record's end may use the cache or take any other lock. Recency: `get`, `visit` and `put` count as a use,
-/// nothing else does.
+/// record's end may use the cache or take any other lock; it must not end the cache. Recency: `get`, `visit` and `put`
+/// count as a use, nothing else does.
 template <class Data>
 class QRT_CACHE_EXPORT CacheBase final : public RefCountedMT {
 public:
@@ -84,35 +85,51 @@ private:
         String key;
         Data data;
     };
-    using Entries = std::list<Entry>;  // most recently used first
+    using Entries = std::pmr::list<Entry>;  // most recently used first
     using Position = typename Entries::iterator;
     struct SameText {
         using is_transparent = void;
         bool operator()(String const& a, String const& b) const { return a == b; }
         bool operator()(std::string_view a, String const& b) const { return a == b.view(); }
     };
-    using Index = std::unordered_map<String, Position, std::hash<String>, SameText>;
+    using Index = std::pmr::unordered_map<String, Position, std::hash<String>, SameText>;
+
+    /// Entries on their way out. To be made before the lock is taken: the records end without it, and the entries' room
+    /// goes back to the cache under it.
+    class Dropped final {
+    public:
+        explicit Dropped(CacheBase& cache) : m_cache(cache), m_entries(&cache.m_room) {}
+        Dropped(Dropped const&) = delete;
+        Dropped& operator=(Dropped const&) = delete;
+        ~Dropped();
+        [[nodiscard]] Entries& entries() noexcept { return m_entries; }
+
+    private:
+        CacheBase& m_cache;
+        Entries m_entries;
+    };
 
     CacheBase() = default;
 
     /// The live record under `key`, moved to the front, or null; `expired` receives one that is too old. Needs the
     /// lock.
-    [[nodiscard]] Data const* lookUp(std::string_view key, Entries& expired);
-    /// The `evict` of `evict_advised`. Needs the lock; `dropped` must be destroyed without it.
-    size_t evictAdvised(cache_eviction_mode_t mode, Entries& dropped);
+    [[nodiscard]] Data const* lookUp(std::string_view key, Dropped& expired);
+    /// The `evict` of `evict_advised`. Needs the lock.
+    size_t evictAdvised(cache_eviction_mode_t mode, Dropped& dropped);
     /// The entry used after this one; after the most recently used one comes the least. Needs the lock.
     [[nodiscard]] Position nextNewer(Position position);
     /// To be called before an entry leaves its place. Needs the lock.
     void letGoOf(Position position);
-    /// Moves an entry out of the cache into `dropped`. Needs the lock; `dropped` must be destroyed without it.
-    Position moveOut(Position position, Entries& dropped);
+    /// Moves an entry out of the cache into `dropped`; the one behind it. Needs the lock.
+    Position moveOut(Position position, Dropped& dropped);
 
     mutable std::mutex m_mutex;
     std::condition_variable m_added;
     std::atomic<uint64> m_numRemoved{0};                      // changed under m_mutex
-    Entries m_entries;                                        // under m_mutex
+    std::pmr::unsynchronized_pool_resource m_room;            // under m_mutex: an entry takes the room of one that went
+    Entries m_entries{&m_room};                               // under m_mutex
     Position m_hand = m_entries.end();                        // under m_mutex: whom the advisor is asked about next
-    Index m_index;                                            // under m_mutex
+    Index m_index{&m_room};                                   // under m_mutex
     SharedPtr<EvictionAdvisorInterfaceBase<Data>> m_advisor;  // under m_mutex
 };
 

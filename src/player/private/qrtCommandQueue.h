@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <deque>
 #include <memory>
+#include <memory_resource>
 #include <mutex>
 #include <optional>
 
@@ -148,9 +149,10 @@ private:
 
     mutable std::mutex m_mutex;
     std::condition_variable m_posted;
-    std::deque<Entry> m_entries;  // under m_mutex
-    size_t m_size = 0;            // under m_mutex
-    bool m_isEnded = false;       // under m_mutex
+    std::pmr::unsynchronized_pool_resource m_room;  // under m_mutex: what is posted takes the room of what was taken
+    std::pmr::deque<Entry> m_entries{&m_room};      // under m_mutex
+    size_t m_size = 0;                              // under m_mutex
+    bool m_isEnded = false;                         // under m_mutex
 
     // Written under m_mutex, read without: a frame number that is read after it was taken from the front has been
     // there.

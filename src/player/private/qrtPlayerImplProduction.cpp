@@ -104,7 +104,11 @@ Status PlayerImpl::_produceMissing(int64 frameNumber, bool onDemand, SharedPtr<V
 template <class Pool>
 Status PlayerImpl::_lendBuffer(SharedPtr<Pool> const& pool, bool onDemand, SharedPtr<VideoBufferPrivate>& buffer) {
     for (;;) {
-        buffer = VideoBufferPrivate::create(pool, onDemand);
+        if (buffer) {
+            (void)buffer->lend();
+        } else {
+            buffer = VideoBufferPrivate::create(pool, onDemand);
+        }
         const Status status = buffer ? buffer->getStatus() : Status(Status::general_failure);
         if (status.success()) return status;
         // A change for which there was no memory has left the pool empty, and no setting need change again.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory_resource>
 #include <mutex>
 #include <unordered_set>
 #include <vector>
@@ -53,13 +54,18 @@ public:
     Status setup(uint64 size, SizeUnit unit, VideoBufferResolution const& resolution);
 
 protected:
+    /// The resources that are lent.
+    template <class T>
+    using Loans = std::pmr::unordered_set<T*>;
+
     ResourcePool() = default;
 
     uint64 m_size = 0;
     SizeUnit m_sizeUnit = SizeUnit::buffers;
     VideoBufferResolution m_resolution;
     bool m_initialized = false;
-    mutable std::recursive_mutex m_mutex;  // guards everything above and the concrete pool's containers
+    std::pmr::unsynchronized_pool_resource m_loanMemory;  // a frame that is lent needs no memory of its own
+    mutable std::recursive_mutex m_mutex;                 // guards everything above and the concrete pool's containers
 
 private:
     void changeSize(uint64 size, SizeUnit unit);
@@ -70,7 +76,7 @@ private:
 /// Moves the free resource that came back last into `locked` and returns it; null when none may go: the last one is
 /// kept for callers with `allowLast`.
 template <class T>
-[[nodiscard]] T* lendLast(std::vector<T*>& free, std::unordered_set<T*>& locked, bool allowLast) {
+[[nodiscard]] T* lendLast(std::vector<T*>& free, std::pmr::unordered_set<T*>& locked, bool allowLast) {
     if (free.empty() || (free.size() == 1 && !allowLast)) return nullptr;
     T* const resource = free.back();
     locked.insert(resource);  // first: without memory for it nothing has happened
@@ -81,7 +87,7 @@ template <class T>
 /// Moves a lent resource back; false when it is not one of `locked`. Frames come back in destructors: `free` has had
 /// room for all resources from the beginning, so that no memory is needed.
 template <class T>
-[[nodiscard]] bool takeBack(std::vector<T*>& free, std::unordered_set<T*>& locked, T* resource) noexcept {
+[[nodiscard]] bool takeBack(std::vector<T*>& free, std::pmr::unordered_set<T*>& locked, T* resource) noexcept {
     if (locked.erase(resource) == 0) return false;
     free.push_back(resource);
     return true;

@@ -46,7 +46,7 @@ private:
     int disposeFree();
 
     std::vector<QOpenGLFramebufferObject*> m_freeFbos;
-    std::unordered_set<QOpenGLFramebufferObject*> m_lockedFbos;  // a registry only: clearing it deletes nothing
+    Loans<QOpenGLFramebufferObject> m_lockedFbos{&m_loanMemory};  // a registry only: clearing it deletes nothing
     const SharedPtr<FramebufferReaper> m_reaper;
 };
 

@@ -39,7 +39,7 @@ private:
     void freeBlocks();
 
     std::vector<void*> m_freeBuffers;
-    std::unordered_set<void*> m_lockedBuffers;
+    Loans<void> m_lockedBuffers = Loans<void>(&m_loanMemory);  // in braces it would be the first one lent
 };
 
 }  // namespace QRT_0_81

@@ -7,22 +7,12 @@ namespace QRT_0_81 {
 
 VideoBufferPrivate::VideoBufferPrivate(SharedPtr<ResourcePoolFBO> const& pool, bool allowLast)
     : m_fboPool(pool), m_type(framebufferKind), m_allowLast(allowLast) {
-    m_fbo = pool->lock(allowLast);
-    if (m_fbo) {
-        m_resolution = pool->getResolution();
-    } else {
-        m_status.set(Status::no_resource);
-    }
+    (void)lend();
 }
 
 VideoBufferPrivate::VideoBufferPrivate(SharedPtr<ResourcePoolRAM> const& pool, bool allowLast)
     : m_ramPool(pool), m_type(memoryKind), m_allowLast(allowLast) {
-    m_ramData = pool->lock(allowLast);
-    if (m_ramData) {
-        m_resolution = pool->getResolution();
-    } else {
-        m_status.set(Status::no_resource);
-    }
+    (void)lend();
 }
 
 VideoBufferPrivate::~VideoBufferPrivate() {
@@ -38,6 +28,19 @@ SharedPtr<VideoBufferPrivate> VideoBufferPrivate::create(SharedPtr<ResourcePoolF
 
 SharedPtr<VideoBufferPrivate> VideoBufferPrivate::create(SharedPtr<ResourcePoolRAM> const& pool, bool allowLast) {
     return SharedPtr<VideoBufferPrivate>(new (std::nothrow) VideoBufferPrivate(pool, allowLast));
+}
+
+Status VideoBufferPrivate::lend() {
+    if (m_fbo || m_ramData) return m_status;
+    if (m_fboPool) {
+        m_fbo = m_fboPool->lock(m_allowLast);
+        if (m_fbo) m_resolution = m_fboPool->getResolution();
+    } else {
+        m_ramData = m_ramPool->lock(m_allowLast);
+        if (m_ramData) m_resolution = m_ramPool->getResolution();
+    }
+    m_status.set(m_fbo || m_ramData ? Status::ok : Status::no_resource);
+    return m_status;
 }
 
 Status VideoBufferPrivate::getData(void*& data) {

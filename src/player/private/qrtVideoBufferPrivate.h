@@ -24,6 +24,9 @@ public:
     [[nodiscard]] static SharedPtr<VideoBufferPrivate> create(SharedPtr<ResourcePoolFBO> const& pool, bool allowLast);
     [[nodiscard]] static SharedPtr<VideoBufferPrivate> create(SharedPtr<ResourcePoolRAM> const& pool, bool allowLast);
 
+    /// Asks the pool once more, for a buffer that got no resource; the result is the buffer's status from then on.
+    Status lend();
+
     [[nodiscard]] unsigned char getType() const override { return m_type; }
     Status getData(void*& data) override;
     Status getData(void*& data) const override;
