@@ -49,6 +49,10 @@ install(FILES
     DESTINATION ${QRT_INSTALL_CMAKEDIR} COMPONENT dev)
 install(EXPORT qrt NAMESPACE qrt:: FILE qrtTargets.cmake DESTINATION ${QRT_INSTALL_CMAKEDIR} COMPONENT dev)
 
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libqrt-dev COMPONENT dev)
+# Beside the examples as in the sources, so that its links lead there.
+install(FILES docs/embedding.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libqrt-dev/docs COMPONENT dev)
+
 # ---- The program
 
 if(QRT_BUILD_HOST)

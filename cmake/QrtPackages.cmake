@@ -65,8 +65,5 @@ set(CPACK_COMPONENT_DEV_DEPENDS runtime)
 set(CPACK_COMPONENT_TOOLS_DEPENDS runtime)
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS qtbase5-dev)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS libqt5multimedia5-plugins)
-install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libqrt-dev COMPONENT dev)
-# Beside the examples as in the sources, so that its links lead there.
-install(FILES docs/embedding.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libqrt-dev/docs COMPONENT dev)
 
 include(CPack)

@@ -18,7 +18,7 @@ ENVIRONMENT = {
     "QRT_TRACE_PLAYER": "A file for what the engine does, and when, as with --trace.",
     "QRT_DEBUG_PLAYER": "When set, the engine tells every step on the log channel QRT_PLAYER.",
     "QT_LOGGING_RULES": "Which log channels are written to standard error, as Qt documents it.",
-    "TOLLAN_DUMP_VERSION_INFO": "When 1, the version of the library is printed when it is loaded.",
+    "TOLLAN_DUMP_VERSION_INFO": "A number other than 0: the version of the library goes to standard error when it is loaded.",
     "ZR_DEBUG_OTIO": "When set, the library tells on standard error what it reads in play parameters.",
 }
 

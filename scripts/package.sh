@@ -40,8 +40,17 @@ make_packages() {
     done
 }
 
+# Purges those that are there, be it unpacked only; apt knows nothing of the others.
 purge() {
-    DEBIAN_FRONTEND=noninteractive apt-get purge -y "${names[@]}" >"$log" 2>&1 || {
+    local name there=()
+    for name in "${names[@]}"; do
+        case $(dpkg-query -W -f '${db:Status-Status}' "$name" 2>/dev/null || true) in
+            "" | not-installed) ;;
+            *) there+=("$name") ;;
+        esac
+    done
+    [[ ${#there[@]} -gt 0 ]] || return 0
+    DEBIAN_FRONTEND=noninteractive apt-get purge -y "${there[@]}" >"$log" 2>&1 || {
         cat "$log" >&2
         die "they could not be purged"
     }
@@ -54,7 +63,7 @@ try_packages() {
         is_installed "$name" && die "$name is installed already; purge it first"
     done
     say "installing"
-    trap 'purge; rm -rf "$scratch"' EXIT
+    trap '(purge) || true; rm -rf "$scratch"' EXIT  # whatever becomes of the purge
     DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends ./build/package/packages/*.deb >"$log" 2>&1 || {
         cat "$log" >&2
         die "they could not be installed"

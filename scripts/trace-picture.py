@@ -118,7 +118,7 @@ def draw(events, first, last, width):
         raise ValueError("there is nothing in it")
     origin = min(event["ts"] for event in timed)
     begin = origin + (first or 0) * 1000
-    end = origin + last * 1000 if last else max(event["ts"] + event.get("dur", 0) for event in timed)
+    end = origin + last * 1000 if last is not None else max(event["ts"] + event.get("dur", 0) for event in timed)
     if begin >= end:
         raise ValueError("nothing lies between --from and --to")
     names = {event["tid"]: event["args"]["name"] for event in events if event["name"] == "thread_name"}
@@ -129,7 +129,8 @@ def draw(events, first, last, width):
         if event["ph"] == "X" and event["ts"] < end and event["ts"] + event["dur"] > begin:
             spans.setdefault(event["tid"], []).append(event)
         elif event["ph"] == "C":
-            counts.setdefault((event["name"], next(iter(event["args"]))), []).append(event)
+            for key in event["args"]:
+                counts.setdefault((event["name"], key), []).append(event)
     for thread, of_thread in sorted(spans.items()):
         picture.draw_thread(names.get(thread, f"thread {thread}"), of_thread)
     for (name, key), of_counter in sorted(counts.items()):
@@ -148,6 +149,8 @@ def main():
         print(draw(read_events(arguments.trace), arguments.first, arguments.last, arguments.width))
     except (OSError, ValueError) as error:
         sys.exit(f"trace-picture.py: {arguments.trace}: {error}")
+    except (AttributeError, KeyError, TypeError):  # what is looked for in events is not there
+        sys.exit(f"trace-picture.py: {arguments.trace}: is JSON, but no trace")
 
 
 if __name__ == "__main__":

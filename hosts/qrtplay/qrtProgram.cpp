@@ -36,7 +36,7 @@ Outcome readCommandLine(int argc, char** argv, Options& options) {
 }
 
 void dropMinorMessages(QtMsgType type, QMessageLogContext const&, QString const& text) {
-    if (type == QtCriticalMsg || type == QtFatalMsg) printError(text.toStdString());
+    if (type == QtCriticalMsg || type == QtFatalMsg) printError(text.simplified().toStdString());  // has lines
 }
 
 /// This program says itself what fails, in a line of its own; the lines of the libraries are for who asks for them.

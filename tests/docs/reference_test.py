@@ -57,6 +57,16 @@ class Reference(unittest.TestCase):
         _, complaint = self.write(self.tree_with(THING))
         self.assertIsNone(complaint)
 
+    def test_pages_of_headers_that_are_gone_go_from_its_own_folder_only(self):
+        root = self.tree_with(THING)
+        own = self.folder / "own"
+        for folder, arguments, stays in (root / "build/docs", [], False), (own, [own], True):
+            folder.mkdir(parents=True)
+            (folder / "gone.html").touch()
+            subprocess.run([root / "scripts/docs.sh", *arguments], check=True, capture_output=True)
+            self.assertTrue((folder / "index.html").is_file())
+            self.assertEqual((folder / "gone.html").exists(), stays)
+
     def test_what_is_not_is_refused(self):
         wrong = {"a class": THING.replace("/// A thing.", ""),
                  "a function": THING.replace("/// Works.", ""),

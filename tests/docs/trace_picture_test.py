@@ -3,6 +3,7 @@
 import importlib.util
 import json
 import re
+import subprocess
 import tempfile
 import unittest
 import xml.etree.ElementTree as xml
@@ -24,7 +25,7 @@ EVENTS = [
     span("render", 1100, 400, frame=7),
     span("idle", 1800, 200),
     span("wait", 1000, 1000, thread=2),
-    {"name": "frames", "ph": "C", "pid": 1, "tid": 1, "ts": 1500, "args": {"free": 3}},
+    {"name": "blocks", "ph": "C", "pid": 1, "tid": 1, "ts": 1500, "args": {"free": 3, "lent": 1}},
 ]
 
 
@@ -58,7 +59,9 @@ class TracePicture(unittest.TestCase):
         self.assertEqual(set(self.boxes(self.draw(EVENTS, 0.85, 0.95))), {"idle", "wait"})
 
     def test_counters_are_told_below(self):
-        self.assertIn("free, 0 to 3", "".join(self.draw(EVENTS).itertext()))
+        told = list(self.draw(EVENTS).itertext())
+        self.assertIn("free, 0 to 3", told)
+        self.assertIn("lent, 0 to 1", told)
 
     def test_a_trace_without_its_end_is_read_as_far_as_it_is_whole(self):
         lines = [json.dumps(event) for event in EVENTS]
@@ -69,9 +72,19 @@ class TracePicture(unittest.TestCase):
                 self.assertEqual(trace_picture.read_events(file.name), EVENTS, tail)
 
     def test_nothing_to_draw_is_said(self):
-        for events, first, last in (([], None, None), (EVENTS, 3, None), (EVENTS, 2, 1)):
+        for events, first, last in (([], None, None), (EVENTS, 3, None), (EVENTS, 2, 1), (EVENTS, None, 0)):
             with self.assertRaises(ValueError):
                 self.draw(events, first, last)
+
+    def test_what_is_no_trace_is_refused_in_a_line(self):
+        for text in ('{"events": 3}', '[1, 2]', '"a text"', "17", "no JSON", '[{"name": "no phase"}]',
+                     '[{"ph": "X", "ts": 5}]', '[{"name": "n", "ph": "C", "ts": 5, "args": {"free": "many"}}]'):
+            with tempfile.NamedTemporaryFile("w", suffix=".json") as file:
+                file.write(text)
+                file.flush()
+                result = subprocess.run([SCRIPT, file.name], capture_output=True, text=True)
+                self.assertEqual((result.returncode, result.stdout), (1, ""), text)
+                self.assertRegex(result.stderr, rf"\Atrace-picture.py: {re.escape(file.name)}: .+\n\Z", text)
 
 
 if __name__ == "__main__":

@@ -24,7 +24,7 @@ protected:
         std::string errors;
     };
 
-    Result run(QStringList const& arguments) {
+    Result run(QStringList const& arguments, QProcess::ExitStatus ending = QProcess::NormalExit) {
         QProcess process;
         process.setProcessEnvironment(environment);
         process.setWorkingDirectory(folder.path());
@@ -32,7 +32,7 @@ protected:
         constexpr int longestMs = 300000;
         const bool finished = process.waitForFinished(longestMs);
         EXPECT_TRUE(finished) << arguments.join(' ').toStdString();
-        EXPECT_EQ(process.exitStatus(), QProcess::NormalExit) << arguments.join(' ').toStdString();
+        EXPECT_EQ(process.exitStatus(), ending) << arguments.join(' ').toStdString();
         return {process.exitCode(), process.readAllStandardOutput().toStdString(),
                 process.readAllStandardError().toStdString()};
     }

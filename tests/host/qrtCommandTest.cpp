@@ -121,6 +121,15 @@ TEST_F(Command, endsWithOneLineThatSaysHowToGetADisplay) {
     EXPECT_THAT(failure({"render", clip("bframes.mp4"), "--output", "##.png"}, 5), HasSubstr("'offscreen'"));
 }
 
+TEST_F(Command, putsWhatQtSaysBeforeItEndsTheProcessInOneLine) {
+    environment.insert("QT_QPA_PLATFORM", "nonsense");
+    const Result result = run({"self-test"}, QProcess::CrashExit);
+    EXPECT_THAT(result.errors, StartsWith("qrtplay: This application failed to start because"));
+    EXPECT_THAT(result.errors, HasSubstr(" Available platform plugins are: "));
+    EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
+    EXPECT_THAT(result.errors, Not(HasSubstr("?"))) << result.errors;
+}
+
 TEST_F(Command, explainsItselfWithoutADisplay) {
     environment.remove("DISPLAY");
     for (const QStringList& words : {QStringList{"--help"},

@@ -221,6 +221,18 @@ TEST(HostileBundle, mayNotHoldMoreFilesAndFoldersThanTheLimit) {
     EXPECT_EQ(unpack(2), bundle + ": has more than 2 files and folders");
 }
 
+TEST(HostileBundle, mayNameItsFoldersOnceMore) {
+    const TestFolder files;
+    const std::string bundle = files.writeZip("cut.otioz", {{"a/", ""}, {"a/b/x", "x"}, {"a/b/", ""}, {"a/", ""}});
+    const auto unpack = [&](size_t mostEntries) {
+        const TestFolder folder;
+        return unpackOtioBundle(bundle, folder.path(), mostEntries).message();
+    };
+    EXPECT_EQ(unpack(4), "") << "two folders and a file, in four entries";
+    EXPECT_EQ(unpack(3), bundle + ": has more than 3 entries");
+    EXPECT_EQ(unpack(2), bundle + ": has more than 2 files and folders");
+}
+
 TEST(HostileText, mayNotHoldMoreValuesThanTheLimit) {
     rapidjson::Document document;
     EXPECT_EQ(readOtioJson("[1, [2, {\"a\": 3}]]", document, 6).message(), "");

@@ -167,8 +167,9 @@ std::string TestFolder::writeZip(std::string const& name,
     for (auto const& [entryName, bytes] : entries) {
         archive_entry* const entry = archive_entry_new();
         archive_entry_set_pathname(entry, entryName.c_str());
-        archive_entry_set_filetype(entry, AE_IFREG);
-        archive_entry_set_perm(entry, 0644);
+        const bool isFolder = entryName.ends_with('/');
+        archive_entry_set_filetype(entry, isFolder ? AE_IFDIR : AE_IFREG);
+        archive_entry_set_perm(entry, isFolder ? 0755 : 0644);
         archive_entry_set_size(entry, static_cast<la_int64_t>(bytes.size()));
         EXPECT_EQ(archive_write_header(zip, entry), ARCHIVE_OK);
         EXPECT_EQ(archive_write_data(zip, bytes.data(), bytes.size()), static_cast<la_ssize_t>(bytes.size()));

@@ -50,7 +50,7 @@ public:
     [[nodiscard]] std::string const& path() const noexcept { return m_path; }
     /// Makes a file, and the folders that it needs; answers its path.
     std::string write(std::string const& name, std::string const& bytes) const;
-    /// Makes a zip archive of entries, each a path and its bytes.
+    /// Makes a zip archive of entries, each a path and its bytes; one that ends with a slash is a folder.
     std::string writeZip(std::string const& name,
                          std::vector<std::pair<std::string, std::string>> const& entries) const;
 

@@ -3,12 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <atomic>
 #include <future>
+#include <memory>
 #include <numeric>
-#include <random>
-#include <thread>
+#include <utility>
+#include <vector>
 
 #include "host/qrtFakePictureSource.h"
 #include "media/qrtPictureStore.h"

@@ -1,4 +1,9 @@
 // Requests that meet one another, sources that are shared, and the store's end.
+#include <algorithm>
+#include <atomic>
+#include <random>
+#include <thread>
+
 #include "host/qrtPictureStoreFixture.h"
 
 namespace qrtplay {
@@ -7,7 +12,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using ::testing::UnorderedElementsAreArray;
 
 TEST_F(PictureStoreTest, makesDecodingAheadStepBackForARequestAndTakesItUpAgain) {

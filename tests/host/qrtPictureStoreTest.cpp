@@ -1,4 +1,8 @@
 // Which pictures are decoded and kept.
+#include <algorithm>
+#include <atomic>
+#include <thread>
+
 #include "host/qrtPictureStoreFixture.h"
 
 namespace qrtplay {

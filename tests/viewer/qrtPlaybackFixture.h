@@ -40,6 +40,13 @@ public:
     double volume = 1;
 };
 
+/// What fetching may take, from much less than a frame time to three of them, changing now and then.
+inline int64 fetchTimeOf(int turn) {
+    constexpr int turnsAlike = 20;
+    constexpr int64 inMilliseconds[] = {10, 60, 90, 130, 30};
+    return inMilliseconds[turn / turnsAlike % 5] * 1'000'000;
+}
+
 /// Playback of clips on a clock and a device that the test moves; what it shows and tells is noted.
 class PlaybackTest : public ::testing::Test {
 protected:

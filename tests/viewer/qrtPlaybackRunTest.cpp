@@ -296,13 +296,6 @@ TEST_F(PlaybackTest, playsOnAfterAFrameThatCannotBeHad) {
 
 // ---- Playing: when pictures come late
 
-/// What fetching may take, from much less than a frame time to three of them, changing now and then.
-int64 fetchTimeOf(int turn) {
-    constexpr int turnsAlike = 20;
-    constexpr int64 inMilliseconds[] = {10, 60, 90, 130, 30};
-    return inMilliseconds[turn / turnsAlike % 5] * 1'000'000;
-}
-
 TEST_F(PlaybackTest, staysInStepWithTheClockInRealTime) {
     open({"longgroup.mp4"});
     playback->setMode(PlayParams::loop);

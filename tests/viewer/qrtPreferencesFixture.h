@@ -4,28 +4,21 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
-#include <QCheckBox>
-#include <QColorDialog>
 #include <QComboBox>
 #include <QFile>
-#include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
-#include <QScrollArea>
 #include <QSignalSpy>
-#include <QSlider>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QWheelEvent>
 #include <cstdlib>
+#include <functional>
+#include <memory>
+#include <optional>
 
-#include "graph/qrtColourManagement.h"
 #include "graph/qrtMediaGraphEngine.h"
 #include "host/qrtTestClips.h"
 #include "playback/qrtFrameReader.h"
 #include "viewer/playing/qrtPlayback.h"
-#include "viewer/preferences/qrtColourButton.h"
-#include "viewer/preferences/qrtFurtherPreferences.h"
 #include "viewer/preferences/qrtPreferencesPanel.h"
 #include "viewer/preferences/qrtSettingRow.h"
 #include "viewer/preferences/qrtSettledSpinBox.h"

@@ -1,4 +1,13 @@
 // What the preferences panel shows: refusals, colours, what is fixed, kept or set by others.
+#include <QCheckBox>
+#include <QColorDialog>
+#include <QLabel>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QSlider>
+#include <QWheelEvent>
+
+#include "viewer/preferences/qrtColourButton.h"
 #include "viewer/qrtPreferencesFixture.h"
 
 namespace qrtplay {

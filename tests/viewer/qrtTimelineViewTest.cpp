@@ -4,68 +4,29 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QImage>
 #include <QMouseEvent>
 #include <QPaintEvent>
-#include <QPainter>
 #include <QPalette>
 #include <QScreen>
 #include <QWheelEvent>
 #include <QtTest>
-#include <algorithm>
-#include <string>
+#include <memory>
+#include <vector>
 
+#include "viewer/qrtTimelineItems.h"
 #include "viewer/timeline/qrtTimelineColours.h"
 #include "viewer/timeline/qrtTimelineLayout.h"
-#include "viewer/timeline/qrtTimelinePainter.h"
-#include "viewer/timeline/qrtTrackPainter.h"
+#include "viewer/timeline/qrtTimelineScale.h"
 
 namespace qrtplay {
 namespace {
 
 using ::testing::ElementsAre;
 
-constexpr Rational film(24, 1);
 constexpr int64 frameCount = 100;
 constexpr int pixels = 8;  // to a frame: what the view's width gives
 constexpr QSize viewSize(frameCount* pixels + 2 * static_cast<int>(TimelineScale::margin), 220);
-
-ExactTime at(int64 frame) {
-    return ExactTime::ofFrame(frame, film);
-}
-
-TrackItem itemOf(TrackItem::Kind kind, std::string name, int64 first, int64 end) {
-    TrackItem item;
-    item.kind = kind;
-    item.name = std::move(name);
-    item.start = at(first);
-    item.duration = at(end - first);
-    return item;
-}
-
-TrackItem clipOf(std::string name, int64 first, int64 end, size_t media) {
-    TrackItem item = itemOf(TrackItem::Kind::clip, std::move(name), first, end);
-    item.media = media;
-    return item;
-}
-
-std::shared_ptr<Timeline const> timelineOf(std::vector<TrackView> tracks, int64 frames = frameCount) {
-    Timeline::Content content;
-    content.rate = film;
-    content.duration = at(frames);
-    content.tracks = std::move(tracks);
-    for (char const* path : {"/film/street.mov", "/film/roof.mov", "/film/lost.mov"}) {
-        MediaReference media;
-        media.kind = content.media.size() == 2 ? MediaReference::Kind::missing : MediaReference::Kind::file;
-        media.path = path;
-        content.media.push_back(media);
-    }
-    Generator bars;
-    bars.name = "Bars";
-    content.generators.push_back(bars);
-    content.markers.push_back({"Look here", "RED", at(30), at(10)});
-    content.markers.push_back({"", "GREEN", at(60), ExactTime()});
-    return std::make_shared<Timeline const>(std::move(content));
-}
 
 // Rows of the sample, from the top down.
 enum Row : size_t { upper, lower, sound };
@@ -82,7 +43,7 @@ std::shared_ptr<Timeline const> sample() {
     TrackView noise;
     noise.kind = TrackView::Kind::audio;
     noise.items = {clipOf("noise", 0, 100, 2)};
-    return timelineOf({street, roof, noise});
+    return timelineOf({street, roof, noise}, frameCount);
 }
 
 int columnOf(int64 frame) {
@@ -384,7 +345,7 @@ TEST_F(TimelineViewTest, scrollsThroughMoreTracksThanFit) {
     std::vector<TrackView> tracks(50);
     for (size_t i = 0; i < tracks.size(); ++i)
         tracks[i].items = {clipOf("clip", 0, 100, 0)};
-    m_view.setTimeline(timelineOf(tracks), film, frameCount);
+    m_view.setTimeline(timelineOf(tracks, frameCount), film, frameCount);
     const QPoint point(400, m_layout.tracks().top() + 3);
     EXPECT_TRUE(m_view.textAt(point).startsWith("V50\n"));
     turnWheel(m_view, point, -2, Qt::NoModifier);

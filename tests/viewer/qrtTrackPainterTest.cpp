@@ -2,12 +2,19 @@
 
 #include <gtest/gtest.h>
 
+#include <QColor>
+#include <QImage>
+#include <QPainter>
+#include <QPalette>
+#include <algorithm>
 #include <string>
+#include <utility>
+#include <vector>
 
+#include "viewer/qrtTimelineItems.h"
 #include "viewer/timeline/qrtTimelineColours.h"
-#include "viewer/timeline/qrtTimelineLayout.h"
-#include "viewer/timeline/qrtTimelinePainter.h"
-#include "viewer/timeline/qrtTimelineView.h"
+#include "viewer/timeline/qrtTimelineScale.h"
+#include "viewer/timeline/qrtTimelineTracks.h"
 
 namespace qrtplay {
 namespace {

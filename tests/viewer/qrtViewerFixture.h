@@ -5,9 +5,11 @@
 
 #include <QImage>
 #include <QTemporaryDir>
-#include <atomic>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "viewer/picture/qrtPictureView.h"
 #include "viewer/qrtHandClock.h"

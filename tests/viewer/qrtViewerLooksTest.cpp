@@ -2,6 +2,7 @@
 #include <QApplication>
 #include <QDockWidget>
 #include <QPalette>
+#include <QScrollArea>
 #include <QStyleFactory>
 #include <QTest>
 #include <algorithm>
@@ -68,7 +69,12 @@ TEST_F(ViewerLooks, preferencesOnASmallScreen) {
     show({timeline()});
     window().resize(1024, 600);
     press(Qt::Key_Comma, Qt::ControlModifier);
-    EXPECT_TRUE(waitFor([&] { return window().findChild<QDockWidget*>("preferencesDock")->isVisible(); }));
+    auto* const dock = window().findChild<QDockWidget*>("preferencesDock");
+    EXPECT_TRUE(waitFor([&] { return dock->isVisible(); }));
+    // It may come up with rows that are a pixel too low, and keep them until something has it laid out once more.
+    auto* const rows = dock->findChild<QScrollArea*>()->widget();
+    rows->updateGeometry();
+    EXPECT_TRUE(waitFor([&] { return rows->height() == rows->heightForWidth(rows->width()); }));
     EXPECT_TRUE(looksLike(look(), "preferences"));
 }
 

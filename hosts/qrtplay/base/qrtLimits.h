@@ -30,7 +30,7 @@ constexpr size_t maxJsonValues = 32'000'000;
 constexpr size_t maxTimelineItems = 2'000'000;
 constexpr size_t maxTimelineDepth = 64;       ///< objects in each other
 constexpr size_t maxTimelineFilesDepth = 8;   ///< files that refer to each other
-constexpr size_t maxBundleEntries = 100'000;  ///< files, and folders that they need
+constexpr size_t maxBundleEntries = 100'000;  ///< and as many files and folders
 /// What a bundle may unpack to: so much, and so many times its own size on top.
 constexpr int64 maxBundleBytes = int64{256} << 20;
 constexpr int64 maxBundleFactor = 20;

@@ -58,10 +58,8 @@ Outcome Demuxer::chooseStream() {
     if (isTextArt(parameters.codec_id)) return Outcome::failure(m_path + ": is no media file");
     // A decoder that refuses its size leaves none behind.
     if (parameters.width <= 0 || parameters.height <= 0)
-        return Outcome::failure(
-            m_path +
-            ": its video states no picture size, or a larger one than can be played; the file may be "
-            "damaged");
+        return Outcome::failure(m_path + ": its video states no picture size, or a larger one than can be played; " +
+                                "the file may be damaged");
     if (parameters.width > maxPictureSide || parameters.height > maxPictureSide ||
         int64{parameters.width} * parameters.height > maxPicturePixels)
         return Outcome::failure(m_path + ": its picture of " + std::to_string(parameters.width) + "x" +

@@ -15,7 +15,7 @@ namespace qrtplay {
 /// How the engine is used.
 [[nodiscard]] CommandSyntax::Group playerOptions();
 
-/// "--trace", of every command that has a player.
+/// "--trace", of the commands that play what the user names.
 [[nodiscard]] CommandSyntax::Option traceOption();
 /// Reads it into `file`, which stays as it is without it.
 Outcome parseTraceOption(CommandLine const& line, std::string& file);

@@ -58,7 +58,10 @@ void FrameFetcher::run() {
         m_changed.notify_all();
         if (!m_changed.wait_for(lock, pauseOfAScrub, isWoken)) {
             lock.unlock();
-            m_puller.settle();
+            m_puller.settle([&] {
+                const std::lock_guard asking(m_mutex);
+                return isWoken();
+            });
             lock.lock();
             m_changed.wait(lock, isWoken);
         }

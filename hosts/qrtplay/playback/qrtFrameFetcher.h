@@ -46,7 +46,8 @@ public:
     void produce(SharedPtr<PlayParams> const& params);
     /// Forgets what has not been begun, stops rendering ahead, and waits until both have been carried out.
     void stop();
-    /// Waits until all that was asked for has been carried out and delivered.
+    /// Waits until all that was asked for has been carried out and delivered. Until `stop`, the player may still be
+    /// told once more which frame was delivered last.
     void finish();
 
 private:

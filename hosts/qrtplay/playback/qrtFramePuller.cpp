@@ -12,6 +12,7 @@ Status FramePuller::produce(SharedPtr<PlayParams> const& params) {
     m_turnsBack = params->getPlayMode() == PlayParams::ping_pong;
     m_lastFrame = params->getCurrentFrame() - m_step;
     m_hasJumped = false;
+    m_place.reset();
     return status;
 }
 
@@ -26,16 +27,20 @@ Status FramePuller::fetch(int64 frame, SharedPtr<VideoBuffer>& buffer, bool& was
         m_hasJumped = m_isProducing;
     m_lastFrame = frame;
     wasReady = m_player.player().isVideoBufferReady(frame);
-    return m_player.player().getVideoBuffer(frame, buffer);
+    const Status status = m_player.player().getVideoBuffer(frame, buffer);
+    if (buffer && m_hasJumped) m_place = frame;
+    return status;
 }
 
 // Of the places that it was told of, the player takes note of the newest first. Once it has heard all of them, the last
 // one again is the newest and the last.
-void FramePuller::settle() {
-    if (!m_isProducing || !std::exchange(m_hasJumped, false)) return;
+void FramePuller::settle(std::function<bool()> const& isOvertaken) {
+    if (!m_isProducing || !m_place) return;
     awaitTurn();
+    if (isOvertaken()) return;
+    m_hasJumped = false;
     SharedPtr<VideoBuffer> unused;
-    (void)m_player.player().getVideoBuffer(m_lastFrame, unused);
+    (void)m_player.player().getVideoBuffer(*std::exchange(m_place, std::nullopt), unused);
 }
 
 // Whoever is late and leaves frames out needs one at once that is not being rendered ahead.

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <functional>
+#include <optional>
+
 #include "base/qrtKit.h"
 #include "foundation/core/qrtVideoBuffer.h"
 #include "playback/qrtTimelinePlayer.h"
@@ -22,9 +25,10 @@ public:
     /// As `Player::getVideoBuffer`, but the next frame of those that are rendered ahead is given the time to be
     /// rendered. `wasReady`: it was rendered ahead, be it in that time.
     [[nodiscard]] Status fetch(int64 frame, SharedPtr<VideoBuffer>& buffer, bool& wasReady);
-    /// Has rendering ahead go on from the frame fetched last. To be called when nothing is fetched for a while: after a
-    /// jump the player may have carried out last what it was told before it.
-    void settle();
+    /// Has rendering ahead go on from the last frame that could be had. To be called when nothing is fetched for a
+    /// while: after a jump the player may have carried out last what it was told before it. `isOvertaken`, asked after
+    /// a wait: another frame is wanted by now, so that this is left for later.
+    void settle(std::function<bool()> const& isOvertaken);
 
 private:
     [[nodiscard]] bool isNextInTurn(int64 frame) const;
@@ -34,9 +38,10 @@ private:
     TimelinePlayer& m_player;
     bool m_isProducing = false;
     int64 m_step = 0;
-    bool m_turnsBack = false;  // plays to and fro
-    int64 m_lastFrame = 0;
-    bool m_hasJumped = false;  // since the player was last known to be at m_lastFrame
+    bool m_turnsBack = false;      // plays to and fro
+    int64 m_lastFrame = 0;         // that was asked for
+    bool m_hasJumped = false;      // since the player was last known to be where the host is
+    std::optional<int64> m_place;  // that it was last told of since the jump: what cannot be had tells it nothing
 };
 
 }  // namespace qrtplay

@@ -65,8 +65,8 @@ public:
             const int result = archive_read_next_header(m_archive.get(), &entry);
             if (result == ARCHIVE_EOF) return isEmpty ? failure("is no zip archive, or an empty one") : Outcome();
             if (result != ARCHIVE_OK && result != ARCHIVE_WARN) return archiveFailure();
-            if (Outcome outcome = countOne(); outcome.failed()) return outcome;
             if (Outcome outcome = unpack(entry); outcome.failed()) return outcome;
+            if (Outcome outcome = countOne(m_entries, "entries"); outcome.failed()) return outcome;
         }
     }
 
@@ -92,6 +92,7 @@ private:
         const fs::path target = m_folder / path;
         if (fs::exists(target, error)) return failure(about + "is there twice");
         if (Outcome outcome = makeFolders(path.parent_path(), about); outcome.failed()) return outcome;
+        if (Outcome outcome = countMade(); outcome.failed()) return outcome;
         return writeData(target.string(), about);
     }
 
@@ -113,14 +114,16 @@ private:
             const bool isNew = fs::create_directory(folder, error);
             if (error) return failure(about + "cannot be unpacked: " + error.message());
             if (!isNew) continue;
-            if (Outcome outcome = countOne(); outcome.failed()) return outcome;
+            if (Outcome outcome = countMade(); outcome.failed()) return outcome;
         }
         return Outcome();
     }
 
-    Outcome countOne() {
-        if (m_count++ < m_mostEntries) return Outcome();
-        return failure("has more than " + std::to_string(m_mostEntries) + " files and folders");
+    Outcome countMade() { return countOne(m_made, "files and folders"); }
+
+    Outcome countOne(size_t& count, std::string const& what) const {
+        if (count++ < m_mostEntries) return Outcome();
+        return failure("has more than " + std::to_string(m_mostEntries) + " " + what);
     }
 
     Outcome writeData(std::string const& path, std::string const& about) {
@@ -144,8 +147,9 @@ private:
     const size_t m_mostEntries;
     const std::unique_ptr<archive, ArchiveCloser> m_archive;
     std::vector<char> m_buffer;
-    size_t m_count = 0;  // of entries, and of the folders that were made for them
-    int64 m_room = 0;    // in bytes, for what they hold
+    size_t m_entries = 0;  // which may repeat folders without end
+    size_t m_made = 0;     // files and folders
+    int64 m_room = 0;      // in bytes, for what they hold
 };
 
 }  // namespace

@@ -12,7 +12,7 @@ namespace qrtplay {
 /// Failures name the archive, and the entry where it is one's fault: a path that leads out of the folder, a link, a
 /// path that is there twice. Nothing is unpacked that is larger than 256 MiB and 20 times the archive together (media
 /// do not compress, so that a true bundle is about as large as what is in it), nor more than `mostEntries` files and
-/// folders, nor a path of more than 64 parts.
+/// folders, nor more entries, nor a path of more than 64 parts.
 Outcome unpackOtioBundle(std::string const& archive, std::string const& folder, size_t mostEntries = maxBundleEntries);
 
 }  // namespace qrtplay

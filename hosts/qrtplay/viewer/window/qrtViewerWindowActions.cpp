@@ -4,6 +4,7 @@
 #include <QClipboard>
 #include <QDesktopServices>
 #include <QDir>
+#include <QDockWidget>
 #include <QFileInfo>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -16,6 +17,7 @@
 #include "base/qrtProgramVersion.h"
 #include "viewer/export/qrtExportDialog.h"
 #include "viewer/picture/qrtPictureView.h"
+#include "viewer/preferences/qrtPreferencesPanel.h"
 #include "viewer/timeline/qrtTimelineView.h"
 #include "viewer/window/qrtKeyboardHelp.h"
 #include "viewer/window/qrtMessageBar.h"
