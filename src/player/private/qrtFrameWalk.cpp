@@ -78,7 +78,7 @@ uint64 stepsTo(PlayParamsPrivate const& from, int64 frame) {
 
 }  // namespace
 
-bool walkReaches(PlayParamsPrivate const& from, int32 numSteps, int64 frame) {
+bool walkReachesInGeneral(PlayParamsPrivate const& from, int32 numSteps, int64 frame) {
     if (numSteps <= 0) return false;
     if (!isWithoutWrapping(from)) return walksTo(from, numSteps, frame);
     return stepsTo(from, frame) <= static_cast<uint64>(numSteps);
