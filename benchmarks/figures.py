@@ -109,7 +109,7 @@ def engine_row(row, value):
     at_most, at_least = row.get("at_most"), row.get("at_least")
     bound = at_most if at_least is None else at_least
     goal = "" if bound is None else ("at most " if at_least is None else "at least ") + f"{bound:,}"
-    # Averages: what a container that grows asks for now and then is no allocation of every call.
+    # Averages: a step more of rendering ahead now and then, as threads meet, is no allocation of every call.
     compared = round(value) if row["unit"] == "allocations" else value
     return row["work"], with_unit(value, row["unit"]), goal, verdict(compared, at_most, at_least)
 
