@@ -25,7 +25,7 @@ MadeDevice::~MadeDevice() {
 }
 
 bool MadeDevice::make(Kind kind) {
-    const QByteArray type = kind == Kind::silent ? "type null" : "type hw card 99";
+    const QByteArray type = kind == Kind::silent ? "type null" : "type plug slave.pcm nowhere";
     configureAlsa(m_folder.filePath("asound.conf"),
                   "pcm.!default { " + type + " hint { show on description \"Made up\" } }");
     m_whyNot = "Qt Multimedia has no plugin for ALSA here";

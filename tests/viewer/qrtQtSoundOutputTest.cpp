@@ -63,7 +63,9 @@ TEST_F(QtSoundOutputTest, stopsHarmlesslyWhereNothingPlays) {
 TEST_F(QtSoundOutputTest, saysWhichDeviceCannotBeOpened) {
     if (!m_device.make(MadeDevice::Kind::closed)) GTEST_SKIP() << m_device.whyNot();
     QtSoundOutput output;
+    testing::internal::CaptureStderr();
     EXPECT_EQ(output.start(feed()).message(), "The sound device \"default\" cannot be opened for stereo at 48000 Hz.");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     EXPECT_EQ(output.heard(), std::nullopt);
 }
 

@@ -12,6 +12,7 @@
 #include "playback/qrtMediaClock.h"
 #include "playback/qrtSoundFeed.h"
 #include "playback/qrtTimelinePlayer.h"
+#include "viewer/playing/qrtAlsaMessages.h"
 #include "viewer/playing/qrtDeviceClock.h"
 #include "viewer/playing/qrtSoundDevice.h"
 
@@ -185,6 +186,7 @@ QtSoundOutput::~QtSoundOutput() = default;
 
 Outcome QtSoundOutput::start(SoundFeed& feed) {
     stop();
+    silenceAlsa();
     // Asked here and not on the device's thread: what Qt keeps of the machine's sound system outlives that.
     const SoundDevice info = usualSoundDevice();
     if (info.isNull()) return Outcome::failure("There is no sound device on this machine.");
