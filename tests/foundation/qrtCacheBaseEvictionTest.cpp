@@ -3,8 +3,10 @@
 
 #include <set>
 #include <string>
+#include <vector>
 
 #include "foundation/cache/qrtCacheBase.h"
+#include "foundation/qrtAllocationCounter.h"
 #include "foundation/qrtTestRecord.h"
 
 namespace QRT_0_81 {
@@ -239,6 +241,24 @@ TEST_F(CacheEviction, refusesAnUnknownModeOrStrategyAndDropsNothing) {
     refused(0, 1);
     refused(1, 4);
     EXPECT_EQ(cache->size(), 3u);
+}
+
+TEST_F(CacheEviction, leavesItsRoomToTheNextEntry) {
+    if (!AllocationCounter::works()) GTEST_SKIP() << "allocations are not counted in sanitizer builds";
+    putThree();
+    const std::vector<SharedPtr<CacheData>> records = {makeRecord(4), makeRecord(5), makeRecord(6), makeRecord(7)};
+    const auto replaceOne = [&](size_t i) {
+        size_t numEvicted = 0;
+        (void)cache->evict(evict_one, evict_least_recently_used, numEvicted);
+        (void)cache->put(i % 2 == 0 ? "even" : "odd", records[i]);
+    };
+    replaceOne(0);
+    replaceOne(1);
+    const AllocationCounter allocations;
+    replaceOne(2);
+    replaceOne(3);
+    EXPECT_EQ(allocations.count(), 0u);
+    EXPECT_EQ(numbersIn(*cache), (std::vector<int>{7, 6}));
 }
 
 }  // namespace

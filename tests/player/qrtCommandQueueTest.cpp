@@ -12,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "foundation/qrtAllocationCounter.h"
 #include "harness/qrtFakeGraphEngine.h"
 #include "harness/qrtPlayerImplInspector.h"
 #include "harness/qrtTestCmd.h"
@@ -346,6 +347,26 @@ TEST_F(CommandQueueTest, slot1OfACommandExecutesItAndSlot0EndsIt) {
     EXPECT_FALSE(isEnded);
     deleteThroughSlot0(command);
     EXPECT_TRUE(isEnded);
+}
+
+TEST_F(CommandQueueTest, needsNoMemoryBeyondTheCommandsThemselves) {
+    if (!AllocationCounter::works()) GTEST_SKIP() << "allocations are not counted in sanitizer builds";
+    CommandQueue commands;
+    std::unique_ptr<Cmd> command = cmd({});
+    const auto passThrough = [&](void (CommandQueue::*post)(std::unique_ptr<Cmd>)) {
+        constexpr int more = 100;  // than one block of a deque holds
+        for (int i = 0; i < more; ++i) {
+            (commands.*post)(std::move(command));
+            command = commands.take();
+        }
+    };
+    passThrough(&CommandQueue::pushBack);
+    passThrough(&CommandQueue::pushFront);
+    const AllocationCounter allocations;
+    passThrough(&CommandQueue::pushBack);
+    passThrough(&CommandQueue::pushFront);
+    EXPECT_EQ(allocations.count(), 0u);
+    EXPECT_TRUE(command);
 }
 
 }  // namespace QRT_0_81

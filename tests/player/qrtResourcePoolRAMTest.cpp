@@ -12,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "foundation/qrtAllocationCounter.h"
 #include "harness/qrtLogCapture.h"
 #include "harness/qrtPoolObserver.h"
 #include "harness/qrtTestResolutions.h"
@@ -337,6 +338,17 @@ TEST_F(ResourcePoolRAMDebugLines, buildingClearingAndAnExhaustedPoolSayNothing) 
     (void)pool->uninitialize();
     EXPECT_EQ(pool->lock(true), nullptr);
     EXPECT_TRUE(log.messages().empty());
+}
+
+TEST(ResourcePoolRAM, needsNoMemoryToLendAgain) {
+    if (!AllocationCounter::works()) GTEST_SKIP() << "allocations are not counted in sanitizer builds";
+    const auto pool = ResourcePoolRAM::create();
+    ASSERT_EQ(pool->setup(3, SizeUnit::buffers, small).get(), Status::ok);
+    pool->release(pool->lock(true));
+    const AllocationCounter allocations;
+    for (int i = 0; i < 10; ++i)
+        pool->release(pool->lock(true));
+    EXPECT_EQ(allocations.count(), 0u);
 }
 
 }  // namespace QRT_0_81

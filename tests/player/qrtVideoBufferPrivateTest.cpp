@@ -235,4 +235,24 @@ TEST_F(VideoBufferPrivateTest, slot0GivesTheResourceBack) {
     EXPECT_EQ(ramPool->refcount(), 1u);
 }
 
+TEST_F(VideoBufferPrivateTest, oneThatGotNoResourceMayAskOnceMore) {
+    for (const bool isInMemory : {false, true}) {
+        const auto lend = [&] {
+            return isInMemory ? VideoBufferPrivate::create(ramPool, true) : VideoBufferPrivate::create(fboPool, true);
+        };
+        auto first = lend();
+        const auto second = lend();
+        const auto third = lend();
+        const auto late = lend();
+        EXPECT_EQ(late->lend().get(), Status::no_resource);
+        EXPECT_EQ(late->getStatus().get(), Status::no_resource);
+        first.reset();
+        EXPECT_EQ(late->lend().get(), Status::ok);
+        EXPECT_EQ(late->getStatus().get(), Status::ok);
+        EXPECT_EQ(late->getResolution(), small);
+        EXPECT_EQ(lend()->getStatus().get(), Status::no_resource) << "it has what came back";
+        EXPECT_EQ(late->lend().get(), Status::ok) << "it has one";
+    }
+}
+
 }  // namespace QRT_0_81
